@@ -1,0 +1,26 @@
+# The layers from the bottom to the top. A layer may use those before it, never one after it.
+set(NORVO_LAYERS kit model parse client kit_widgets dialogs app)
+
+# norvo_add_layer(<name> FOLDER <dir> QT <modules> [USES <layers>] SOURCES <files in FOLDER>)
+# makes the library norvo_<name> and stops the configuring if the layer points upwards.
+function(norvo_add_layer name)
+    cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "FOLDER" "QT;USES;SOURCES")
+    list(FIND NORVO_LAYERS ${name} own_rank)
+    if(own_rank LESS 0)
+        message(FATAL_ERROR "'${name}' is not among the layers: ${NORVO_LAYERS}")
+    endif()
+    foreach(used IN LISTS LAYER_USES)
+        list(FIND NORVO_LAYERS ${used} used_rank)
+        if(used_rank LESS 0 OR used_rank GREATER_EQUAL own_rank)
+            message(FATAL_ERROR "layer '${name}' must not use '${used}': the layers are ${NORVO_LAYERS}")
+        endif()
+    endforeach()
+
+    set(folder ${PROJECT_SOURCE_DIR}/${LAYER_FOLDER})
+    list(TRANSFORM LAYER_SOURCES PREPEND ${folder}/)
+    list(TRANSFORM LAYER_QT PREPEND Qt6::)
+    list(TRANSFORM LAYER_USES PREPEND norvo_)
+    add_library(norvo_${name} STATIC ${LAYER_SOURCES})
+    target_include_directories(norvo_${name} PUBLIC ${folder})
+    target_link_libraries(norvo_${name} PUBLIC norvo_options ${LAYER_QT} ${LAYER_USES})
+endfunction()

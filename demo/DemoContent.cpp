@@ -1,0 +1,209 @@
+#include "DemoContent.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+enum UnixFsType : quint8 { UnixFsFile = 2, UnixFsDirectory = 1, UnixFsSymlink = 4 };
+
+constexpr qsizetype photoChunk = 4096;
+
+void appendVarint(QByteArray& out, quint64 value)
+{
+    for (; value >= 0x80; value >>= 7)
+        out.append(static_cast<char>((value & 0x7f) | 0x80));
+    out.append(static_cast<char>(value));
+}
+
+QByteArray numberField(int field, quint64 value)
+{
+    QByteArray out;
+    appendVarint(out, static_cast<quint64>(field) << 3);
+    appendVarint(out, value);
+    return out;
+}
+
+QByteArray bytesField(int field, const QByteArray& bytes)
+{
+    QByteArray out;
+    appendVarint(out, (static_cast<quint64>(field) << 3) | 2);
+    appendVarint(out, static_cast<quint64>(bytes.size()));
+    return out + bytes;
+}
+
+/// A dag-pb node in its canonical order: the links first, then the data.
+QByteArray dagPb(const QList<DemoLink>& links, const QByteArray& data)
+{
+    QByteArray out;
+    for (const DemoLink& link : links) {
+        out += bytesField(2, bytesField(1, cidBytes(link.cid)) + bytesField(2, link.name)
+                                 + numberField(3, link.size));
+    }
+    return out + bytesField(1, data);
+}
+
+QByteArray unixFsFile(const QByteArray& bytes, qsizetype chunkSize)
+{
+    QByteArray data = numberField(1, UnixFsFile) + numberField(3, static_cast<quint64>(bytes.size()));
+    for (qsizetype start = 0; start < bytes.size(); start += chunkSize)
+        data += numberField(4, static_cast<quint64>(std::min(chunkSize, bytes.size() - start)));
+    return data;
+}
+
+quint64 sumOf(const QList<DemoLink>& links)
+{
+    quint64 sum = 0;
+    for (const DemoLink& link : links)
+        sum += link.size;
+    return sum;
+}
+
+/// Bytes that differ from place to place and are the same in every run.
+QByteArray filler(int seed, qsizetype size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    quint32 state = 2654435761U * static_cast<quint32>(seed + 1);
+    for (char& byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+QByteArray numbered(const char* pattern, int number)
+{
+    return QString::asprintf(pattern, number).toUtf8();
+}
+
+Cid photoAlbum(DemoStore& store, int seed, int photos)
+{
+    QList<DemoLink> entries;
+    for (int i = 1; i <= photos; ++i) {
+        const Cid photo = store.addChunkedFile(filler(seed + i, 9000 + i * 731), photoChunk);
+        entries.append(store.link(numbered("IMG_%04d.jpg", seed + i), photo));
+    }
+    return store.addDirectory(entries);
+}
+
+Cid website(DemoStore& store)
+{
+    const Cid style = store.addDirectory(
+        {store.link("main.css", store.addFile("body { font: 16px/1.5 sans-serif; margin: 2rem auto; }\n"))});
+    return store.addDirectory(
+        {store.link("css", style),
+         store.link("index.html", store.addFile("<!doctype html>\n<title>Field notes</title>\n<h1>Field notes</h1>\n")),
+         store.link("latest", store.addSymlink("index.html")),
+         store.link("robots.txt", store.addFile("User-agent: *\nAllow: /\n"))});
+}
+
+QList<DemoPin> namedPins(DemoStore& store)
+{
+    const Cid hello = store.addFile("hello world\n");
+    const Cid docs = store.addDirectory({store.link("hello.txt", hello)});
+    const Cid notes = store.addDirectory({store.link("docs", docs)});
+    const Cid summer = photoAlbum(store, 100, 12);
+    const Cid winter = photoAlbum(store, 400, 5);
+    const Cid archive
+        = store.addDirectory({store.link("2024-summer", summer), store.link("2024-winter", winter)});
+    const Cid oldSite = store.addVersion0Directory({store.link("hello.txt", hello)});
+    return {{.cid = notes, .name = u"notes"_s},
+            {.cid = website(store), .name = u"field-notes website"_s},
+            {.cid = summer, .name = u"photos summer 2024"_s},
+            {.cid = archive, .name = u"photo archive"_s},
+            {.cid = oldSite, .name = u"docs (first version)"_s},
+            {.cid = store.addChunkedFile(filler(7, 300000), 65536), .name = u"talk-recording.ogg"_s},
+            {.cid = store.addDirectory({}), .name = u"inbox"_s},
+            {.cid = store.addFile({}), .name = u"placeholder"_s},
+            {.cid = hello, .name = u"hello.txt"_s, .recursive = false},
+            {.cid = store.addFile("{\"name\":\"field-notes\",\"version\":\"2.1.0\"}\n"), .recursive = false}};
+}
+
+DemoPin notePin(int number)
+{
+    const QByteArray note = "note " + QByteArray::number(number) + "\n";
+    return {.cid = cidOfBlock(note, Cid::rawCodec),
+            .name = number % 3 == 0 ? u"note-"_s + QString::number(number) : QString(),
+            .recursive = number % 10 != 0};
+}
+
+} // namespace
+
+Cid DemoStore::add(DemoObject object)
+{
+    const Cid cid = object.cid;
+    byMultihash.insert(cid.multihash, std::move(object));
+    return cid;
+}
+
+Cid DemoStore::addFile(const QByteArray& bytes)
+{
+    return add({.cid = cidOfBlock(bytes, Cid::rawCodec),
+                .block = bytes,
+                .kind = DemoObject::File,
+                .content = bytes,
+                .cumulativeSize = static_cast<quint64>(bytes.size())});
+}
+
+Cid DemoStore::addChunkedFile(const QByteArray& bytes, qsizetype chunkSize)
+{
+    QList<DemoLink> chunks;
+    for (qsizetype start = 0; start < bytes.size(); start += chunkSize)
+        chunks.append(link({}, addFile(bytes.mid(start, chunkSize))));
+    const QByteArray block = dagPb(chunks, unixFsFile(bytes, chunkSize));
+    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
+                .block = block,
+                .kind = DemoObject::File,
+                .links = chunks,
+                .cumulativeSize = static_cast<quint64>(block.size()) + sumOf(chunks)});
+}
+
+Cid DemoStore::addSymlink(const QByteArray& target)
+{
+    const QByteArray block = dagPb({}, numberField(1, UnixFsSymlink) + bytesField(2, target));
+    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
+                .block = block,
+                .kind = DemoObject::Symlink,
+                .content = target,
+                .cumulativeSize = static_cast<quint64>(block.size())});
+}
+
+Cid DemoStore::addDirectory(QList<DemoLink> entries)
+{
+    std::ranges::sort(entries, {}, &DemoLink::name);
+    const QByteArray block = dagPb(entries, numberField(1, UnixFsDirectory));
+    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
+                .block = block,
+                .kind = DemoObject::Directory,
+                .links = entries,
+                .cumulativeSize = static_cast<quint64>(block.size()) + sumOf(entries)});
+}
+
+Cid DemoStore::addVersion0Directory(const QList<DemoLink>& entries)
+{
+    DemoObject object = *find(addDirectory(entries));
+    object.cid.version = 0;
+    return add(object);
+}
+
+DemoLink DemoStore::link(const QByteArray& name, const Cid& cid) const
+{
+    return {.name = name, .cid = cid, .size = find(cid)->cumulativeSize};
+}
+
+const DemoObject* DemoStore::find(const Cid& cid) const
+{
+    const auto object = byMultihash.constFind(cid.multihash);
+    return object == byMultihash.constEnd() ? nullptr : &*object;
+}
+
+QList<DemoPin> demoPins(DemoStore& store, int count)
+{
+    QList<DemoPin> pins = namedPins(store);
+    pins.reserve(count);
+    for (int number = 1; pins.size() < count; ++number)
+        pins.append(notePin(number));
+    pins.resize(std::min<qsizetype>(pins.size(), count));
+    return pins;
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "CidText.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+/// A named link of a dag-pb block. `size` is the cumulative size of what it leads to, in bytes.
+struct DemoLink
+{
+    QByteArray name {};
+    Cid cid {};
+    quint64 size = 0;
+};
+
+/// One object of the node's store: a real block with its real CID.
+struct DemoObject
+{
+    enum Kind { File, Directory, Symlink };
+
+    Cid cid {};
+    QByteArray block {};
+    Kind kind = File;
+    QByteArray content {}; ///< a file's bytes where the block itself holds them, or a symlink's target
+    QList<DemoLink> links {};
+    quint64 cumulativeSize = 0;
+};
+
+/// Makes the objects that a node would make: raw leaves, UnixFS directories, chunked files and symlinks in dag-pb.
+class DemoStore
+{
+public:
+    Cid addFile(const QByteArray& bytes);
+    /// A file of several raw leaves of `chunkSize` bytes.
+    Cid addChunkedFile(const QByteArray& bytes, qsizetype chunkSize);
+    Cid addSymlink(const QByteArray& target);
+    Cid addDirectory(QList<DemoLink> entries);
+    /// As addDirectory, kept and printed as version 0.
+    Cid addVersion0Directory(const QList<DemoLink>& entries);
+    DemoLink link(const QByteArray& name, const Cid& cid) const;
+
+    /// Null if the store does not hold the block; another version or codec of the same multihash is the same block.
+    const DemoObject* find(const Cid& cid) const;
+    const QHash<QByteArray, DemoObject>& objects() const { return byMultihash; }
+
+private:
+    Cid add(DemoObject object);
+
+    QHash<QByteArray, DemoObject> byMultihash;
+};
+
+struct DemoPin
+{
+    Cid cid {};
+    QString name {};
+    bool recursive = true;
+};
+
+/// A small believable set of pins with what lies under them, and numbered notes up to `count` pins in all.
+QList<DemoPin> demoPins(DemoStore& store, int count);

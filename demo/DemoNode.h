@@ -1,0 +1,36 @@
+#pragma once
+
+#include "DemoContent.h"
+#include "FakeNode.h"
+
+/// How the demo node is to behave.
+struct DemoOptions
+{
+    quint16 port = 5001;
+    int pins = 10;
+    int chunkBytes = 0; ///< size of a list's chunks; 0 sends each line by itself, as a node does
+    std::chrono::milliseconds chunkPause {0};
+    std::chrono::milliseconds latency {0}; ///< before each answer
+};
+
+/// A stateful node in memory, which answers as a Kubo node answers.
+class DemoNode : public FakeNode
+{
+    Q_OBJECT
+
+public:
+    explicit DemoNode(const DemoOptions& newOptions, QObject* parent = nullptr);
+
+private:
+    FakeAnswer pinLs(const FakeRequest& request);
+    FakeAnswer id() const;
+    FakeAnswer version() const;
+
+    /// The lines that `next` makes, in the chunks of the options, until it makes none.
+    FakeAnswer stream(std::function<std::optional<QByteArray>()> next) const;
+    void addRoute(const QByteArray& path, Handler handler);
+
+    DemoOptions options;
+    DemoStore store;
+    QList<DemoPin> pins;
+};

@@ -1,0 +1,64 @@
+#include "DemoNode.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The option's number, or nothing and a word about it.
+std::optional<int> numberOf(const QCommandLineParser& parser, const QString& name, int highest)
+{
+    bool ok = false;
+    const int number = parser.value(name).toInt(&ok);
+    if (ok && number >= 0 && number <= highest)
+        return number;
+    std::fprintf(stderr, "--%s takes a whole number from 0 to %d\n", qPrintable(name), highest);
+    return std::nullopt;
+}
+
+std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
+{
+    const auto port = numberOf(parser, u"port"_s, 65535);
+    const auto pins = numberOf(parser, u"pins"_s, 10'000'000);
+    const auto chunk = numberOf(parser, u"chunk-bytes"_s, 64 * 1024 * 1024);
+    const auto pause = numberOf(parser, u"pause"_s, 600'000);
+    const auto latency = numberOf(parser, u"latency"_s, 600'000);
+    if (!port || !pins || !chunk || !pause || !latency)
+        return std::nullopt;
+    return DemoOptions {.port = static_cast<quint16>(*port),
+                        .pins = *pins,
+                        .chunkBytes = *chunk,
+                        .chunkPause = std::chrono::milliseconds(*pause),
+                        .latency = std::chrono::milliseconds(*latency)};
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
+    parser.addHelpOption();
+    parser.addOptions({{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
+                       {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},
+                       {u"chunk-bytes"_s, u"Size of a list's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s},
+                       {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
+                       {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s}});
+    parser.process(app);
+    const auto options = readOptions(parser);
+    if (!options)
+        return 2;
+    const DemoNode node(*options);
+    if (node.port() == 0) {
+        std::fprintf(stderr, "cannot listen on port %d: %s\n", options->port, qPrintable(node.lastError()));
+        return 1;
+    }
+    std::printf("http://127.0.0.1:%d\n", node.port());
+    std::fflush(stdout);
+    return QCoreApplication::exec();
+}

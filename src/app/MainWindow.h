@@ -1,0 +1,144 @@
+#pragma once
+
+#include "ConnectionStatusDot.h"
+#include "PinEntry.h"
+#include "PinFilterProxyModel.h"
+
+#include <QHash>
+#include <QMainWindow>
+
+#include <chrono>
+#include <functional>
+
+class IpfsClient;
+class PinModel;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QSettings;
+class QTableView;
+class QTimer;
+class QToolBar;
+
+/// The program's one window: the table of pins with its tool bar, its status lines and its menus, and the refresh cycle
+/// that fills it. Owns the client of the node, the two models and the settings store.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    /// Whether the program runs with a trial's restrictions. There is no licensing server, so it never does.
+    bool isTrial() const { return false; }
+
+    /// Every request that left in this run, a line each, oldest first.
+    QStringList rpcLog() const { return rpcLogLines; }
+    /// Every status message of this run, a line each, oldest first.
+    QStringList statusLog() const { return statusLogLines; }
+    void clearRpcLog() { rpcLogLines.clear(); }
+    void clearStatusLog() { statusLogLines.clear(); }
+
+signals:
+    void rpcLogAppended(QString line);
+    void statusLogAppended(QString line);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private slots:
+    void onRefreshClicked();
+    void onPinsReceived(const QList<PinEntry>& pins);
+    void onErrorOccurred(const QString& message);
+    void onConnectionStatusChanged(bool on);
+    void onNodeInfoReceived(const QString& id, const QString& agent);
+    void onSearchTextChanged(const QString& text);
+    void onSearchDebounceTimeout();
+    void onAutoRefreshTick();
+    void onRpcRequestIssued(const QString& requestDescription);
+
+private:
+    // construction
+    void setupMenuBar();
+    void setupFileMenu();
+    void setupEditMenu();
+    void setupHelpMenu();
+    void setupShortcuts();
+    void setupToolBar();
+    void addLoadButtons(QToolBar* bar);
+    void addListSelectors(QToolBar* bar);
+    void addSearchField(QToolBar* bar);
+    void addToolWindowButtons(QToolBar* bar);
+    void setupCentralWidget();
+    void setupPinTable();
+    QWidget* newStatsFrame();
+    QLabel* newStatsLine(const QString& name, const QString& text);
+    void setupStatusBar();
+    void connectClient();
+    void setupTimers();
+    void updateWindowTitleForActivationState();
+    void showAboutBox();
+
+    // settings
+    void loadSettings();
+    void saveSettings();
+
+    // refresh
+    void triggerRefresh(bool force);
+    void setRefreshing(bool on);
+    void onContentChanged();
+    void onFilterChanged();
+    void onStreamEntriesLoaded(const QString& source, int count);
+    QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
+    void fitColumns();
+    int minimumCidColumnWidth() const;
+    bool showsUnpinned() const;
+    void setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint);
+
+    // status
+    void setConnectionDotState(ConnectionStatusDot::State state, const QString& detail);
+    void setStatusMessage(const QString& text);
+    /// Goes back to "Ready" after `delay`, if the status shown by then still `isOurs`.
+    void resetStatusLater(std::chrono::milliseconds delay, std::function<bool(const QString&)> isOurs);
+    void showNotification(const QString& text, bool warning);
+    bool copyPeerId(const QEvent* event);
+
+    IpfsClient* client;
+    PinModel* pinModel;
+    PinFilterProxyModel* proxyModel;
+    QTimer* autoRefreshTimer;
+    QTimer* searchDebounceTimer;
+    QSettings* settings;
+
+    QTableView* pinTable = nullptr;
+    QLineEdit* searchEdit = nullptr;
+    QRadioButton* searchCidRadio = nullptr;
+    QRadioButton* searchNameRadio = nullptr;
+    QComboBox* contentCombo = nullptr;
+    QComboBox* filterCombo = nullptr;
+    QPushButton* refreshButton = nullptr;
+    QPushButton* addButton = nullptr;
+    ConnectionStatusDot* connectionDot = nullptr;
+    QLabel* statusLabel = nullptr;
+    QLabel* statsLine1Label = nullptr;
+    QLabel* countLabel = nullptr;
+    QLabel* peerIdLabel = nullptr;
+    QLabel* notificationLabel = nullptr;
+
+    QString contentMode;
+    QString typeFilter;
+    int refreshIntervalSeconds = 30;
+    bool autoRefresh = false;
+    bool loadMetadata = true;
+    bool sendOrigin = false;
+    QString originValue {};
+    bool connected = false;
+    QString nodeId {};
+    QHash<QString, int> streamCounts;
+
+    QStringList rpcLogLines;
+    QStringList statusLogLines;
+};

@@ -1,0 +1,7 @@
+#include "MainWindow.h"
+
+void MainWindow::onRpcRequestIssued(const QString& requestDescription)
+{
+    rpcLogLines.append(requestDescription);
+    emit rpcLogAppended(requestDescription);
+}

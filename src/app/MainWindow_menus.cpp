@@ -1,0 +1,85 @@
+#include "MainWindow.h"
+
+#include "ProductInfo.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int aboutIconSize = 64;
+
+/// An entry whose window does not exist yet: it stands in its place, disabled.
+QAction* addUnavailable(QMenu* menu, const QString& text, const QKeySequence& shortcut = {})
+{
+    QAction* action = menu->addAction(text, shortcut);
+    action->setEnabled(false);
+    return action;
+}
+
+} // namespace
+
+void MainWindow::setupMenuBar()
+{
+    setupFileMenu();
+    setupEditMenu();
+    setupHelpMenu();
+}
+
+void MainWindow::setupFileMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&File"));
+    addUnavailable(menu, tr("Add to &IPFS…"));
+    menu->addSeparator();
+    addUnavailable(menu, tr("&Settings..."), Qt::CTRL | Qt::Key_Comma);
+    addUnavailable(menu, tr("Remote &Services..."));
+    menu->addSeparator();
+    menu->addAction(tr("&Quit"), QKeySequence::Quit, qApp, &QCoreApplication::quit);
+}
+
+void MainWindow::setupEditMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Edit"));
+    addUnavailable(menu, tr("&Copy CID"), QKeySequence::Copy);
+    addUnavailable(menu, tr("Open from &gateway"), Qt::CTRL | Qt::Key_G);
+    addUnavailable(menu, tr("Open from &local"), Qt::CTRL | Qt::Key_L);
+    addUnavailable(menu, tr("Open via I&PNS..."));
+    addUnavailable(menu, tr("Publish to &IPNS..."));
+    addUnavailable(menu, tr("&Resolve IPNS..."));
+    menu->addSeparator();
+    addUnavailable(menu, tr("Unpin selected"));
+    addUnavailable(menu, tr("Unpin all listed CIDs"));
+}
+
+void MainWindow::setupHelpMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Help"));
+    addUnavailable(menu, tr("&Activation..."));
+    menu->addSeparator();
+    menu->addAction(tr("About Norvo"), this, &MainWindow::showAboutBox);
+    menu->addAction(tr("About Qt"), qApp, &QApplication::aboutQt);
+}
+
+void MainWindow::showAboutBox()
+{
+    QMessageBox box(this);
+    box.setWindowTitle(tr("About Norvo"));
+    box.setIconPixmap(QApplication::windowIcon().pixmap(aboutIconSize, aboutIconSize));
+    box.setTextFormat(Qt::RichText);
+    box.setText(tr("<h3>Norvo %1</h3><p>A Qt-based desktop application for viewing locally pinned CIDs from a running "
+                   "<b>Kubo</b> IPFS node via its RPC API.</p><p>Supports Linux, macOS and Windows.</p>"
+                   "<p><a href=\"%2\">%2</a></p>")
+                    .arg(QApplication::applicationVersion().toHtmlEscaped(), ProductInfo::webUrl));
+    box.setStandardButtons(QMessageBox::Close);
+    box.setDefaultButton(QMessageBox::Close);
+    box.setEscapeButton(QMessageBox::Close);
+    box.addButton(tr("Check for update"), QMessageBox::ActionRole)->setEnabled(false);
+    for (QLabel* label : box.findChildren<QLabel*>())
+        label->setOpenExternalLinks(true);
+    box.exec();
+}

@@ -1,0 +1,138 @@
+#include "IpfsClient.h"
+
+#include "AppSettings.h"
+#include "OriginValue.h"
+#include "ReplyProperties.h"
+#include "RpcQuery.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void applyOrigin(QNetworkRequest& request)
+{
+    const QSettings settings = openAppSettings();
+    if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
+        return;
+    const QString value = effectiveOriginValue(settings.value(SettingsKeys::originValue).toString());
+    if (!value.isEmpty())
+        request.setRawHeader("Origin", value.toUtf8());
+}
+
+/// A default node refuses Qt's own agent, "Mozilla/5.0", with 403.
+QString userAgent()
+{
+    return u"Norvo/"_s + QCoreApplication::applicationVersion();
+}
+
+} // namespace
+
+IpfsClient::IpfsClient(QObject* parent)
+    : QObject(parent)
+    , network(new QNetworkAccessManager(this))
+    , host(u"127.0.0.1"_s)
+{
+}
+
+void IpfsClient::setEndpoint(const QString& newHost, unsigned short newPort)
+{
+    host = newHost;
+    port = newPort;
+}
+
+QString IpfsClient::baseUrl() const
+{
+    QUrl url;
+    url.setScheme(u"http"_s);
+    url.setHost(host);
+    url.setPort(port);
+    url.setPath(u"/api/v0"_s);
+    // A host that can't be one is shown as it was given, so that the failure of the call explains itself.
+    return url.host().isEmpty() ? u"http://%1:%2/api/v0"_s.arg(host, QString::number(port)) : url.toString();
+}
+
+QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)
+{
+    QUrl url(baseUrl() + path);
+    if (!query.isEmpty())
+        url.setQuery(query);
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
+    request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
+    applyOrigin(request);
+    const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s);
+    emit rpcRequestIssued(u"[%1] POST %2"_s.arg(now, url.toString(QUrl::FullyEncoded)));
+    return network->post(request, QByteArray());
+}
+
+QNetworkReply* IpfsClient::call(const QString& path, const QUrlQuery& query, ReplyHandler handler)
+{
+    QNetworkReply* reply = postRequest(path, query);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
+    return reply;
+}
+
+void IpfsClient::registerLoadReply(QNetworkReply* reply)
+{
+    if (!reply)
+        return;
+    activeLoadReplies.insert(reply);
+    connect(reply, &QObject::destroyed, this, [this, reply] { activeLoadReplies.remove(reply); });
+}
+
+void IpfsClient::cancelActiveLoading()
+{
+    ++pinsEpoch;
+    compositePins.clear();
+    compositePending = 0;
+    const QSet<QNetworkReply*> replies = activeLoadReplies; // an abort ends its reply before it returns
+    for (QNetworkReply* reply : replies) {
+        reply->setProperty(ReplyProperty::cancelledByClient, true);
+        reply->abort();
+    }
+}
+
+void IpfsClient::ping()
+{
+    call(u"/version"_s, {}, &IpfsClient::onPingReplyFinished);
+}
+
+void IpfsClient::onPingReplyFinished(QNetworkReply* reply)
+{
+    reply->deleteLater();
+    const bool reached = reply->error() == QNetworkReply::NoError;
+    emit connectionStatusChanged(reached);
+    if (!reached)
+        emit errorOccurred(tr("Cannot connect to Kubo RPC: %1").arg(reply->errorString()));
+}
+
+void IpfsClient::fetchNodeInfo()
+{
+    call(u"/id"_s, {}, &IpfsClient::onNodeInfoReplyFinished);
+}
+
+void IpfsClient::onNodeInfoReplyFinished(QNetworkReply* reply)
+{
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError) {
+        emit errorOccurred(tr("Failed to get node info: %1").arg(reply->errorString()));
+        return;
+    }
+    const QJsonDocument answer = QJsonDocument::fromJson(reply->readAll());
+    if (answer.isObject())
+        emit nodeInfoReceived(answer["ID"_L1].toString(), answer["AgentVersion"_L1].toString());
+}
+
+JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action)
+{
+    reply->deleteLater();
+    const QByteArray body = reply->readAll();
+    return reply->error() == QNetworkReply::NoError ? judgeJsonReply(body, action)
+                                                    : failedJsonReply(body, reply->errorString(), action);
+}

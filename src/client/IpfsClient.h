@@ -1,0 +1,97 @@
+#pragma once
+
+#include "JsonReply.h"
+#include "PinEntry.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QUrlQuery>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+struct PinList;
+
+/// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
+/// thread and reaches every listener, whoever asked. No call has a timeout and none is repeated.
+class IpfsClient : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit IpfsClient(QObject* parent = nullptr);
+
+    /// Takes effect with the next request; requests in flight end against the old endpoint.
+    void setEndpoint(const QString& newHost, unsigned short newPort);
+    QString endpointHost() const { return host; }
+    unsigned short endpointPort() const { return port; }
+    /// Where every call goes, as "http://127.0.0.1:5001/api/v0".
+    QString baseUrl() const;
+
+    /// Posts to `path`, which starts with a slash, with an empty body. The reply belongs to the caller's handler, which
+    /// deletes it later. Emits rpcRequestIssued before the request leaves.
+    QNetworkReply* postRequest(const QString& path, const QUrlQuery& query);
+
+    /// Makes every list in flight stale and aborts the replies that loads have registered. Nothing is emitted for them.
+    void cancelActiveLoading();
+
+    /// "/version". Emits connectionStatusChanged(true), or connectionStatusChanged(false) and then errorOccurred.
+    void ping();
+    /// "/id". Emits nodeInfoReceived, or errorOccurred; an answer that is no object is ignored.
+    void fetchNodeInfo();
+
+    /// "/pin/ls" with `type` as the node names it; empty stands for "all", and "recursive+direct" asks for both side by
+    /// side and joins them by CID. Ends with pinsReceived, or with errorOccurred and connectionStatusChanged(false), in a
+    /// composite load possibly with both. Makes every older list stale.
+    void fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0);
+
+signals:
+    /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request.
+    void rpcRequestIssued(QString requestDescription);
+    void pinsReceived(QList<PinEntry> pins);
+    /// How many entries of a list have come so far; `source` is the path without its first slash.
+    void streamEntriesLoaded(QString source, int count);
+    void nodeInfoReceived(QString nodeId, QString agentVersion);
+    void errorOccurred(QString message);
+    /// Only from ping and from pin lists of the current load.
+    void connectionStatusChanged(bool connected);
+
+private slots:
+    void onPinsReplyReadyRead(QNetworkReply* reply);
+    void onPinsReplyFinished(QNetworkReply* reply);
+    void onNodeInfoReplyFinished(QNetworkReply* reply);
+    void onPingReplyFinished(QNetworkReply* reply);
+
+private:
+    using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
+
+    /// Posts and hands the finished reply to `handler`.
+    QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    /// Emits errorOccurred and then the call's own signal.
+    template <typename... Parameters, typename... Values>
+    void reportFailure(const QString& message, void (IpfsClient::*ownSignal)(Parameters...), Values&&... values)
+    {
+        emit errorOccurred(message);
+        emit(this->*ownSignal)(std::forward<Values>(values)...);
+    }
+    void registerLoadReply(QNetworkReply* reply);
+
+    void startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0, bool compositeBatch);
+    bool isCurrent(const QNetworkReply* reply) const;
+    void startPinsParse(QNetworkReply* reply);
+    void deliverPins(PinList list, const QString& tag, int count, bool composite, quint64 epoch);
+    void onPinsReplyFailed(const QNetworkReply* reply);
+    void deliverCompositeStream();
+
+    QNetworkAccessManager* network;
+    QString host;
+    unsigned short port = 5001;
+
+    quint64 pinsEpoch = 0;
+    QSet<QNetworkReply*> activeLoadReplies;
+    QList<PinEntry> compositePins;
+    int compositePending = 0;
+};
+
+/// Reads a finished plain JSON reply and deletes it later; `action` is in the infinitive form, as "get repo stat".
+JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action);

@@ -1,0 +1,166 @@
+#include "IpfsClient.h"
+
+#include "Detached.h"
+#include "PinListParser.h"
+#include "ReplyProperties.h"
+#include "RpcQuery.h"
+
+#include <QNetworkReply>
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Appends `chunk` to the open line in `buffer`, counts the lines that it completes, empty ones left out, and leaves the
+/// new open line. Costs the chunk, whatever `buffer` holds.
+int takeLines(QByteArray& buffer, const QByteArray& chunk)
+{
+    int count = 0;
+    qsizetype start = 0;
+    for (qsizetype feed = chunk.indexOf('\n'); feed >= 0; feed = chunk.indexOf('\n', start)) {
+        const QByteArrayView line = QByteArrayView(chunk).sliced(start, feed - start);
+        const bool blank = line.trimmed().isEmpty() && (start > 0 || QByteArrayView(buffer).trimmed().isEmpty());
+        count += blank ? 0 : 1;
+        start = feed + 1;
+    }
+    if (start > 0)
+        buffer.clear();
+    buffer.append(QByteArrayView(chunk).sliced(start));
+    return count;
+}
+
+} // namespace
+
+void IpfsClient::fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0)
+{
+    ++pinsEpoch;
+    compositePins.clear();
+    const bool composite = type == PinType::recursiveAndDirect;
+    compositePending = composite ? 2 : 0;
+    if (composite) {
+        startPinsRequest(PinType::recursive, cidBase, upgradeCidV0, true);
+        startPinsRequest(PinType::direct, cidBase, upgradeCidV0, true);
+    } else {
+        startPinsRequest(type, cidBase, upgradeCidV0, false);
+    }
+}
+
+void IpfsClient::startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0, bool compositeBatch)
+{
+    QNetworkReply* reply = call(u"/pin/ls"_s,
+                                rpcQuery({{u"type"_s, type.isEmpty() ? u"all"_s : type},
+                                          {u"names"_s, u"true"_s},
+                                          {u"stream"_s, u"true"_s},
+                                          {u"cid-base"_s, cidBase},
+                                          {u"upgrade-cidv0-in-output"_s, upgradeCidV0 ? u"true"_s : u"false"_s}}),
+                                &IpfsClient::onPinsReplyFinished);
+    registerLoadReply(reply);
+    reply->setProperty(ReplyProperty::streamTag, u"pin/ls"_s);
+    reply->setProperty(ReplyProperty::streamCount, 0);
+    reply->setProperty(ReplyProperty::streamBuffer, QByteArray());
+    reply->setProperty(ReplyProperty::rawData, QByteArray());
+    reply->setProperty(ReplyProperty::pinsCompositeBatch, compositeBatch);
+    reply->setProperty(ReplyProperty::forUnpinned, false);
+    reply->setProperty(ReplyProperty::pinsEpoch, pinsEpoch);
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onPinsReplyReadyRead(reply); });
+}
+
+bool IpfsClient::isCurrent(const QNetworkReply* reply) const
+{
+    return reply->property(ReplyProperty::pinsEpoch).toULongLong() == pinsEpoch;
+}
+
+void IpfsClient::onPinsReplyReadyRead(QNetworkReply* reply)
+{
+    if (!reply)
+        return;
+    const QByteArray chunk = reply->readAll();
+    if (chunk.isEmpty() || !isCurrent(reply))
+        return;
+
+    QByteArray body = takeBytes(reply, ReplyProperty::rawData);
+    body.append(chunk);
+    reply->setProperty(ReplyProperty::rawData, body);
+
+    QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
+    const int lines = takeLines(buffer, chunk);
+    reply->setProperty(ReplyProperty::streamBuffer, buffer);
+    if (lines == 0)
+        return;
+    const int count = reply->property(ReplyProperty::streamCount).toInt() + lines;
+    reply->setProperty(ReplyProperty::streamCount, count);
+    emit streamEntriesLoaded(reply->property(ReplyProperty::streamTag).toString(), count);
+}
+
+void IpfsClient::onPinsReplyFinished(QNetworkReply* reply)
+{
+    onPinsReplyReadyRead(reply);
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError) {
+        onPinsReplyFailed(reply);
+        return;
+    }
+    if (!isCurrent(reply))
+        return;
+    const QPointer<IpfsClient> self = this;
+    emit connectionStatusChanged(true);
+    if (self && isCurrent(reply))
+        startPinsParse(reply);
+}
+
+void IpfsClient::startPinsParse(QNetworkReply* reply)
+{
+    const QByteArray body = takeBytes(reply, ReplyProperty::rawData);
+    const QString tag = reply->property(ReplyProperty::streamTag).toString();
+    const int count = reply->property(ReplyProperty::streamCount).toInt();
+    const bool composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool();
+    const quint64 epoch = pinsEpoch;
+    runDetached(
+        this,
+        [body, composite] {
+            PinList list = parsePinList(body);
+            if (composite)
+                sortPinsByCid(list.entries);
+            return list;
+        },
+        [this, tag, count, composite, epoch](PinList list) {
+            deliverPins(std::move(list), tag, count, composite, epoch);
+        });
+}
+
+void IpfsClient::deliverPins(PinList list, const QString& tag, int count, bool composite, quint64 epoch)
+{
+    if (epoch != pinsEpoch)
+        return;
+    const int streamed = count + (list.hasOpenLine ? 1 : 0);
+    if (const int total = streamed != 0 ? streamed : list.keyCount; total > 0) {
+        emit streamEntriesLoaded(tag, total);
+        if (epoch != pinsEpoch) // a listener has begun another load
+            return;
+    }
+    if (!composite) {
+        emit pinsReceived(list.entries);
+        return;
+    }
+    compositePins = mergePinsByCid(std::move(compositePins), std::move(list.entries));
+    deliverCompositeStream();
+}
+
+/// One of the two streams has delivered or failed; the last one hands out what both gave.
+void IpfsClient::deliverCompositeStream()
+{
+    if (compositePending > 0)
+        --compositePending;
+    if (compositePending == 0)
+        emit pinsReceived(std::exchange(compositePins, {}));
+}
+
+void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)
+{
+    if (reply->property(ReplyProperty::cancelledByClient).toBool() || !isCurrent(reply))
+        return;
+    if (reply->property(ReplyProperty::pinsCompositeBatch).toBool())
+        deliverCompositeStream();
+    reportFailure(tr("Network error: %1").arg(reply->errorString()), &IpfsClient::connectionStatusChanged, false);
+}

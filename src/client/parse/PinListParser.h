@@ -1,0 +1,29 @@
+#pragma once
+
+#include "PinEntry.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+/// The entries of one pin list. Only `cid`, `type` and `name` of an entry are filled; equal type texts share storage.
+struct PinList
+{
+    QList<PinEntry> entries {};
+    int keyCount = 0; ///< members of the whole-document form, 0 for a stream of lines
+    bool hasOpenLine = false; ///< a last line without a line feed gave an entry
+};
+
+/// One line of the stream, flat or wrapped in "PinLsObject"; nothing if it holds no CID.
+std::optional<PinEntry> parsePinLine(QByteArrayView line);
+
+/// The body of "/pin/ls" in the whole-document form ("Keys", also inside "PinLsList") or as a stream of lines.
+/// What does not parse is passed over.
+PinList parsePinList(const QByteArray& body);
+
+/// Sorts by CID, case-sensitively, and leaves out entries without one; of equal CIDs the one that came last stays.
+void sortPinsByCid(QList<PinEntry>& entries);
+
+/// Joins two lists sorted by sortPinsByCid; of equal CIDs the one of `later` stays. Linear.
+QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);

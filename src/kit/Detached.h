@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QObject>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+/// Runs `work` on a detached thread of its own, then `done` on the calling thread, by a queued call.
+/// `done` is dropped if `context` is gone by then. The calling thread needs an event loop.
+void startDetached(QObject* context, std::function<void()> work, std::function<void()> done);
+
+/// As startDetached, and hands what `work` returns to `done`.
+template <typename Work, typename Done>
+void runDetached(QObject* context, Work work, Done done)
+{
+    const auto result = std::make_shared<std::optional<std::invoke_result_t<Work&>>>();
+    startDetached(
+        context,
+        [result, work = std::move(work)]() mutable { result->emplace(work()); },
+        [result, done = std::move(done)]() mutable { done(std::move(**result)); });
+}
+
+/// Waits until no detached work runs, for at most `limit`; for the end of `main`. Tells whether all work has ended.
+bool waitForDetached(std::chrono::milliseconds limit);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QSortFilterProxyModel>
+
+/// Narrows the pin table by pin type and search text. Sorting is the stock one: by the shown values.
+class PinFilterProxyModel : public QSortFilterProxyModel
+{
+    Q_OBJECT
+
+public:
+    enum SearchMode { SearchByCid = 0, SearchByName = 1 };
+    Q_ENUM(SearchMode)
+
+    explicit PinFilterProxyModel(QObject* parent = nullptr);
+
+    /// Only "recursive+direct" hides rows (those of type "indirect"); other filters are answered by the node itself.
+    void setTypeFilter(const QString& type);
+    /// Which column the filter expression is matched with.
+    void setSearchMode(SearchMode mode);
+
+protected:
+    bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
+
+private:
+    QString typeFilter;
+    SearchMode searchMode = SearchByCid;
+};

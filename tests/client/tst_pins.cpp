@@ -1,0 +1,5 @@
+#include "TestMain.h"
+#include <QApplication>
+class T : public QObject { Q_OBJECT };
+int main() { return 0; }
+#include "tst_pins.moc"

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QTest>
+
+#include <functional>
+
+/// Gives the process a settings folder of its own and an application identity, runs the test and waits for threads.
+int runTestObject(QObject& test, int argc, char* argv[]);
+
+/// A main for `Class` with an application of type `App`.
+#define NORVO_TEST_MAIN(App, Class) \
+    int main(int argc, char* argv[]) \
+    { \
+        const App app(argc, argv); \
+        Class test; \
+        return runTestObject(test, argc, argv); \
+    }
