@@ -1,10 +1,11 @@
 #include "DemoNode.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSet>
 
-#include <memory>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -13,11 +14,11 @@ namespace {
 constexpr auto peerId = "12D3KooWAGok5BHR3zQCMcfB5a5ntgco7JCLFwtEFB229Awz5eC3"_L1;
 constexpr auto agentVersion = "kubo/0.43.0"_L1;
 
-/// As a node writes JSON: one line, "<", ">" and "&" escaped.
+/// As a node writes a string in JSON: "<", ">" and "&" escaped.
 QByteArray jsonText(const QString& text)
 {
-    QByteArray out = QJsonDocument(QJsonObject {{u"t"_s, text}}).toJson(QJsonDocument::Compact);
-    out = out.sliced(5, out.size() - 6);
+    QByteArray out = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
+    out = out.sliced(1, out.size() - 2);
     return out.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
 }
 
@@ -27,29 +28,34 @@ QByteArray jsonLine(const QJsonObject& object)
 }
 
 /// A base other than base58btc lifts version 0 to 1, for show.
-QByteArray shownCid(Cid cid, const FakeRequest& request)
+bool liftsVersion0(const FakeRequest& request)
 {
     const QString base = request.value(u"cid-base"_s);
-    if (!base.isEmpty() && base != "base58btc"_L1 && request.value(u"upgrade-cidv0-in-output"_s) != "false"_L1)
-        cid.version = 1;
-    return encodeCid(cid).toLatin1();
+    return !base.isEmpty() && base != "base58btc"_L1
+        && request.value(u"upgrade-cidv0-in-output"_s) != "false"_L1;
 }
 
-/// The keys in a node's order, empty ones left out.
-QByteArray pinLine(const QByteArray& cid, const QString& name, QByteArrayView type)
+QByteArray shownCid(Cid cid, bool lifted)
 {
-    QByteArray line = "{\"Cid\":\"" + cid + '"';
-    if (!name.isEmpty())
-        line += ",\"Name\":" + jsonText(name);
-    return line + ",\"Type\":\"" + type.toByteArray() + "\"}\n";
+    cid.version = lifted ? 1 : cid.version;
+    return encodeCid(cid).toLatin1();
 }
 
 struct ListedPin
 {
     Cid cid {};
     QString name {};
-    QByteArrayView type {};
+    const char* type = "";
 };
+
+/// The keys in a node's order, empty ones left out.
+void appendPinLine(QByteArray& body, const QByteArray& cid, const QString& name, const char* type)
+{
+    body.append("{\"Cid\":\"").append(cid).append('"');
+    if (!name.isEmpty())
+        body.append(",\"Name\":").append(jsonText(name));
+    body.append(",\"Type\":\"").append(type).append("\"}\n");
+}
 
 /// Everything below the recursive pins that is not pinned by itself.
 QList<ListedPin> indirectPins(const DemoStore& store, const QList<DemoPin>& pins)
@@ -84,6 +90,8 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
 {
     listen(options.port);
     keepRequests(false);
+    for (const QString& type : {u"recursive"_s, u"direct"_s})
+        pinListing(type, true, true); // what is asked for first is not to be held up by its making
     addRoute("/pin/ls", [this](const FakeRequest& request) { return pinLs(request); });
     addRoute("/id", [this](const FakeRequest&) { return id(); });
     addRoute("/version", [this](const FakeRequest&) { return version(); });
@@ -98,52 +106,55 @@ void DemoNode::addRoute(const QByteArray& path, Handler handler)
     });
 }
 
-FakeAnswer DemoNode::stream(std::function<std::optional<QByteArray>()> next) const
+FakeAnswer DemoNode::stream(std::shared_ptr<const QByteArray> body) const
 {
     FakeAnswer answer {.headers = {{"Content-Type", "application/json"}, {"X-Chunked-Output", "1"}}};
-    answer.source = [next = std::move(next), size = options.chunkBytes, pause = options.chunkPause,
-                     rest = QByteArray()]() mutable -> std::optional<FakeChunk> {
-        while (rest.isEmpty() || rest.size() < size) {
-            const auto line = next();
-            if (!line)
-                break;
-            rest += *line;
-        }
-        if (rest.isEmpty())
+    answer.source = [body = std::move(body), size = options.chunkBytes, pause = options.chunkPause,
+                     start = qsizetype {0}]() mutable -> std::optional<FakeChunk> {
+        if (start == body->size())
             return std::nullopt;
-        const qsizetype taken = size > 0 ? std::min<qsizetype>(size, rest.size()) : rest.size();
-        FakeChunk chunk {.bytes = rest.first(taken), .pause = pause};
-        rest.remove(0, taken);
-        return chunk;
+        const qsizetype rest = body->size() - start;
+        const qsizetype taken = size > 0 ? std::min<qsizetype>(size, rest) : body->indexOf('\n', start) + 1 - start;
+        start += taken;
+        return FakeChunk {.bytes = body->sliced(start - taken, taken), .pause = pause};
     };
     return answer;
+}
+
+std::shared_ptr<const QByteArray> DemoNode::pinListing(const QString& type, bool names, bool lifted)
+{
+    auto& listing = listings[type + u'/' + QString::number(names) + QString::number(lifted)];
+    if (listing)
+        return listing;
+    QByteArray body;
+    const auto append = [&](const ListedPin& pin) {
+        appendPinLine(body, shownCid(pin.cid, lifted), names ? pin.name : QString(), pin.type);
+    };
+    const bool all = type == "all"_L1;
+    for (const bool recursive : {true, false}) {
+        const char* word = recursive ? "recursive" : "direct";
+        if (!all && type != QLatin1StringView(word))
+            continue;
+        for (const DemoPin& pin : std::as_const(pins)) {
+            if (pin.recursive == recursive)
+                append({pin.cid, pin.name, word});
+        }
+    }
+    if (all || type == "indirect"_L1)
+        std::ranges::for_each(indirectPins(store, pins), append);
+    listing = std::make_shared<const QByteArray>(body);
+    return listing;
 }
 
 FakeAnswer DemoNode::pinLs(const FakeRequest& request)
 {
     const QString asked = request.value(u"type"_s);
     const QString type = asked.isEmpty() ? u"all"_s : asked;
-    const bool all = type == "all"_L1;
-    if (!all && type != "recursive"_L1 && type != "direct"_L1 && type != "indirect"_L1)
-        return FakeAnswer::error("invalid type '" + type.toUtf8() + "', must be one of {direct, indirect, recursive, all}");
-    const auto listed = std::make_shared<QList<ListedPin>>();
-    for (const bool recursive : {true, false}) {
-        if (!all && type != (recursive ? "recursive"_L1 : "direct"_L1))
-            continue;
-        for (const DemoPin& pin : std::as_const(pins)) {
-            if (pin.recursive == recursive)
-                listed->append({pin.cid, pin.name, recursive ? "recursive" : "direct"});
-        }
+    if (!QStringList {u"all"_s, u"recursive"_s, u"direct"_s, u"indirect"_s}.contains(type)) {
+        return FakeAnswer::error("invalid type '" + type.toUtf8()
+                                 + "', must be one of {direct, indirect, recursive, all}");
     }
-    if (all || type == "indirect"_L1)
-        listed->append(indirectPins(store, pins));
-    const bool names = request.value(u"names"_s) == "true"_L1;
-    return stream([listed, request, names, row = 0]() mutable -> std::optional<QByteArray> {
-        if (row >= listed->size())
-            return std::nullopt;
-        const ListedPin& pin = listed->at(row++);
-        return pinLine(shownCid(pin.cid, request), names ? pin.name : QString(), pin.type);
-    });
+    return stream(pinListing(type, request.value(u"names"_s) == "true"_L1, liftsVersion0(request)));
 }
 
 FakeAnswer DemoNode::id() const

@@ -3,6 +3,8 @@
 #include "DemoContent.h"
 #include "FakeNode.h"
 
+#include <memory>
+
 /// How the demo node is to behave.
 struct DemoOptions
 {
@@ -23,14 +25,17 @@ public:
 
 private:
     FakeAnswer pinLs(const FakeRequest& request);
+    /// The whole listing, kept until the pins change.
+    std::shared_ptr<const QByteArray> pinListing(const QString& type, bool names, bool liftsVersion0);
     FakeAnswer id() const;
     FakeAnswer version() const;
 
-    /// The lines that `next` makes, in the chunks of the options, until it makes none.
-    FakeAnswer stream(std::function<std::optional<QByteArray>()> next) const;
+    /// The lines of `body` one by one, or in chunks of the options' size.
+    FakeAnswer stream(std::shared_ptr<const QByteArray> body) const;
     void addRoute(const QByteArray& path, Handler handler);
 
     DemoOptions options;
     DemoStore store;
     QList<DemoPin> pins;
+    QHash<QString, std::shared_ptr<const QByteArray>> listings;
 };

@@ -2,12 +2,12 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
+#include "LogTime.h"
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "PlainText.h"
 
 #include <QClipboard>
-#include <QDateTime>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMetaEnum>
@@ -145,7 +145,7 @@ void MainWindow::setConnectionDotState(ConnectionStatusDot::State state, const Q
 void MainWindow::setStatusMessage(const QString& text)
 {
     statusLabel->setText(text);
-    const QString line = QDateTime::currentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s) + u"  "_s + text;
+    const QString line = logTime() + u"  "_s + text;
     statusLogLines.append(line);
     emit statusLogAppended(line);
 }

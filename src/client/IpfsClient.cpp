@@ -1,12 +1,12 @@
 #include "IpfsClient.h"
 
 #include "AppSettings.h"
+#include "LogTime.h"
 #include "OriginValue.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -66,8 +66,7 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
     request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
     applyOrigin(request);
-    const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd hh:mm:ss"_s);
-    emit rpcRequestIssued(u"[%1] POST %2"_s.arg(now, url.toString(QUrl::FullyEncoded)));
+    emit rpcRequestIssued(u"[%1] POST %2"_s.arg(logTime(), url.toString(QUrl::FullyEncoded)));
     return network->post(request, QByteArray());
 }
 

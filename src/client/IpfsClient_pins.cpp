@@ -8,25 +8,41 @@
 #include <QNetworkReply>
 #include <QPointer>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Moves what the reply holds behind `body`, with no copy between, and returns it. A node next door hands over tens of
+/// megabytes at once.
+QByteArrayView takeAvailable(QNetworkReply* reply, QByteArray& body)
+{
+    const qsizetype start = body.size();
+    const qsizetype available = reply->bytesAvailable();
+    if (start + available > body.capacity())
+        body.reserve(std::max(start + available, 2 * body.capacity()));
+    body.resize(start + available);
+    const qsizetype taken = reply->read(body.data() + start, available);
+    body.resize(start + std::max<qsizetype>(taken, 0));
+    return QByteArrayView(body).sliced(start);
+}
+
 /// Appends `chunk` to the open line in `buffer`, counts the lines that it completes, empty ones left out, and leaves the
 /// new open line. Costs the chunk, whatever `buffer` holds.
-int takeLines(QByteArray& buffer, const QByteArray& chunk)
+int takeLines(QByteArray& buffer, QByteArrayView chunk)
 {
     int count = 0;
     qsizetype start = 0;
     for (qsizetype feed = chunk.indexOf('\n'); feed >= 0; feed = chunk.indexOf('\n', start)) {
-        const QByteArrayView line = QByteArrayView(chunk).sliced(start, feed - start);
+        const QByteArrayView line = chunk.sliced(start, feed - start);
         const bool blank = line.trimmed().isEmpty() && (start > 0 || QByteArrayView(buffer).trimmed().isEmpty());
         count += blank ? 0 : 1;
         start = feed + 1;
     }
     if (start > 0)
         buffer.clear();
-    buffer.append(QByteArrayView(chunk).sliced(start));
+    buffer.append(chunk.sliced(start));
     return count;
 }
 
@@ -75,16 +91,15 @@ void IpfsClient::onPinsReplyReadyRead(QNetworkReply* reply)
 {
     if (!reply)
         return;
-    const QByteArray chunk = reply->readAll();
-    if (chunk.isEmpty() || !isCurrent(reply))
+    if (!isCurrent(reply)) {
+        reply->readAll();
         return;
-
+    }
     QByteArray body = takeBytes(reply, ReplyProperty::rawData);
-    body.append(chunk);
-    reply->setProperty(ReplyProperty::rawData, body);
-
+    const QByteArrayView chunk = takeAvailable(reply, body);
     QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
     const int lines = takeLines(buffer, chunk);
+    reply->setProperty(ReplyProperty::rawData, body);
     reply->setProperty(ReplyProperty::streamBuffer, buffer);
     if (lines == 0)
         return;

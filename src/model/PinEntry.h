@@ -14,6 +14,8 @@ struct PinEntry
     friend bool operator==(const PinEntry&, const PinEntry&) = default;
 };
 
+Q_DECLARE_TYPEINFO(PinEntry, Q_RELOCATABLE_TYPE);
+
 /// The pin types as the node names them.
 namespace PinType {
 

@@ -30,16 +30,29 @@ bool PinFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sou
     const QAbstractItemModel* source = sourceModel();
     if (!source)
         return true;
-    const auto textOf = [&](int column, int role) {
-        return source->index(sourceRow, column, sourceParent).data(role).toString();
-    };
     if (typeFilter == PinType::recursiveAndDirect
-        && textOf(PinModel::TypeColumn, Qt::DisplayRole) == PinType::indirect) {
+        && source->index(sourceRow, PinModel::TypeColumn, sourceParent).data().toString() == PinType::indirect) {
         return false;
     }
     const QRegularExpression expression = filterRegularExpression();
     if (expression.pattern().isEmpty())
         return true;
     const int column = searchMode == SearchByName ? PinModel::NameColumn : PinModel::CidColumn;
-    return expression.match(textOf(column, filterRole())).hasMatch();
+    const QString text = source->index(sourceRow, column, sourceParent).data(filterRole()).toString();
+    return expression.match(text).hasMatch();
+}
+
+bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    const QString* leftText = heldText(left);
+    const QString* rightText = heldText(right);
+    if (!leftText || !rightText || sortRole() != Qt::DisplayRole || isSortLocaleAware())
+        return QSortFilterProxyModel::lessThan(left, right);
+    return leftText != rightText && leftText->compare(*rightText, sortCaseSensitivity()) < 0;
+}
+
+const QString* PinFilterProxyModel::heldText(const QModelIndex& sourceIndex) const
+{
+    const auto* pins = qobject_cast<const PinModel*>(sourceModel());
+    return pins ? pins->heldText(sourceIndex.row(), static_cast<PinModel::Column>(sourceIndex.column())) : nullptr;
 }

@@ -20,8 +20,13 @@ public:
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
+    /// The stock order, told without the variants that it makes two of for each of the millions of comparisons that a
+    /// sort of a long list takes.
+    bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
+    const QString* heldText(const QModelIndex& sourceIndex) const;
+
     QString typeFilter;
     SearchMode searchMode = SearchByCid;
 };

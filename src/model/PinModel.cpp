@@ -33,9 +33,10 @@ const Brushes& brushes()
     return made;
 }
 
-QString placeholder()
+const QString& placeholder()
 {
-    return u"…"_s;
+    static const QString text = u"…"_s;
+    return text;
 }
 
 bool isRecursive(const PinEntry& pin)
@@ -54,11 +55,33 @@ QVariant typeBrush(const QString& type)
     return {};
 }
 
-QVariant refsData(const PinEntry& pin)
+const QString* refsText(const PinEntry& pin)
 {
+    static const QString none = u""_s;
     if (!isRecursive(pin))
-        return QString();
-    return pin.refsCount < 0 ? QVariant(placeholder()) : QVariant(pin.refsCount);
+        return &none;
+    return pin.refsCount < 0 ? &placeholder() : nullptr;
+}
+
+/// Null where the cell shows a number or a text made for the occasion.
+const QString* textOf(const PinEntry& pin, int column)
+{
+    switch (column) {
+    case PinModel::CidColumn:
+        return &pin.cid;
+    case PinModel::RefsColumn:
+        return refsText(pin);
+    case PinModel::TypeColumn:
+        return &pin.type;
+    case PinModel::KindColumn:
+        return pin.kind.isEmpty() ? &placeholder() : &pin.kind;
+    case PinModel::SizeColumn:
+        return pin.dagSize < 0 ? &placeholder() : nullptr;
+    case PinModel::NameColumn:
+        return &pin.name;
+    default:
+        return nullptr;
+    }
 }
 
 } // namespace
@@ -99,19 +122,13 @@ QVariant PinModel::data(const QModelIndex& index, int role) const
 
 QVariant PinModel::displayData(const PinEntry& pin, int column) const
 {
+    if (const QString* text = textOf(pin, column))
+        return *text;
     switch (column) {
-    case CidColumn:
-        return pin.cid;
     case RefsColumn:
-        return refsData(pin);
-    case TypeColumn:
-        return pin.type;
-    case KindColumn:
-        return pin.kind.isEmpty() ? placeholder() : pin.kind;
+        return pin.refsCount;
     case SizeColumn:
-        return pin.dagSize < 0 ? placeholder() : formatSize(pin.dagSize);
-    case NameColumn:
-        return pin.name;
+        return formatSize(pin.dagSize);
     default:
         return {};
     }
@@ -177,7 +194,7 @@ void PinModel::setFact(const QString& cid, Field PinEntry::* field, const Field&
     const auto rows = rowsByCid.constFind(cid);
     if (rows == rowsByCid.constEnd())
         return;
-    const QList<int> held = *rows; // a slot of dataChanged may reset the model
+    const Rows held = *rows; // a slot of dataChanged may reset the model
     for (const int row : held) {
         if (row >= pins.size() || std::as_const(pins).at(row).*field == value)
             continue;
@@ -208,6 +225,12 @@ void PinModel::setKind(const QString& cid, const QString& kind)
 const PinEntry* PinModel::pinAt(int row) const
 {
     return row >= 0 && row < pins.size() ? &pins.at(row) : nullptr;
+}
+
+const QString* PinModel::heldText(int row, Column column) const
+{
+    const PinEntry* pin = pinAt(row);
+    return pin ? textOf(*pin, column) : nullptr;
 }
 
 PinModel::TypeCounts PinModel::countsByType() const

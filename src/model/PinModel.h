@@ -6,6 +6,7 @@
 #include <QFont>
 #include <QHash>
 #include <QList>
+#include <QVarLengthArray>
 
 /// The pins of one listing as a read-only table of six columns. Late facts about a CID reach their cells in constant
 /// time, however long the list is.
@@ -42,6 +43,8 @@ public:
 
     /// Null if `row` is out of range; valid until the content changes.
     const PinEntry* pinAt(int row) const;
+    /// The text that a cell shows, without a copy; null where the cell shows a number or a text made for the occasion.
+    const QString* heldText(int row, Column column) const;
     /// Rows of other types count in none of the three.
     TypeCounts countsByType() const;
     /// All non-empty CIDs in row order, duplicates included.
@@ -60,7 +63,9 @@ private:
     const QFont& fontOfHeaders() const;
 
     QList<PinEntry> pins;
-    QHash<QString, QList<int>> rowsByCid;
+    /// Nearly every CID stands in one row, so the list of its rows needs no memory of its own.
+    using Rows = QVarLengthArray<int, 1>;
+    QHash<QString, Rows> rowsByCid;
     mutable QFont cidFont;
     mutable QFont headerFont;
     mutable bool headerFontReady = false;

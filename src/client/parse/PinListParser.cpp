@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -19,11 +20,12 @@ constexpr auto wrappedLineKey = "PinLsObject"_L1;
 constexpr auto wrappedListKey = "PinLsList"_L1;
 
 /// A list of hundreds of thousands says one of these in each entry: its storage is the program's, not the entry's.
-QString sharedType(const QString& type)
+template <typename Text>
+QString sharedType(const Text& type)
 {
-    const std::array known {u"recursive"_s, u"direct"_s, u"indirect"_s};
-    const auto* match = std::ranges::find(known, type);
-    return match == known.end() ? type : *match;
+    static const std::array known {QString(PinType::recursive), QString(PinType::direct), QString(PinType::indirect)};
+    const auto match = std::ranges::find_if(known, [&type](const QString& word) { return word == type; });
+    return match == known.end() ? QString(type) : *match;
 }
 
 PinEntry entryOf(const QString& cid, const QJsonObject& facts)
@@ -50,6 +52,7 @@ void readDocument(const QByteArray& body, PinList& list)
 
 void readLines(const QByteArray& body, PinList& list)
 {
+    list.entries.reserve(body.count('\n') + 1);
     forEachLine(body, [&list](QByteArrayView line) {
         if (auto entry = parsePinLine(line))
             list.entries.append(*std::move(entry));
@@ -62,10 +65,90 @@ bool endsInOpenEntry(const QByteArray& body)
     return !tail.isEmpty() && parsePinLine(tail).has_value();
 }
 
+/// Takes `word` off the front of `line`, if it stands there.
+bool take(QByteArrayView& line, QByteArrayView word)
+{
+    if (!line.startsWith(word))
+        return false;
+    line = line.sliced(word.size());
+    return true;
+}
+
+/// Takes a JSON string of printable ASCII without escapes off the front of `line`.
+std::optional<QLatin1StringView> takePlainString(QByteArrayView& line)
+{
+    if (!take(line, "\""))
+        return std::nullopt;
+    const qsizetype end = line.indexOf('"');
+    if (end < 0)
+        return std::nullopt;
+    const QByteArrayView text = line.first(end);
+    if (!std::ranges::all_of(text, [](char c) { return c >= ' ' && c != '\\'; }))
+        return std::nullopt;
+    line = line.sliced(end + 1);
+    return QLatin1StringView(text.data(), text.size());
+}
+
+/// The line as a node writes it, `{"Cid":"…","Name":"…","Type":"…"}`, read ten times as fast as by way of a JSON
+/// document. It takes plain ASCII strings, each key once; nothing means that the line is the JSON parser's to judge.
+std::optional<PinEntry> parsePlainLine(QByteArrayView line)
+{
+    std::optional<QLatin1StringView> cid;
+    std::optional<QLatin1StringView> type;
+    std::optional<QLatin1StringView> name;
+    if (!take(line, "{"))
+        return std::nullopt;
+    do {
+        const auto key = takePlainString(line);
+        auto* field = key == cidKey ? &cid : key == typeKey ? &type : key == nameKey ? &name : nullptr;
+        if (!field || *field || !take(line, ":"))
+            return std::nullopt;
+        *field = takePlainString(line);
+        if (!*field)
+            return std::nullopt;
+    } while (take(line, ","));
+    if (line != "}" || !cid || cid->isEmpty())
+        return std::nullopt;
+    return PinEntry {.cid = *cid, .type = sharedType(type.value_or(""_L1)), .name = name ? QString(*name) : QString()};
+}
+
+/// Where an entry belongs by CID: the next 16 characters behind what all CIDs have in common, then its row.
+struct SortKey
+{
+    std::array<quint64, 2> head {};
+    qsizetype row = 0;
+};
+
+qsizetype commonPrefix(const QList<PinEntry>& entries)
+{
+    QStringView prefix = entries.constFirst().cid;
+    for (const PinEntry& entry : entries) {
+        const auto [mine, other] = std::ranges::mismatch(prefix, entry.cid);
+        prefix = prefix.first(mine - prefix.begin());
+    }
+    return prefix.size();
+}
+
+/// Eight characters in the order of their codes; those above 255 count as equal.
+quint64 packed(QStringView text)
+{
+    quint64 word = 0;
+    for (qsizetype i = 0; i < 8; ++i)
+        word = (word << 8) | (i < text.size() ? std::min<quint64>(text.at(i).unicode(), 0xff) : 0);
+    return word;
+}
+
+SortKey sortKeyOf(QStringView cid, qsizetype prefix, qsizetype row)
+{
+    return {.head = {packed(cid.mid(prefix)), packed(cid.mid(prefix + 8))}, .row = row};
+}
+
 } // namespace
 
 std::optional<PinEntry> parsePinLine(QByteArrayView line)
 {
+    if (auto entry = parsePlainLine(line))
+        return entry;
     const auto object = parseJsonLine(line);
     if (!object)
         return std::nullopt;
@@ -87,13 +170,34 @@ PinList parsePinList(const QByteArray& body)
 
 void sortPinsByCid(QList<PinEntry>& entries)
 {
-    std::ranges::stable_sort(entries, {}, &PinEntry::cid);
-    // The last of each run of equal CIDs is the first one seen from behind.
-    const auto kept = std::unique(entries.rbegin(), entries.rend(),
-                                  [](const PinEntry& a, const PinEntry& b) { return a.cid == b.cid; });
-    entries.erase(entries.begin(), kept.base());
-    if (!entries.isEmpty() && entries.constFirst().cid.isEmpty())
-        entries.removeFirst();
+    if (entries.isEmpty())
+        return;
+    // Comparing whole CIDs all over memory takes several times as long as comparing a few characters in one place.
+    const qsizetype prefix = commonPrefix(entries);
+    std::vector<SortKey> keys;
+    keys.reserve(static_cast<size_t>(entries.size()));
+    for (qsizetype row = 0; row < entries.size(); ++row)
+        keys.push_back(sortKeyOf(entries.at(row).cid, prefix, row));
+    std::ranges::sort(keys, [&entries](const SortKey& a, const SortKey& b) {
+        if (a.head != b.head)
+            return a.head < b.head;
+        const int order = entries.at(a.row).cid.compare(entries.at(b.row).cid);
+        return order != 0 ? order < 0 : a.row < b.row;
+    });
+
+    QList<PinEntry> sorted;
+    sorted.reserve(entries.size());
+    std::array<quint64, 2> lastHead {};
+    for (const SortKey& key : keys) {
+        PinEntry& entry = entries[key.row];
+        const bool again = key.head == lastHead && !sorted.isEmpty() && sorted.constLast().cid == entry.cid;
+        lastHead = key.head;
+        if (again)
+            sorted.last() = std::move(entry);
+        else if (!entry.cid.isEmpty())
+            sorted.append(std::move(entry));
+    }
+    entries = std::move(sorted);
 }
 
 QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
