@@ -12,6 +12,7 @@ if(NOT MSVC)
     if(NORVO_SANITIZE)
         target_compile_options(norvo_options INTERFACE
             -fsanitize=${NORVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_compile_definitions(norvo_options INTERFACE NORVO_SANITIZED)
         target_link_options(norvo_options INTERFACE -fsanitize=${NORVO_SANITIZE})
     endif()
 endif()

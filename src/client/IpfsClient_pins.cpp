@@ -89,7 +89,7 @@ bool IpfsClient::isCurrent(const QNetworkReply* reply) const
 
 void IpfsClient::onPinsReplyReadyRead(QNetworkReply* reply)
 {
-    if (!reply)
+    if (!reply || !reply->isOpen()) // an aborted reply is closed when it tells of its end
         return;
     if (!isCurrent(reply)) {
         reply->readAll();

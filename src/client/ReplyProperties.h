@@ -19,11 +19,13 @@ inline constexpr const char* cancelledByClient = "cancelledByClient"; ///< bool,
 
 } // namespace ReplyProperty
 
-/// Takes a byte array out of a property, which is left empty: appending to what is taken then copies nothing, where
-/// bytes that the property still shared would be copied whole for each chunk.
+/// Takes a byte array out of a property, so that appending to it does not copy what the property still shares: a body
+/// would be copied whole for each of its chunks. A few bytes stay, since copying them costs less than the taking.
 inline QByteArray takeBytes(QNetworkReply* reply, const char* name)
 {
+    constexpr qsizetype fewBytes = 4096;
     QByteArray bytes = reply->property(name).toByteArray();
-    reply->setProperty(name, QByteArray());
+    if (bytes.size() > fewBytes)
+        reply->setProperty(name, QByteArray());
     return bytes;
 }

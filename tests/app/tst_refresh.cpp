@@ -1,5 +1,293 @@
+#include "AppSettings.h"
+#include "ConnectionStatusDot.h"
+#include "Detached.h"
+#include "FakeNode.h"
+#include "IpfsClient.h"
+#include "MainWindow.h"
+#include "PinModel.h"
 #include "TestMain.h"
+
 #include <QApplication>
-class T : public QObject { Q_OBJECT };
-int main() { return 0; }
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStatusBar>
+#include <QTableView>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray path = "/pin/ls";
+
+QByteArray pinLines(int count)
+{
+    QByteArray body;
+    for (int i = 0; i < count; ++i)
+        body += "{\"Cid\":\"bafy" + QByteArray::number(i) + "\",\"Name\":\"n" + QByteArray::number(i)
+            + "\",\"Type\":\"direct\"}\n";
+    return body;
+}
+
+} // namespace
+
+class tst_Refresh : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        node = std::make_unique<FakeNode>();
+        node->answer("/id", FakeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
+        node->answer(path, FakeAnswer::json(pinLines(3)));
+        QSettings settings = openAppSettings();
+        settings.clear();
+        settings.setValue("port"_L1, node->port());
+        settings.setValue("typeFilter"_L1, u"all"_s);
+    }
+    void cleanup()
+    {
+        window.reset();
+        QVERIFY(waitForDetached(10s));
+    }
+
+    void fillsTheTable()
+    {
+        open();
+        QVERIFY(waitForRows(3));
+        QCOMPARE(refreshButton()->text(), u"⟳  Refresh"_s);
+        QVERIFY(refreshButton()->isEnabled());
+        QVERIFY(QRegularExpression(u"^Loaded 3 pin\\(s\\) — \\d\\d:\\d\\d:\\d\\d$"_s).match(status()).hasMatch());
+        QVERIFY(dotTip().startsWith(u"Connection: Connected\nConnected to http://127.0.0.1:"_s));
+        QTRY_COMPARE(label("peerIdLabel"_L1)->text(), u"PeerID: 12D3<b>x  |  kubo/0.43.0"_s);
+        QCOMPARE(label("peerIdLabel"_L1)->textFormat(), Qt::PlainText);
+        QVERIFY(window->statusLog().filter(u"  Fetching pins from http://127.0.0.1:"_s).size() == 1);
+        QTRY_COMPARE_WITH_TIMEOUT(status(), u"Ready"_s, 7000);
+    }
+
+    void stagesWhileTheListStreams()
+    {
+        FakeAnswer answer = FakeAnswer::hangAfter(pinLines(5));
+        node->answer(path, answer);
+        open();
+        QTRY_COMPARE(status(), u"Entries loaded: 5"_s);
+        QCOMPARE(refreshButton()->text(), u"⟳  Loading…"_s);
+        QVERIFY(!refreshButton()->isEnabled());
+        QVERIFY(dotTip().startsWith(u"Connection: Checking\nChecking http://"_s));
+    }
+
+    void theFasterOfTwoStreamsIsShown()
+    {
+        node->route(path, [](const FakeRequest& request) {
+            return FakeAnswer::hangAfter(pinLines(request.value(u"type"_s) == u"direct"_s ? 4 : 9));
+        });
+        setting("typeFilter"_L1, u"recursive+direct"_s);
+        open();
+        QTRY_COMPARE(node->openNow(path), 2);
+        QTRY_COMPARE(status(), u"Entries loaded: 9"_s);
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<QString>("ending");
+        QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
+        QTest::newRow("server error") << FakeAnswer::error("no") << u"Internal Server Error"_s;
+        QTest::newRow("break in mid-line") << FakeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s;
+    }
+    void failures()
+    {
+        QFETCH(const FakeAnswer, answer);
+        QFETCH(const QString, ending);
+        open();
+        QVERIFY(waitForRows(3));
+        QTRY_COMPARE(node->openNow(), 0);
+        node->answer(path, answer);
+        node->answer("/id", FakeAnswer::hold());
+        refreshButton()->click();
+        QTRY_VERIFY(status().startsWith(u"Error: Network error: "_s));
+        QVERIFY2(status().endsWith(ending), qPrintable(status()));
+        QCOMPARE(label("notification"_L1)->text(), u"⚠  "_s + status().mid(7));
+        QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
+        QVERIFY(refreshButton()->isEnabled());
+        QVERIFY(dotTip().startsWith(u"Connection: Disconnected\nDisconnected from http://"_s));
+        QCOMPARE(label("peerIdLabel"_L1)->text(), u"Not connected"_s);
+        QCOMPARE(rows(), 3); // the old ones
+        node->answer(path, FakeAnswer::json(pinLines(1)));
+        refreshButton()->click();
+        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
+        QVERIFY(waitForRows(1));
+    }
+
+    void aNodeThatIsDown()
+    {
+        node->stop();
+        open();
+        QTRY_VERIFY(status().startsWith(u"Error: "_s));
+        QTRY_VERIFY(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size() > 0);
+        QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
+    }
+
+    void garbageLinesGiveNoRows()
+    {
+        node->answer(path, FakeAnswer::json("garbage\n" + pinLines(2) + "{\"Cid\":}\n"));
+        open();
+        QVERIFY(waitForRows(2));
+        QVERIFY(status().startsWith(u"Loaded 2 pin(s)"_s));
+    }
+
+    void onlyAComboLeavesASilentNode()
+    {
+        node->answer(path, FakeAnswer::hold());
+        open();
+        QTRY_COMPARE(node->heldCount(path), 1);
+        QTest::keyClick(window.get(), Qt::Key_F5);
+        QTest::qWait(20);
+        QCOMPARE(node->count(path), 1); // dropped, not queued
+        node->answer(path, FakeAnswer::json(pinLines(2)));
+        combo("Filter: "_L1)->setCurrentIndex(2);
+        QVERIFY(waitForRows(2));
+        QCOMPARE(node->requests(path).constLast().value(u"type"_s), u"recursive"_s);
+        QTRY_COMPARE(node->openNow(path), 0);
+    }
+
+    void f5Refreshes()
+    {
+        open();
+        QVERIFY(waitForRows(3));
+        for (int round = 2; round < 5; ++round) {
+            QTRY_VERIFY(refreshButton()->isEnabled());
+            QTest::keyClick(window.get(), Qt::Key_F5);
+            QTRY_COMPARE(node->count(path), round);
+        }
+    }
+
+    void indirectRowsAreLeftOutOfRecursiveAndDirect()
+    {
+        setting("typeFilter"_L1, u"recursive+direct"_s);
+        node->answer(path, FakeAnswer::json("{\"Cid\":\"a\",\"Type\":\"indirect\"}\n{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
+        open();
+        QVERIFY(waitForRows(1));
+        QCOMPARE(window->findChild<PinModel*>()->rowCount(), 1);
+        QVERIFY(status().startsWith(u"Loaded 2 pin(s)"_s)); // the node's count
+    }
+
+    void largeListsKeepTheirColumns_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("fitted");
+        QTest::newRow("last one that is fitted") << 1200 << true;
+        QTest::newRow("first that is not") << 1201 << false;
+    }
+    void largeListsKeepTheirColumns()
+    {
+        QFETCH(const int, count);
+        QFETCH(const bool, fitted);
+        node->answer(path, FakeAnswer::json(pinLines(count)));
+        open();
+        QVERIFY(waitForRows(count));
+        QCoreApplication::processEvents();
+        QHeaderView* header = table()->horizontalHeader();
+        QCOMPARE(header->sectionSize(0) != 420, fitted);
+        QCOMPARE(header->sectionResizeMode(0), QHeaderView::Interactive);
+        const QString large = u"Loaded %1 pin(s) — large list mode (auto-resize skipped)"_s.arg(count);
+        QCOMPARE(window->statusLog().filter(large).size(), fitted ? 0 : 1);
+    }
+
+    void searchNarrowsAfterTheLastKey()
+    {
+        open();
+        QVERIFY(waitForRows(3));
+        auto* search = window->findChild<QLineEdit*>();
+        search->setText(u"N2"_s);
+        QCOMPARE(rows(), 3); // debounced
+        QTRY_COMPARE(rows(), 0); // no CID holds it
+        for (auto* radio : window->findChildren<QRadioButton*>()) {
+            if (radio->text() == u"Name"_s)
+                radio->click();
+        }
+        QCOMPARE(rows(), 1); // at once
+        QCOMPARE(search->placeholderText(), u"Filter by name…"_s);
+        refreshButton()->click();
+        QTRY_VERIFY(refreshButton()->isEnabled());
+        QCOMPARE(rows(), 1); // the text survives a refresh
+    }
+
+    void laterMessagesAreNotReset()
+    {
+        open();
+        QVERIFY(waitForRows(3));
+        const auto loads = [this] { return window->statusLog().filter(u"Loaded "_s).size(); };
+        node->answer(path, FakeAnswer::hold());
+        refreshButton()->click();
+        QTRY_VERIFY(status().startsWith(u"Fetching"_s));
+        QTest::qWait(5100); // the first load's reset comes and looks
+        QVERIFY(status().startsWith(u"Fetching"_s));
+        QCOMPARE(loads(), 1);
+    }
+
+    void peerIdIsCopiedByTheLeftButton()
+    {
+        QGuiApplication::clipboard()->setText(u"before"_s);
+        open();
+        QTRY_VERIFY(label("peerIdLabel"_L1)->text().startsWith(u"PeerID"_s));
+        QTest::mouseClick(label("peerIdLabel"_L1), Qt::RightButton);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+        QTest::mouseClick(label("peerIdLabel"_L1), Qt::LeftButton);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"12D3<b>x"_s);
+        QCOMPARE(window->statusBar()->currentMessage(), u"Copied to clipboard"_s);
+    }
+
+    void endpointAndFilterSurviveARestart()
+    {
+        open();
+        QVERIFY(waitForRows(3));
+        combo("Filter: "_L1)->setCurrentIndex(3);
+        QVERIFY(waitForRows(3));
+        window.reset();
+        openAppSettings().sync();
+        open();
+        QCOMPARE(combo("Filter: "_L1)->currentData().toString(), u"direct"_s);
+        QTRY_COMPARE(node->requests(path).constLast().value(u"type"_s), u"direct"_s);
+    }
+
+private:
+    void open()
+    {
+        window = std::make_unique<MainWindow>();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
+    QTableView* table() const { return window->findChild<QTableView*>(); }
+    int rows() const { return table()->model()->rowCount(); }
+    bool waitForRows(int count)
+    {
+        return QTest::qWaitFor([&] { return rows() == count && refreshButton()->isEnabled(); }, 20'000);
+    }
+    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
+    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
+    QString status() const { return label("statusLabel"_L1)->text(); }
+    QString dotTip() const { return window->findChild<ConnectionStatusDot*>()->toolTip(); }
+    QComboBox* combo(QLatin1StringView caption) const
+    {
+        for (const auto* text : window->findChildren<QLabel*>()) {
+            if (text->text().trimmed() == QString(caption).trimmed())
+                return qobject_cast<QComboBox*>(text->buddy());
+        }
+        return nullptr;
+    }
+
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<MainWindow> window;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_Refresh)
 #include "tst_refresh.moc"

@@ -1,5 +1,191 @@
+#include "AppSettings.h"
+#include "ClientLog.h"
+#include "FakeNode.h"
+#include "RpcQuery.h"
 #include "TestMain.h"
-#include <QApplication>
-class T : public QObject { Q_OBJECT };
-int main() { return 0; }
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRegularExpression>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+
+class tst_Rpc : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        openAppSettings().clear();
+        node = std::make_unique<FakeNode>();
+        client = std::make_unique<IpfsClient>();
+        client->setEndpoint(u"127.0.0.1"_s, node->port());
+        log = std::make_unique<ClientLog>(*client);
+    }
+
+    void queryValuesArriveAsTheyAre_data()
+    {
+        QTest::addColumn<QString>("value");
+        for (const auto* value : {"plain", "a+b c", "a;b", "100%", "%41 %zz %2B", "a&b=c#d", "\"<>\\", "ünï €𝄞", "a=b==",
+                                  " lead and trail ", "line\nfeed", ""}) {
+            QTest::newRow(value) << QString::fromUtf8(value);
+        }
+    }
+    void queryValuesArriveAsTheyAre()
+    {
+        QFETCH(const QString, value);
+        node->answer("/config", FakeAnswer::json("{}"));
+        const QUrlQuery query = rpcQuery({{u"arg"_s, value}, {u"z"_s, u"1"_s}, {u"arg"_s, value}, {u"b"_s, u"2"_s}});
+        QNetworkReply* reply = client->postRequest(u"/config"_s, query);
+        QTRY_VERIFY(reply->isFinished());
+        reply->deleteLater();
+        const QList<std::pair<QString, QString>> sent {
+            {u"arg"_s, value}, {u"z"_s, u"1"_s}, {u"arg"_s, value}, {u"b"_s, u"2"_s}};
+        QCOMPARE(node->requests().constFirst().items(), sent);
+    }
+
+    void everyRequestFollowsTheConvention()
+    {
+        QStringList issued;
+        int requestsBefore = -1;
+        connect(client.get(), &IpfsClient::rpcRequestIssued, this, [&](const QString& line) {
+            issued.append(line);
+            requestsBefore = static_cast<int>(node->requests().size());
+        });
+        node->answer("/version", FakeAnswer::json("{}"));
+        client->ping();
+        QTRY_COMPARE(log->lines, QStringList {u"connected"_s});
+        const FakeRequest request = node->requests().constFirst();
+        QCOMPARE(request.method, "POST");
+        QCOMPARE(request.header("User-Agent"), "Norvo/1.1.3");
+        QCOMPARE(request.header("Content-Type"), "application/x-www-form-urlencoded");
+        QCOMPARE(request.header("Content-Length"), "0");
+        QVERIFY(request.header("Origin").isEmpty());
+        QCOMPARE(request.rawQuery, "");
+        QCOMPARE(requestsBefore, 0);
+        const QRegularExpression line(
+            u"^\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\] POST http://127\\.0\\.0\\.1:%1/api/v0/version$"_s.arg(
+                node->port()));
+        QVERIFY2(issued.size() == 1 && line.match(issued.constFirst()).hasMatch(), qPrintable(issued.join(u'\n')));
+    }
+
+    void aBrowsersAgentIsRefused()
+    {
+        node->answer("/id", FakeAnswer::json("{}"));
+        QNetworkAccessManager manager;
+        std::unique_ptr<QNetworkReply> reply(
+            manager.post(QNetworkRequest(QUrl(client->baseUrl() + u"/id"_s)), QByteArray()));
+        QTRY_VERIFY(reply->isFinished());
+        QCOMPARE(reply->error(), QNetworkReply::ContentAccessDenied);
+    }
+
+    void originHeader_data()
+    {
+        QTest::addColumn<bool>("on");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("sent");
+        QTest::newRow("off") << false << u"http://a"_s << QByteArray();
+        QTest::newRow("on") << true << u" http://a "_s << QByteArray("http://a");
+        QTest::newRow("blank takes the default") << true << u" "_s << QByteArray("Norvo 1.1.3");
+        QTest::newRow("long is cut") << true << QString(300, u'x') << QByteArray(256, 'x');
+        QTest::newRow("no second header") << true << u"a\r\nX: y"_s << QByteArray("aX: y");
+    }
+    void originHeader()
+    {
+        QFETCH(const bool, on);
+        QFETCH(const QString, value);
+        QFETCH(const QByteArray, sent);
+        QSettings settings = openAppSettings();
+        settings.setValue(SettingsKeys::sendOrigin, on);
+        settings.setValue(SettingsKeys::originValue, value);
+        settings.sync();
+        node->allowOrigin(sent);
+        node->answer("/version", FakeAnswer::json("{}"));
+        client->ping();
+        QTRY_COMPARE(log->lines, QStringList {u"connected"_s});
+        QCOMPARE(node->requests().constFirst().header("Origin"), sent);
+    }
+
+    void nodeInfo_data()
+    {
+        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<QStringList>("outcome");
+        const QString url = u"http://127.0.0.1:%1/api/v0/id"_s;
+        QTest::newRow("good") << FakeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0","Addresses":null})")
+                              << QStringList {u"node 12D3 kubo/0.43.0"_s};
+        QTest::newRow("keys missing") << FakeAnswer::json("{}") << QStringList {u"node  "_s};
+        QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n")
+                                 << QStringList {u"error Failed to get node info: Error transferring "_s + url
+                                                 + u" - server replied: Forbidden"_s};
+    }
+    void nodeInfo()
+    {
+        QFETCH(const FakeAnswer, answer);
+        QFETCH(QStringList, outcome);
+        outcome.replaceInStrings(u"%1"_s, QString::number(node->port()));
+        node->answer("/id", answer);
+        client->fetchNodeInfo();
+        QTRY_COMPARE(log->lines, outcome);
+    }
+
+    void nodeInfoWithoutAnObjectIsIgnored()
+    {
+        node->answers("/id", {FakeAnswer::json("[]"), FakeAnswer::json("{\"ID\":"), FakeAnswer::json(R"({"ID":"x"})")});
+        client->fetchNodeInfo();
+        QTRY_COMPARE(node->openNow(), 0);
+        client->fetchNodeInfo();
+        QTRY_COMPARE(node->count("/id"), 2);
+        client->fetchNodeInfo();
+        QTRY_COMPARE(log->lines, QStringList {u"node x "_s});
+    }
+
+    void pingFailureTellsTheStateFirst()
+    {
+        node->stop();
+        client->ping();
+        QTRY_COMPARE(log->lines.size(), 2);
+        QCOMPARE(log->lines, QStringList({u"disconnected"_s, u"error Cannot connect to Kubo RPC: Connection refused"_s}));
+    }
+
+    void jsonReplyOfAFailedCallTellsTheBody()
+    {
+        node->answers("/x", {FakeAnswer::error("service not known"), FakeAnswer::text(500, " \n")});
+        QStringList messages;
+        for (int i = 0; i < 2; ++i) {
+            QNetworkReply* reply = client->postRequest(u"/x"_s, {});
+            QTRY_VERIFY(reply->isFinished());
+            const JsonReply answer = readJsonObjectReply(reply, u"ask %2"_s);
+            QVERIFY(!answer.ok);
+            messages.append(answer.errorMessage);
+        }
+        QCOMPARE(messages.at(0),
+                 u"Failed to ask %2: {\"Message\":\"service not known\",\"Code\":0,\"Type\":\"error\"}"_s);
+        QVERIFY(messages.at(1).endsWith(u"server replied: Internal Server Error"_s));
+    }
+
+    void baseUrls_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("url");
+        QTest::newRow("name") << u"node.lan"_s << u"http://node.lan:5001/api/v0"_s;
+        QTest::newRow("IPv6") << u"::1"_s << u"http://[::1]:5001/api/v0"_s;
+        QTest::newRow("no host at all") << u"http://node"_s << u"http://http://node:5001/api/v0"_s;
+    }
+    void baseUrls()
+    {
+        QFETCH(const QString, host);
+        client->setEndpoint(host, 5001);
+        QTEST(client->baseUrl(), "url");
+    }
+
+private:
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<IpfsClient> client;
+    std::unique_ptr<ClientLog> log;
+};
+
+NORVO_TEST_MAIN(QCoreApplication, tst_Rpc)
 #include "tst_rpc.moc"

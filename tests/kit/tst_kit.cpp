@@ -1,5 +1,170 @@
+#include "ByteText.h"
+#include "CidText.h"
+#include "Detached.h"
+#include "OpenFiles.h"
+#include "OriginValue.h"
+#include "PlainText.h"
 #include "TestMain.h"
+
 #include <QApplication>
-class T : public QObject { Q_OBJECT };
-int main() { return 0; }
+#include <QLabel>
+#include <QPointer>
+#include <QTextDocument>
+#include <QThread>
+
+#include <atomic>
+#include <thread>
+
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#endif
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class tst_Kit : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void byteTexts_data()
+    {
+        QTest::addColumn<long long>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("negative") << -1LL << QString();
+        QTest::newRow("zero") << 0LL << u"0 B"_s;
+        QTest::newRow("last in bytes") << 1023LL << u"1023 B"_s;
+        QTest::newRow("first in KB") << 1024LL << u"1.0 KB"_s;
+        QTest::newRow("last in KB rounds up") << 1048575LL << u"1024.0 KB"_s;
+        QTest::newRow("first in MB") << 1048576LL << u"1.0 MB"_s;
+        QTest::newRow("first in GB") << 1073741824LL << u"1.0 GB"_s;
+        QTest::newRow("no unit above GB") << 5LL * 1024 * 1073741824 << u"5120.0 GB"_s;
+    }
+    void byteTexts()
+    {
+        QFETCH(const long long, bytes);
+        QTEST(byteText(bytes), "text");
+    }
+
+    void cidsOfKnownObjects_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("version");
+        QTest::addColumn<quint64>("codec");
+        QTest::addColumn<QString>("rawTwin");
+        const QString twin = u"bafkreidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s;
+        QTest::newRow("v1 directory") << u"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s << 1
+                                      << Cid::dagPbCodec << twin;
+        QTest::newRow("v0 directory") << u"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST"_s << 0 << Cid::dagPbCodec
+                                      << twin;
+        QTest::newRow("raw block is its own twin") << twin << 1 << Cid::rawCodec << twin;
+    }
+    void cidsOfKnownObjects()
+    {
+        QFETCH(const QString, text);
+        const auto cid = decodeCid(text);
+        QVERIFY(cid);
+        QTEST(cid->version, "version");
+        QTEST(cid->codec, "codec");
+        QCOMPARE(encodeCid(*cid), text);
+        QTEST(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}), "rawTwin");
+    }
+
+    void blockCid()
+    {
+        QCOMPARE(encodeCid(cidOfBlock("hello world\n", Cid::rawCodec)),
+                 u"bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4"_s);
+    }
+
+    void noCids_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const auto* text : {"", "b", "Qm", "bafy", "hello", "b\u00e4fy", "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk",
+                                 "QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWS0", "baaaaaaaa",
+                                 "BAFYBEIDHKUMEONUWKEBH2I4FC7O7LGUEHAURADVLK57GZAKE6GGJSY372A"}) {
+            QTest::newRow(text) << QString::fromUtf8(text);
+        }
+        QTest::newRow("far too long") << QString(u"bafybei"_s + QString(100000, u'a'));
+    }
+    void noCids()
+    {
+        QFETCH(const QString, text);
+        QVERIFY(!decodeCid(text));
+    }
+
+    void originValues_data()
+    {
+        QTest::addColumn<QString>("given");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("blank takes the default") << u" \r\n "_s << u"Norvo 1.1.3"_s;
+        QTest::newRow("header breaks are cut out") << u" http://a\r\nX-Evil: 1"_s << u"http://aX-Evil: 1"_s;
+        QTest::newRow("NUL is cut out") << u"a"_s + QChar(0) + u"b"_s << u"ab"_s;
+        QTest::newRow("long values are cut") << QString(300, u'x') << QString(256, u'x');
+    }
+    void originValues()
+    {
+        QFETCH(const QString, given);
+        QTEST(effectiveOriginValue(given), "sent");
+    }
+
+    void detachedWorkComesBack()
+    {
+        int result = 0;
+        QThread* worker = nullptr;
+        runDetached(
+            this, [&worker] { worker = QThread::currentThread(); return std::make_unique<int>(42); },
+            [&result](std::unique_ptr<int> value) { result = *value; });
+        QTRY_COMPARE(result, 42);
+        QVERIFY(worker != QThread::currentThread());
+    }
+
+    void detachedWorkOutlivesItsContext()
+    {
+        bool delivered = false;
+        std::atomic<bool> go = false;
+        auto context = std::make_unique<QObject>();
+        runDetached(
+            context.get(),
+            [&go] {
+                while (!go)
+                    std::this_thread::sleep_for(1ms);
+                return 1;
+            },
+            [&delivered](int) { delivered = true; });
+        context.reset();
+        QVERIFY(!waitForDetached(10ms));
+        go = true;
+        QVERIFY(waitForDetached(10s));
+        QCoreApplication::processEvents();
+        QVERIFY(!delivered);
+    }
+
+    void openFileLimitReachesTheHardOne()
+    {
+#ifdef Q_OS_UNIX
+        rlimit before {};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
+        const rlimit lowered {.rlim_cur = std::min<rlim_t>(before.rlim_max, 200), .rlim_max = before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &lowered), 0);
+        QCOMPARE(static_cast<rlim_t>(raiseOpenFileLimit()), before.rlim_max);
+        rlimit after {};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &after), 0);
+        QCOMPARE(after.rlim_cur, before.rlim_max);
+        setrlimit(RLIMIT_NOFILE, &before);
+#endif
+    }
+
+    void foreignTextIsNoMarkup()
+    {
+        const QString text = u"<b>pins</b>\nof <img src=x>"_s;
+        QWidget widget;
+        setPlainToolTip(&widget, text);
+        QTextDocument shown;
+        shown.setHtml(widget.toolTip());
+        QCOMPARE(shown.toPlainText(), text);
+        QCOMPARE(newPlainLabel(text, &widget)->textFormat(), Qt::PlainText);
+    }
+};
+
+NORVO_TEST_MAIN(QApplication, tst_Kit)
 #include "tst_kit.moc"

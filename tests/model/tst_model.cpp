@@ -1,5 +1,204 @@
+#include "PinFilterProxyModel.h"
+#include "PinModel.h"
 #include "TestMain.h"
+
+#include <QAbstractItemModelTester>
 #include <QApplication>
-class T : public QObject { Q_OBJECT };
-int main() { return 0; }
+#include <QRandomGenerator>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+PinEntry pin(const QString& cid, QLatin1StringView type, const QString& name = {})
+{
+    return {.cid = cid, .type = type, .name = name};
+}
+
+/// The texts of a column as the view shows them.
+QStringList column(const QAbstractItemModel& model, int section)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts.append(model.index(row, section).data().toString());
+    return texts;
+}
+
+/// Compares as Qt does, with nothing of ours.
+class StockProxy : public QSortFilterProxyModel
+{
+};
+
+} // namespace
+
+class tst_Model : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        model = std::make_unique<PinModel>();
+        proxy = std::make_unique<PinFilterProxyModel>();
+        proxy->setSourceModel(model.get());
+        proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
+        testers.clear();
+        for (QAbstractItemModel* watched : {static_cast<QAbstractItemModel*>(model.get()),
+                                            static_cast<QAbstractItemModel*>(proxy.get())})
+            testers.push_back(std::make_unique<QAbstractItemModelTester>(watched));
+    }
+
+    void cells_data()
+    {
+        QTest::addColumn<PinEntry>("entry");
+        QTest::addColumn<int>("section");
+        QTest::addColumn<QVariant>("shown");
+        QTest::addColumn<QString>("color"); // empty for the palette's
+        const PinEntry bare = pin(u"c"_s, PinType::recursive);
+        const PinEntry known {.cid = u"c"_s, .type = PinType::recursive, .name = u"n"_s, .kind = u"File"_s,
+                              .refsCount = 0, .dagSize = 0};
+        const PinEntry direct {.cid = u"c"_s, .type = PinType::direct, .refsCount = 7};
+        const QString faded = u"#bdc3c7"_s;
+        QTest::newRow("cid") << bare << 0 << QVariant(u"c"_s) << u"#9ca3af"_s;
+        QTest::newRow("refs unknown") << bare << 1 << QVariant(u"…"_s) << faded;
+        QTest::newRow("refs are a number") << known << 1 << QVariant(0) << QString();
+        QTest::newRow("direct pin never shows refs") << direct << 1 << QVariant(QString()) << faded;
+        QTest::newRow("recursive") << bare << 2 << QVariant(u"recursive"_s) << u"#27ae60"_s;
+        QTest::newRow("direct") << direct << 2 << QVariant(u"direct"_s) << u"#2980b9"_s;
+        QTest::newRow("indirect") << pin(u"c"_s, PinType::indirect) << 2 << QVariant(u"indirect"_s) << u"#8e44ad"_s;
+        QTest::newRow("other type as it is") << pin(u"c"_s, "odd"_L1) << 2 << QVariant(u"odd"_s) << QString();
+        QTest::newRow("kind unknown") << bare << 3 << QVariant(u"…"_s) << faded;
+        QTest::newRow("kind") << known << 3 << QVariant(u"File"_s) << QString();
+        QTest::newRow("size unknown") << bare << 4 << QVariant(u"…"_s) << faded;
+        QTest::newRow("size zero is known") << known << 4 << QVariant(u"0 B"_s) << QString();
+        QTest::newRow("no name") << bare << 5 << QVariant(QString()) << faded;
+        QTest::newRow("name") << known << 5 << QVariant(u"n"_s) << QString();
+    }
+    void cells()
+    {
+        QFETCH(const PinEntry, entry);
+        QFETCH(const int, section);
+        QFETCH(const QString, color);
+        model->setPins({entry});
+        const QModelIndex cell = model->index(0, section);
+        QTEST(cell.data(), "shown");
+        const QVariant brush = cell.data(Qt::ForegroundRole);
+        QCOMPARE(brush.isValid() ? brush.value<QBrush>().color().name() : QString(), color);
+        QCOMPARE(cell.data(Qt::UserRole).toString(), entry.cid);
+        QVERIFY(!cell.data(Qt::ToolTipRole).isValid());
+    }
+
+    void lateFactsTouchTheirCellsOnly()
+    {
+        model->setPins({pin(u"a"_s, PinType::recursive), pin(u"b"_s, PinType::direct), pin(u"a"_s, PinType::direct),
+                        pin({}, PinType::direct)});
+        const QSignalSpy changes(model.get(), &QAbstractItemModel::dataChanged);
+        model->setDagSize(u"a"_s, 1024);
+        model->setDagSize(u"a"_s, 1024); // known already
+        model->setKind(u"gone"_s, u"File"_s);
+        model->setKind({}, u"File"_s); // rows without a CID are not indexed
+        QCOMPARE(column(*model, 4), QStringList({u"1.0 KB"_s, u"…"_s, u"1.0 KB"_s, u"…"_s}));
+        QCOMPARE(changes.size(), 2);
+        QCOMPARE(changes.at(0).at(0).toModelIndex(), model->index(0, 4));
+        QCOMPARE(changes.at(1).at(1).toModelIndex(), model->index(2, 4));
+        QCOMPARE(changes.at(0).at(2).value<QList<int>>(),
+                 QList<int>({Qt::DisplayRole, Qt::ForegroundRole, Qt::ToolTipRole}));
+        model->setRefsCount(u"a"_s, 3);
+        QCOMPARE(changes.at(2).at(2).value<QList<int>>(), QList<int>({Qt::DisplayRole, Qt::ToolTipRole}));
+    }
+
+    void countsAndLists()
+    {
+        QCOMPARE(model->allCids(), QStringList());
+        QVERIFY(!model->pinAt(-1) && !model->pinAt(0));
+        model->setPins({pin(u"a"_s, PinType::recursive), pin({}, PinType::indirect), pin(u"a"_s, PinType::direct),
+                        pin(u"b"_s, "odd"_L1)});
+        QCOMPARE(model->allCids(), QStringList({u"a"_s, u"a"_s, u"b"_s}));
+        const auto counts = model->countsByType();
+        QVERIFY(counts.recursive == 1 && counts.direct == 1 && counts.indirect == 1);
+        model->clear();
+        QCOMPARE(model->rowCount(), 0);
+        model->setDagSize(u"a"_s, 1); // the index went with the rows
+    }
+
+    void filters_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("cids");
+        const int byCid = PinFilterProxyModel::SearchByCid;
+        const int byName = PinFilterProxyModel::SearchByName;
+        QTest::newRow("recursive+direct hides indirect")
+            << u"recursive+direct"_s << byCid << QString() << QStringList({u"bafyA"_s, u"bafyB"_s});
+        QTest::newRow("other filters leave the types to the node")
+            << u"direct"_s << byCid << QString() << QStringList({u"bafyA"_s, u"bafyB"_s, u"QmC"_s});
+        QTest::newRow("by CID, in any case") << u"all"_s << byCid << u"FYb"_s << QStringList({u"bafyB"_s});
+        QTest::newRow("by name, anywhere") << u"all"_s << byName << u"OT"_s << QStringList({u"bafyA"_s, u"QmC"_s});
+        QTest::newRow("the text is no pattern") << u"all"_s << byName << u".*"_s << QStringList();
+        QTest::newRow("both rules at once")
+            << u"recursive+direct"_s << byName << u"ot"_s << QStringList({u"bafyA"_s});
+    }
+    void filters()
+    {
+        QFETCH(const QString, type);
+        QFETCH(const int, mode);
+        QFETCH(const QString, text);
+        model->setPins({pin(u"bafyA"_s, PinType::recursive, u"Photos"_s), pin(u"bafyB"_s, PinType::direct),
+                        pin(u"QmC"_s, PinType::indirect, u"notes"_s)});
+        proxy->setTypeFilter(type);
+        proxy->setSearchMode(static_cast<PinFilterProxyModel::SearchMode>(mode));
+        proxy->setFilterFixedString(text);
+        QTEST(column(*proxy, 0), "cids");
+    }
+
+    void sortsAsTheStockProxyDoes_data()
+    {
+        QTest::addColumn<int>("section");
+        for (int section = 0; section < PinModel::ColumnCount; ++section)
+            QTest::addRow("section %d", section) << section;
+    }
+    void sortsAsTheStockProxyDoes()
+    {
+        QFETCH(const int, section);
+        QRandomGenerator random(7);
+        const auto word = [&random](int letters) {
+            return QString(random.bounded(3), QChar(u'a' + random.bounded(letters))) + QChar(u'A' + random.bounded(40));
+        };
+        const std::array types {PinType::recursive, PinType::direct, "odd"_L1};
+        QList<PinEntry> pins;
+        for (int i = 0; i < 300; ++i) {
+            pins.append({.cid = word(26) + QString::number(i), .type = types.at(random.bounded(3U)), .name = word(4),
+                         .kind = random.bounded(2) ? word(2) : QString(), .refsCount = random.bounded(-1, 4) * 4,
+                         .dagSize = random.bounded(-1, 5000)});
+        }
+        model->setPins(pins);
+        StockProxy stock;
+        stock.setSourceModel(model.get());
+        for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+            proxy->sort(section, order);
+            stock.sort(section, order);
+            QCOMPARE(column(*proxy, 0), column(stock, 0));
+        }
+    }
+
+    void sortedRowsMoveAsSizesComeIn()
+    {
+        model->setPins({pin(u"a"_s, PinType::direct), pin(u"b"_s, PinType::direct)});
+        proxy->sort(PinModel::SizeColumn, Qt::AscendingOrder);
+        model->setDagSize(u"b"_s, 10 * 1024);
+        model->setDagSize(u"a"_s, 9 * 1024);
+        // By the shown text, so 9.0 KB stands behind 10.0 KB: meant so.
+        QCOMPARE(column(*proxy, 0), QStringList({u"b"_s, u"a"_s}));
+    }
+
+private:
+    std::unique_ptr<PinModel> model;
+    std::unique_ptr<PinFilterProxyModel> proxy;
+    std::vector<std::unique_ptr<QAbstractItemModelTester>> testers;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_Model)
 #include "tst_model.moc"

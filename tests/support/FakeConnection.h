@@ -9,6 +9,8 @@
 /// One client's connection to a FakeNode: reads requests one after the other and plays their answers.
 class FakeConnection : public QObject
 {
+    Q_OBJECT
+
 public:
     FakeConnection(QTcpSocket* newSocket, FakeNode* newNode);
     ~FakeConnection() override;

@@ -110,6 +110,11 @@ FakeNode::FakeNode(QObject* parent)
     listen(0);
 }
 
+FakeNode::~FakeNode()
+{
+    qDeleteAll(findChildren<FakeConnection*>(Qt::FindDirectChildrenOnly)); // each counts itself out
+}
+
 bool FakeNode::listen(quint16 port)
 {
     server.close();

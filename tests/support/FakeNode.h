@@ -75,6 +75,7 @@ public:
     using Handler = std::function<FakeAnswer(const FakeRequest&)>;
 
     explicit FakeNode(QObject* parent = nullptr);
+    ~FakeNode() override;
 
     /// Port 0 takes a free one. The constructor has listened on a free one already.
     bool listen(quint16 port);

@@ -19,13 +19,18 @@ constexpr auto keysKey = "Keys"_L1;
 constexpr auto wrappedLineKey = "PinLsObject"_L1;
 constexpr auto wrappedListKey = "PinLsList"_L1;
 
+const std::array<QString, 3>& knownTypes()
+{
+    static const std::array types {QString(PinType::recursive), QString(PinType::direct), QString(PinType::indirect)};
+    return types;
+}
+
 /// A list of hundreds of thousands says one of these in each entry: its storage is the program's, not the entry's.
 template <typename Text>
 QString sharedType(const Text& type)
 {
-    static const std::array known {QString(PinType::recursive), QString(PinType::direct), QString(PinType::indirect)};
-    const auto match = std::ranges::find_if(known, [&type](const QString& word) { return word == type; });
-    return match == known.end() ? QString(type) : *match;
+    const auto match = std::ranges::find_if(knownTypes(), [&type](const QString& word) { return word == type; });
+    return match == knownTypes().end() ? QString(type) : *match;
 }
 
 PinEntry entryOf(const QString& cid, const QJsonObject& facts)
