@@ -121,9 +121,9 @@ int main(int argc, char* argv[])
     const QApplication app(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();
-    parser.addOptions({{u"url"_s, u"Measure this node alone."_s, u"url"_s},
-                       {u"chunk-bytes"_s, u"Size of the demo node's chunks; 0 sends line by line."_s, u"bytes"_s,
-                        u"0"_s}});
+    parser.addOptions(
+        {{u"url"_s, u"Measure this node alone."_s, u"url"_s},
+         {u"chunk-bytes"_s, u"Size of the demo node's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s}});
     parser.process(app);
     if (parser.isSet(u"url"_s))
         return measure(parser.value(u"url"_s));

@@ -38,8 +38,7 @@ QByteArray dagPb(const QList<DemoLink>& links, const QByteArray& data)
 {
     QByteArray out;
     for (const DemoLink& link : links) {
-        out += bytesField(2, bytesField(1, cidBytes(link.cid)) + bytesField(2, link.name)
-                                 + numberField(3, link.size));
+        out += bytesField(2, bytesField(1, cidBytes(link.cid)) + bytesField(2, link.name) + numberField(3, link.size));
     }
     return out + bytesField(1, data);
 }
@@ -105,8 +104,7 @@ QList<DemoPin> namedPins(DemoStore& store)
     const Cid notes = store.addDirectory({store.link("docs", docs)});
     const Cid summer = photoAlbum(store, 100, 12);
     const Cid winter = photoAlbum(store, 400, 5);
-    const Cid archive
-        = store.addDirectory({store.link("2024-summer", summer), store.link("2024-winter", winter)});
+    const Cid archive = store.addDirectory({store.link("2024-summer", summer), store.link("2024-winter", winter)});
     const Cid oldSite = store.addVersion0Directory({store.link("hello.txt", hello)});
     return {{.cid = notes, .name = u"notes"_s},
             {.cid = website(store), .name = u"field-notes website"_s},

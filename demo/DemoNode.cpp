@@ -31,8 +31,7 @@ QByteArray jsonLine(const QJsonObject& object)
 bool liftsVersion0(const FakeRequest& request)
 {
     const QString base = request.value(u"cid-base"_s);
-    return !base.isEmpty() && base != "base58btc"_L1
-        && request.value(u"upgrade-cidv0-in-output"_s) != "false"_L1;
+    return !base.isEmpty() && base != "base58btc"_L1 && request.value(u"upgrade-cidv0-in-output"_s) != "false"_L1;
 }
 
 QByteArray shownCid(Cid cid, bool lifted)

@@ -42,7 +42,8 @@ int main(int argc, char* argv[])
 {
     const QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
+    parser.setApplicationDescription(
+        u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
     parser.addHelpOption();
     parser.addOptions({{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
                        {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},

@@ -25,6 +25,7 @@ namespace {
 
 constexpr auto firstRefreshDelay = 200ms;
 constexpr auto searchDelay = 150ms;
+constexpr auto firstCountInterval = 100ms;
 constexpr auto copiedPeerIdShown = 1000ms;
 constexpr QSize minimumWindowSize(800, 520);
 constexpr QSize initialWindowSize(1060, 640);
@@ -38,6 +39,7 @@ MainWindow::MainWindow(QWidget* parent)
     , proxyModel(new PinFilterProxyModel(this))
     , autoRefreshTimer(new QTimer(this))
     , searchDebounceTimer(new QTimer(this))
+    , countUpdateTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , contentMode(ContentMode::pinned)
     , typeFilter(PinType::recursiveAndDirect)
@@ -95,6 +97,9 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::errorOccurred, this, &MainWindow::onErrorOccurred);
     connect(client, &IpfsClient::connectionStatusChanged, this, &MainWindow::onConnectionStatusChanged);
     connect(client, &IpfsClient::nodeInfoReceived, this, &MainWindow::onNodeInfoReceived);
+    connect(client, &IpfsClient::refsReceived, this, &MainWindow::onRefsReceivedForTable);
+    connect(client, &IpfsClient::dagStatReceived, this, &MainWindow::onDagStatReceived);
+    connect(client, &IpfsClient::kindReceived, this, &MainWindow::onKindReceived);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }
@@ -105,6 +110,9 @@ void MainWindow::setupTimers()
     searchDebounceTimer->setSingleShot(true);
     searchDebounceTimer->setInterval(searchDelay);
     connect(searchDebounceTimer, &QTimer::timeout, this, &MainWindow::onSearchDebounceTimeout);
+    countUpdateTimer->setSingleShot(true);
+    countUpdateTimer->setInterval(firstCountInterval);
+    connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)

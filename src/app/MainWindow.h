@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QSet>
 
 #include <chrono>
 #include <functional>
@@ -58,6 +59,9 @@ private slots:
     void onSearchTextChanged(const QString& text);
     void onSearchDebounceTimeout();
     void onAutoRefreshTick();
+    void onRefsReceivedForTable(const QString& rootCid, const QStringList& cids);
+    void onDagStatReceived(const QString& cid, long long cumulativeSize);
+    void onKindReceived(const QString& cid, const QString& kind);
     void onRpcRequestIssued(const QString& requestDescription);
 
 private:
@@ -98,6 +102,17 @@ private:
     bool showsUnpinned() const;
     void setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint);
 
+    // metadata
+    void planMetadata(const QList<PinEntry>& list);
+    void planRefs(const QList<PinEntry>& list);
+    void planFacts(const QString& cid);
+    void updateCountLabelsSoon();
+    void updateCountLabels();
+    int countUpdateIntervalMs() const;
+    QString countText() const;
+    QString shownDagSizeText() const;
+    QString metadataTail() const;
+
     // status
     void setConnectionDotState(ConnectionStatusDot::State state, const QString& detail);
     void setStatusMessage(const QString& text);
@@ -111,6 +126,7 @@ private:
     PinFilterProxyModel* proxyModel;
     QTimer* autoRefreshTimer;
     QTimer* searchDebounceTimer;
+    QTimer* countUpdateTimer;
     QSettings* settings;
 
     QTableView* pinTable = nullptr;
@@ -138,6 +154,15 @@ private:
     bool connected = false;
     QString nodeId {};
     QHash<QString, int> streamCounts;
+
+    QSet<QString> refsPending;     ///< recursive pins whose ref count was asked for and has not come
+    QSet<QString> metadataTargets; ///< CIDs of the list whose size and kind are wanted
+    QSet<QString> dagDone;         ///< targets whose size has come, from cache or node
+    QSet<QString> kindDone;
+    QSet<QString> metadataDone;             ///< targets with both
+    QHash<QString, long long> dagSizeCache; ///< bytes, of this run
+    QHash<QString, QString> kindCache;
+    qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
 
     QStringList rpcLogLines;
     QStringList statusLogLines;

@@ -51,13 +51,11 @@ constexpr std::array sections {Section {PinModel::CidColumn, 420, QHeaderView::I
                                Section {PinModel::SizeColumn, 100, QHeaderView::Interactive},
                                Section {PinModel::NameColumn, 0, QHeaderView::Stretch}};
 
-constexpr std::array toolWindows {QT_TRANSLATE_NOOP("MainWindow", "Repo stats"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "DHT stats"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "Network"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "Swarm"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "Kubo config"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "Status log"),
-                                  QT_TRANSLATE_NOOP("MainWindow", "RPC log")};
+constexpr std::array toolWindows {
+    QT_TRANSLATE_NOOP("MainWindow", "Repo stats"),  QT_TRANSLATE_NOOP("MainWindow", "DHT stats"),
+    QT_TRANSLATE_NOOP("MainWindow", "Network"),     QT_TRANSLATE_NOOP("MainWindow", "Swarm"),
+    QT_TRANSLATE_NOOP("MainWindow", "Kubo config"), QT_TRANSLATE_NOOP("MainWindow", "Status log"),
+    QT_TRANSLATE_NOOP("MainWindow", "RPC log")};
 
 /// A caption in the tool bar that belongs to the field behind it.
 void addCaption(QToolBar* bar, const QString& text, QWidget* field)

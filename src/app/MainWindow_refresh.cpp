@@ -68,6 +68,7 @@ void MainWindow::triggerRefresh(bool force)
     else if (!refreshButton->isEnabled())
         return;
     streamCounts.clear();
+    lastCountLabelUpdateMs = 0;
     setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
     notificationLabel->hide();
@@ -106,6 +107,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     setRefreshing(false);
     const QList<PinEntry> list = listForTable(pins);
     pinModel->setPins(list);
+    planMetadata(list);
     proxyModel->setTypeFilter(typeFilter);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
@@ -114,6 +116,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     }
     searchDebounceTimer->stop();
     proxyModel->setFilterFixedString(searchEdit->text());
+    updateCountLabels();
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
@@ -151,16 +154,6 @@ int MainWindow::minimumCidColumnWidth() const
     const QFontMetrics metrics(QFont(u"Courier New"_s, 12));
     const int textWidth = metrics.horizontalAdvance(QString(cidLength, u'm'));
     return std::max(textWidth, minimumCidTextWidth) + cidColumnPadding;
-}
-
-void MainWindow::onSearchTextChanged(const QString& /*text*/)
-{
-    searchDebounceTimer->start();
-}
-
-void MainWindow::onSearchDebounceTimeout()
-{
-    proxyModel->setFilterFixedString(searchEdit->text());
 }
 
 void MainWindow::setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint)

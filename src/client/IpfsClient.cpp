@@ -1,6 +1,7 @@
 #include "IpfsClient.h"
 
 #include "AppSettings.h"
+#include "ConnectionGroup.h"
 #include "LogTime.h"
 #include "OriginValue.h"
 #include "ReplyProperties.h"
@@ -59,6 +60,11 @@ QString IpfsClient::baseUrl() const
 
 QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)
 {
+    return post(path, query, {}, 0);
+}
+
+QNetworkReply* IpfsClient::post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane)
+{
     QUrl url(baseUrl() + path);
     if (!query.isEmpty())
         url.setQuery(query);
@@ -66,6 +72,7 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
     request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
     applyOrigin(request);
+    useConnectionGroup(request, group, lane);
     emit rpcRequestIssued(u"[%1] POST %2"_s.arg(logTime(), url.toString(QUrl::FullyEncoded)));
     return network->post(request, QByteArray());
 }
@@ -73,8 +80,13 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
 QNetworkReply* IpfsClient::call(const QString& path, const QUrlQuery& query, ReplyHandler handler)
 {
     QNetworkReply* reply = postRequest(path, query);
-    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
+    handOver(reply, handler);
     return reply;
+}
+
+void IpfsClient::handOver(QNetworkReply* reply, ReplyHandler handler)
+{
+    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
 }
 
 void IpfsClient::registerLoadReply(QNetworkReply* reply)
@@ -90,6 +102,8 @@ void IpfsClient::cancelActiveLoading()
     ++pinsEpoch;
     compositePins.clear();
     compositePending = 0;
+    for (MetadataQueue* queue : {&dagStatRequests, &kindRequests, &refsRequests})
+        *queue = {};
     const QSet<QNetworkReply*> replies = activeLoadReplies; // an abort ends its reply before it returns
     for (QNetworkReply* reply : replies) {
         reply->setProperty(ReplyProperty::cancelledByClient, true);

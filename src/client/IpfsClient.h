@@ -1,7 +1,9 @@
 #pragma once
 
 #include "JsonReply.h"
+#include "MetadataQueue.h"
 #include "PinEntry.h"
+#include "Records.h"
 
 #include <QList>
 #include <QObject>
@@ -10,6 +12,7 @@
 
 class QNetworkAccessManager;
 class QNetworkReply;
+struct ConnectionGroup;
 struct PinList;
 
 /// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
@@ -41,9 +44,23 @@ public:
     void fetchNodeInfo();
 
     /// "/pin/ls" with `type` as the node names it; empty stands for "all", and "recursive+direct" asks for both side by
-    /// side and joins them by CID. Ends with pinsReceived, or with errorOccurred and connectionStatusChanged(false), in a
-    /// composite load possibly with both. Makes every older list stale.
+    /// side and joins them by CID. Ends with pinsReceived, or with errorOccurred and connectionStatusChanged(false), in
+    /// a composite load possibly with both. Makes every older list stale.
     void fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0);
+
+    /// Facts about one CID, each from a queue of its own with a limit of open replies: 8 for refs, 24 for the other
+    /// two. A CID that is queued or open already is not asked for again; its one answer reaches all who asked.
+    /// "/refs", recursive. Ends with refsReceived; on a failure errorOccurred comes before it and the list is empty.
+    void fetchRefs(const QString& cid);
+    /// "/dag/stat". Ends with dagStatReceived; on a failure errorOccurred comes before it and the size is -1.
+    void fetchObjectStat(const QString& cid);
+    /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
+    void fetchKind(const QString& cid);
+
+    /// "/ls". Ends with lsReceived; on a failure errorOccurred comes before it and the list is empty.
+    void fetchLs(const QString& cid);
+    /// "/cat". Ends with catReceived, or with catFailed alone, also if fewer bytes came than the node announced.
+    void fetchCat(const QString& cid);
 
 signals:
     /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request.
@@ -55,16 +72,34 @@ signals:
     void errorOccurred(QString message);
     /// Only from ping and from pin lists of the current load.
     void connectionStatusChanged(bool connected);
+    /// The CIDs below `rootCid` in the node's order, duplicates kept.
+    void refsReceived(QString rootCid, QStringList cids);
+    /// In bytes; -1 if it could not be had.
+    void dagStatReceived(QString cid, qint64 cumulativeSize);
+    /// "Directory", "File", "Symlink" or "Other".
+    void kindReceived(QString cid, QString kind);
+    void lsReceived(QString cid, QList<LsEntry> entries);
+    void catReceived(QString cid, QByteArray data);
+    void catFailed(QString cid, QString errorMessage);
 
 private slots:
     void onPinsReplyReadyRead(QNetworkReply* reply);
     void onPinsReplyFinished(QNetworkReply* reply);
     void onNodeInfoReplyFinished(QNetworkReply* reply);
     void onPingReplyFinished(QNetworkReply* reply);
+    void onRefsReplyFinished(QNetworkReply* reply);
+    void onObjectStatReplyFinished(QNetworkReply* reply);
+    void onFilesStatReplyFinished(QNetworkReply* reply);
+    void onKindLsReplyFinished(QNetworkReply* reply);
+    void onLsReplyFinished(QNetworkReply* reply);
+    void onCatReplyFinished(QNetworkReply* reply);
 
 private:
     using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
+    struct MetadataRequest;
 
+    QNetworkReply* post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane);
+    void handOver(QNetworkReply* reply, ReplyHandler handler);
     /// Posts and hands the finished reply to `handler`.
     QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
     /// Emits errorOccurred and then the call's own signal.
@@ -83,6 +118,21 @@ private:
     void onPinsReplyFailed(const QNetworkReply* reply);
     void deliverCompositeStream();
 
+    static const MetadataRequest& refsRequest();
+    static const MetadataRequest& dagStatRequest();
+    static const MetadataRequest& kindRequest();
+    void pumpQueue(MetadataQueue& queue, const MetadataRequest& request);
+    void sendMetadataRequest(const MetadataQueue& queue, const MetadataRequest& request, const QString& cid,
+                             const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    void pumpRefsQueue();
+    void pumpDagStatQueue();
+    void pumpKindQueue();
+    void finishRefsRequest(const QString& cid);
+    void finishDagStatRequest(const QString& cid);
+    void finishKindRequest(const QString& cid);
+    QString codecKindFromCid(const QString& cid) const;
+    static QUrlQuery listingQuery(const QString& cid);
+
     QNetworkAccessManager* network;
     QString host;
     unsigned short port = 5001;
@@ -91,6 +141,10 @@ private:
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;
+
+    MetadataQueue dagStatRequests;
+    MetadataQueue kindRequests;
+    MetadataQueue refsRequests;
 };
 
 /// Reads a finished plain JSON reply and deletes it later; `action` is in the infinitive form, as "get repo stat".

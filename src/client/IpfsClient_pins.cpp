@@ -28,8 +28,8 @@ QByteArrayView takeAvailable(QNetworkReply* reply, QByteArray& body)
     return QByteArrayView(body).sliced(start);
 }
 
-/// Appends `chunk` to the open line in `buffer`, counts the lines that it completes, empty ones left out, and leaves the
-/// new open line. Costs the chunk, whatever `buffer` holds.
+/// Appends `chunk` to the open line in `buffer`, counts the lines that it completes, empty ones left out, and leaves
+/// the new open line. Costs the chunk, whatever `buffer` holds.
 int takeLines(QByteArray& buffer, QByteArrayView chunk)
 {
     int count = 0;

@@ -8,14 +8,16 @@
 /// table of open requests.
 namespace ReplyProperty {
 
-inline constexpr const char* streamTag = "streamTag"; ///< QString, the source named to streamEntriesLoaded
-inline constexpr const char* streamCount = "streamCount"; ///< int, lines counted so far
+inline constexpr const char* streamTag = "streamTag";       ///< QString, the source named to streamEntriesLoaded
+inline constexpr const char* streamCount = "streamCount";   ///< int, lines counted so far
 inline constexpr const char* streamBuffer = "streamBuffer"; ///< QByteArray, what stands behind the last line feed
-inline constexpr const char* rawData = "rawData"; ///< QByteArray, the whole body so far
+inline constexpr const char* rawData = "rawData";           ///< QByteArray, the whole body so far
 inline constexpr const char* pinsCompositeBatch = "pinsCompositeBatch"; ///< bool, one of the two of a composite load
-inline constexpr const char* forUnpinned = "forUnpinned"; ///< bool, the pin list half of an unpinned fetch
-inline constexpr const char* pinsEpoch = "pinsEpoch"; ///< quint64, the load that the reply belongs to
+inline constexpr const char* forUnpinned = "forUnpinned";             ///< bool, the pin list half of an unpinned fetch
+inline constexpr const char* pinsEpoch = "pinsEpoch";                 ///< quint64, the load that the reply belongs to
 inline constexpr const char* cancelledByClient = "cancelledByClient"; ///< bool, aborted by cancelActiveLoading
+inline constexpr const char* cid = "cid";                             ///< QString, the CID asked for
+inline constexpr const char* rootCid = "rootCid";                     ///< QString, the CID whose refs were asked for
 
 } // namespace ReplyProperty
 

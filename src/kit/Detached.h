@@ -14,13 +14,11 @@
 void startDetached(QObject* context, std::function<void()> work, std::function<void()> done);
 
 /// As startDetached, and hands what `work` returns to `done`.
-template <typename Work, typename Done>
-void runDetached(QObject* context, Work work, Done done)
+template <typename Work, typename Done> void runDetached(QObject* context, Work work, Done done)
 {
     const auto result = std::make_shared<std::optional<std::invoke_result_t<Work&>>>();
     startDetached(
-        context,
-        [result, work = std::move(work)]() mutable { result->emplace(work()); },
+        context, [result, work = std::move(work)]() mutable { result->emplace(work()); },
         [result, done = std::move(done)]() mutable { done(std::move(**result)); });
 }
 

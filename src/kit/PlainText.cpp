@@ -14,7 +14,6 @@ QLabel* newPlainLabel(const QString& text, QWidget* parent)
 
 void setPlainToolTip(QWidget* widget, const QString& text)
 {
-    widget->setToolTip(Qt::mightBeRichText(text)
-                           ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped())
-                           : text);
+    widget->setToolTip(
+        Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text);
 }

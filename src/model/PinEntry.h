@@ -5,11 +5,11 @@
 /// One row of the pin table.
 struct PinEntry
 {
-    QString cid {}; ///< in the form the node printed it
+    QString cid {};  ///< in the form the node printed it
     QString type {}; ///< "recursive", "direct" or "indirect" for pins; other texts are shown as they are
     QString name {};
-    QString kind {}; ///< what the CID is; empty while not known
-    int refsCount = -1; ///< refs below a recursive pin; negative while not known
+    QString kind {};        ///< what the CID is; empty while not known
+    int refsCount = -1;     ///< refs below a recursive pin; negative while not known
     long long dagSize = -1; ///< total DAG size in bytes; negative while not known
     friend bool operator==(const PinEntry&, const PinEntry&) = default;
 };

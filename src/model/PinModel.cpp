@@ -13,9 +13,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::array headers {QT_TRANSLATE_NOOP("PinModel", "CID"), QT_TRANSLATE_NOOP("PinModel", "Refs"),
-                             QT_TRANSLATE_NOOP("PinModel", "Type"), QT_TRANSLATE_NOOP("PinModel", "Kind"),
-                             QT_TRANSLATE_NOOP("PinModel", "Total DAG size"), QT_TRANSLATE_NOOP("PinModel", "Name")};
+constexpr std::array headers {QT_TRANSLATE_NOOP("PinModel", "CID"),
+                              QT_TRANSLATE_NOOP("PinModel", "Refs"),
+                              QT_TRANSLATE_NOOP("PinModel", "Type"),
+                              QT_TRANSLATE_NOOP("PinModel", "Kind"),
+                              QT_TRANSLATE_NOOP("PinModel", "Total DAG size"),
+                              QT_TRANSLATE_NOOP("PinModel", "Name")};
 static_assert(headers.size() == PinModel::ColumnCount);
 
 struct Brushes
@@ -188,7 +191,7 @@ void PinModel::clear()
 }
 
 template <typename Field>
-void PinModel::setFact(const QString& cid, Field PinEntry::* field, const Field& value, Column column,
+void PinModel::setFact(const QString& cid, Field PinEntry::*field, const Field& value, Column column,
                        const QList<int>& roles)
 {
     const auto rows = rowsByCid.constFind(cid);

@@ -55,7 +55,7 @@ public:
 
 private:
     template <typename Field>
-    void setFact(const QString& cid, Field PinEntry::* field, const Field& value, Column column,
+    void setFact(const QString& cid, Field PinEntry::*field, const Field& value, Column column,
                  const QList<int>& roles);
     QVariant displayData(const PinEntry& pin, int column) const;
     QVariant foregroundData(const PinEntry& pin, int column) const;

@@ -133,8 +133,8 @@ private slots:
         QTest::newRow("single line with a CID") << lineB.trimmed() << 1 << u"pins b:direct"_s;
         QTest::newRow("CRLF") << "{\"Cid\":\"b\",\"Type\":\"direct\"}\r\n\r\n" + lineA << 2
                               << u"pins b:direct a:recursive:n"_s;
-        QTest::newRow("document of keys") << QByteArray(R"({"Keys":{"b":{"Type":"direct"},"a":{},"c":{}}})") << 3
-                                          << u"pins a: b:direct c:"_s;
+        QTest::newRow("document of keys")
+            << QByteArray(R"({"Keys":{"b":{"Type":"direct"},"a":{},"c":{}}})") << 3 << u"pins a: b:direct c:"_s;
     }
     void streams()
     {
@@ -174,19 +174,16 @@ private slots:
         const auto failed = [&error](const QString& type) { return QString(error).replace(u"TYPE"_s, type); };
         const QString on = u"connected"_s;
         const QString off = u"disconnected"_s;
-        QTest::newRow("recursive, direct") << false << false << false
-                                           << QStringList({on, on, u"pins a:direct b:recursive c:direct"_s});
-        QTest::newRow("direct, recursive") << true << false << false
-                                           << QStringList({on, on, u"pins a:recursive b:recursive c:direct"_s});
+        QTest::newRow("recursive, direct")
+            << false << false << false << QStringList({on, on, u"pins a:direct b:recursive c:direct"_s});
+        QTest::newRow("direct, recursive")
+            << true << false << false << QStringList({on, on, u"pins a:recursive b:recursive c:direct"_s});
         QTest::newRow("recursive fails first")
-            << false << true << false
-            << QStringList({failed(u"recursive"_s), off, on, u"pins a:direct c:direct"_s});
+            << false << true << false << QStringList({failed(u"recursive"_s), off, on, u"pins a:direct c:direct"_s});
         QTest::newRow("recursive fails last")
-            << true << true << false
-            << QStringList({on, u"pins a:direct c:direct"_s, failed(u"recursive"_s), off});
+            << true << true << false << QStringList({on, u"pins a:direct c:direct"_s, failed(u"recursive"_s), off});
         QTest::newRow("direct fails last")
-            << false << false << true
-            << QStringList({on, u"pins a:recursive b:recursive"_s, failed(u"direct"_s), off});
+            << false << false << true << QStringList({on, u"pins a:recursive b:recursive"_s, failed(u"direct"_s), off});
         QTest::newRow("both fail") << false << true << true
                                    << QStringList({failed(u"recursive"_s), off, u"pins"_s, failed(u"direct"_s), off});
     }
@@ -269,9 +266,8 @@ private slots:
     void cancelDuringTheParseDropsIt()
     {
         node->answer(path, FakeAnswer::json(lineA));
-        connect(client.get(), &IpfsClient::connectionStatusChanged, this, [this] {
-            QTimer::singleShot(0, client.get(), [this] { client->cancelActiveLoading(); });
-        });
+        connect(client.get(), &IpfsClient::connectionStatusChanged, this,
+                [this] { QTimer::singleShot(0, client.get(), [this] { client->cancelActiveLoading(); }); });
         // The parse starts with the answer and its delivery is queued behind the cancel.
         const auto body = QByteArray(lineA).repeated(50'000);
         node->answer(path, FakeAnswer::json(body));
@@ -288,7 +284,8 @@ private slots:
         QTest::addColumn<bool>("olderFails");
         for (const bool first : {true, false}) {
             for (const bool fails : {true, false})
-                QTest::addRow("older %s and %s", first ? "first" : "last", fails ? "fails" : "delivers") << first << fails;
+                QTest::addRow("older %s and %s", first ? "first" : "last", fails ? "fails" : "delivers")
+                    << first << fails;
         }
     }
     void onlyTheNewestLoadReachesTheTable()
@@ -331,8 +328,8 @@ private slots:
     void aListenerMayStartAnotherLoad()
     {
         node->answer(path, FakeAnswer::json(lineA));
-        connect(client.get(), &IpfsClient::pinsReceived, this, [this] { fetch(u"direct"_s); },
-                                   Qt::SingleShotConnection);
+        connect(
+            client.get(), &IpfsClient::pinsReceived, this, [this] { fetch(u"direct"_s); }, Qt::SingleShotConnection);
         fetch(u"all"_s);
         QTRY_COMPARE(log->lines.filter(u"pins"_s).size(), 2);
     }
@@ -362,11 +359,15 @@ private slots:
             large = std::min(large, secondsToTake(*client, body, 256 * 1024));
         }
         QVERIFY(small >= 0 && large >= 0);
-        QVERIFY2(small < 1.5 * large, qPrintable(u"4 KiB chunks take %1 s, 256 KiB chunks %2 s"_s.arg(small).arg(large)));
+        QVERIFY2(small < 1.5 * large,
+                 qPrintable(u"4 KiB chunks take %1 s, 256 KiB chunks %2 s"_s.arg(small).arg(large)));
     }
 
 private:
-    void fetch(const QString& type) { client->fetchPins(type, u"base32"_s, true); }
+    void fetch(const QString& type)
+    {
+        client->fetchPins(type, u"base32"_s, true);
+    }
 
     std::unique_ptr<FakeNode> node;
     std::unique_ptr<IpfsClient> client;

@@ -29,8 +29,8 @@ private slots:
     void queryValuesArriveAsTheyAre_data()
     {
         QTest::addColumn<QString>("value");
-        for (const auto* value : {"plain", "a+b c", "a;b", "100%", "%41 %zz %2B", "a&b=c#d", "\"<>\\", "ünï €𝄞", "a=b==",
-                                  " lead and trail ", "line\nfeed", ""}) {
+        for (const auto* value : {"plain", "a+b c", "a;b", "100%", "%41 %zz %2B", "a&b=c#d", "\"<>\\", "ünï €𝄞",
+                                  "a=b==", " lead and trail ", "line\nfeed", ""}) {
             QTest::newRow(value) << QString::fromUtf8(value);
         }
     }
@@ -147,7 +147,8 @@ private slots:
         node->stop();
         client->ping();
         QTRY_COMPARE(log->lines.size(), 2);
-        QCOMPARE(log->lines, QStringList({u"disconnected"_s, u"error Cannot connect to Kubo RPC: Connection refused"_s}));
+        QCOMPARE(log->lines,
+                 QStringList({u"disconnected"_s, u"error Cannot connect to Kubo RPC: Connection refused"_s}));
     }
 
     void jsonReplyOfAFailedCallTellsTheBody()

@@ -79,9 +79,10 @@ private slots:
     void noCids_data()
     {
         QTest::addColumn<QString>("text");
-        for (const auto* text : {"", "b", "Qm", "bafy", "hello", "b\u00e4fy", "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk",
-                                 "QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWS0", "baaaaaaaa",
-                                 "BAFYBEIDHKUMEONUWKEBH2I4FC7O7LGUEHAURADVLK57GZAKE6GGJSY372A"}) {
+        for (const auto* text :
+             {"", "b", "Qm", "bafy", "hello", "b\u00e4fy", "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk",
+              "QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWS0", "baaaaaaaa",
+              "BAFYBEIDHKUMEONUWKEBH2I4FC7O7LGUEHAURADVLK57GZAKE6GGJSY372A"}) {
             QTest::newRow(text) << QString::fromUtf8(text);
         }
         QTest::newRow("far too long") << QString(u"bafybei"_s + QString(100000, u'a'));
@@ -112,7 +113,11 @@ private slots:
         int result = 0;
         QThread* worker = nullptr;
         runDetached(
-            this, [&worker] { worker = QThread::currentThread(); return std::make_unique<int>(42); },
+            this,
+            [&worker] {
+                worker = QThread::currentThread();
+                return std::make_unique<int>(42);
+            },
             [&result](std::unique_ptr<int> value) { result = *value; });
         QTRY_COMPARE(result, 42);
         QVERIFY(worker != QThread::currentThread());

@@ -45,8 +45,8 @@ private slots:
         proxy->setSourceModel(model.get());
         proxy->setFilterCaseSensitivity(Qt::CaseInsensitive);
         testers.clear();
-        for (QAbstractItemModel* watched : {static_cast<QAbstractItemModel*>(model.get()),
-                                            static_cast<QAbstractItemModel*>(proxy.get())})
+        for (QAbstractItemModel* watched :
+             {static_cast<QAbstractItemModel*>(model.get()), static_cast<QAbstractItemModel*>(proxy.get())})
             testers.push_back(std::make_unique<QAbstractItemModelTester>(watched));
     }
 
@@ -57,8 +57,8 @@ private slots:
         QTest::addColumn<QVariant>("shown");
         QTest::addColumn<QString>("color"); // empty for the palette's
         const PinEntry bare = pin(u"c"_s, PinType::recursive);
-        const PinEntry known {.cid = u"c"_s, .type = PinType::recursive, .name = u"n"_s, .kind = u"File"_s,
-                              .refsCount = 0, .dagSize = 0};
+        const PinEntry known {
+            .cid = u"c"_s, .type = PinType::recursive, .name = u"n"_s, .kind = u"File"_s, .refsCount = 0, .dagSize = 0};
         const PinEntry direct {.cid = u"c"_s, .type = PinType::direct, .refsCount = 7};
         const QString faded = u"#bdc3c7"_s;
         QTest::newRow("cid") << bare << 0 << QVariant(u"c"_s) << u"#9ca3af"_s;
@@ -138,8 +138,7 @@ private slots:
         QTest::newRow("by CID, in any case") << u"all"_s << byCid << u"FYb"_s << QStringList({u"bafyB"_s});
         QTest::newRow("by name, anywhere") << u"all"_s << byName << u"OT"_s << QStringList({u"bafyA"_s, u"QmC"_s});
         QTest::newRow("the text is no pattern") << u"all"_s << byName << u".*"_s << QStringList();
-        QTest::newRow("both rules at once")
-            << u"recursive+direct"_s << byName << u"ot"_s << QStringList({u"bafyA"_s});
+        QTest::newRow("both rules at once") << u"recursive+direct"_s << byName << u"ot"_s << QStringList({u"bafyA"_s});
     }
     void filters()
     {
@@ -170,8 +169,11 @@ private slots:
         const std::array types {PinType::recursive, PinType::direct, "odd"_L1};
         QList<PinEntry> pins;
         for (int i = 0; i < 300; ++i) {
-            pins.append({.cid = word(26) + QString::number(i), .type = types.at(random.bounded(3U)), .name = word(4),
-                         .kind = random.bounded(2) ? word(2) : QString(), .refsCount = random.bounded(-1, 4) * 4,
+            pins.append({.cid = word(26) + QString::number(i),
+                         .type = types.at(random.bounded(3U)),
+                         .name = word(4),
+                         .kind = random.bounded(2) ? word(2) : QString(),
+                         .refsCount = random.bounded(-1, 4) * 4,
                          .dagSize = random.bounded(-1, 5000)});
         }
         model->setPins(pins);

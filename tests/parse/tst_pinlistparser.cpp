@@ -40,10 +40,9 @@ private slots:
         const QStringList one {u"a:direct:n"_s};
         QTest::newRow("empty") << QByteArray() << QStringList() << 0 << false;
         QTest::newRow("blank lines") << QByteArray("\n \r\n\n") << QStringList() << 0 << false;
-        QTest::newRow("line as a node writes it")
-            << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})"
-                          "\n")
-            << one << 0 << false;
+        QTest::newRow("line as a node writes it") << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})"
+                                                                "\n")
+                                                  << one << 0 << false;
         QTest::newRow("keys in another order, blanks, CRLF")
             << QByteArray(R"( { "Type" : "direct", "Name":"n","Cid":"a" })"
                           "\r\n")
@@ -51,28 +50,28 @@ private slots:
         QTest::newRow("wrapped line") << QByteArray(R"({"PinLsObject":{"Cid":"a","Name":"n","Type":"direct"}})"
                                                     "\n")
                                       << one << 0 << false;
-        QTest::newRow("wrapper stands above the line's own keys")
-            << QByteArray(R"({"PinLsObject":7,"Cid":"a"})"
-                          "\n")
-            << QStringList() << 0 << false;
-        QTest::newRow("no line feed at the end") << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})") << one << 0
-                                                 << true;
+        QTest::newRow("wrapper stands above the line's own keys") << QByteArray(R"({"PinLsObject":7,"Cid":"a"})"
+                                                                                "\n")
+                                                                  << QStringList() << 0 << false;
+        QTest::newRow("no line feed at the end")
+            << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})") << one << 0 << true;
         QTest::newRow("half a line at the end")
-            << QByteArray("{\"Cid\":\"a\",\"Name\":\"n\",\"Type\":\"direct\"}\n{\"Cid\":\"b\",\"Na") << one << 0 << false;
+            << QByteArray("{\"Cid\":\"a\",\"Name\":\"n\",\"Type\":\"direct\"}\n{\"Cid\":\"b\",\"Na") << one << 0
+            << false;
         QTest::newRow("escapes and UTF-8") << QByteArray("{\"Cid\":\"a\",\"Name\":\"\\u003cb\\\"\xc3\xbc\"}\n")
                                            << QStringList({u"a::<b\"ü"_s}) << 0 << false;
-        QTest::newRow("garbage between lines")
-            << QByteArray("{\"Cid\":\"a\"}\nnonsense\n[1]\n{\"Cid\":7}\n{\"Cid\":\"\"}\n{\"Name\":\"x\"}\n{\"Cid\":\"b\"}\n")
-            << QStringList({u"a::"_s, u"b::"_s}) << 0 << false;
-        QTest::newRow("trailing text is no line") << QByteArray("{\"Cid\":\"a\"}x\n{\"Cid\":\"b\",}\n{\"Cid\" \"c\"}\n")
-                                                  << QStringList() << 0 << false;
+        QTest::newRow("garbage between lines") << QByteArray(
+            "{\"Cid\":\"a\"}\nnonsense\n[1]\n{\"Cid\":7}\n{\"Cid\":\"\"}\n{\"Name\":\"x\"}\n{\"Cid\":\"b\"}\n")
+                                               << QStringList({u"a::"_s, u"b::"_s}) << 0 << false;
+        QTest::newRow("trailing text is no line")
+            << QByteArray("{\"Cid\":\"a\"}x\n{\"Cid\":\"b\",}\n{\"Cid\" \"c\"}\n") << QStringList() << 0 << false;
         QTest::newRow("a key twice") << QByteArray("{\"Cid\":\"a\",\"Cid\":\"b\"}\n") << QStringList({u"b::"_s}) << 0
                                      << false;
-        QTest::newRow("other values than texts") << QByteArray("{\"Cid\":\"a\",\"Name\":null,\"Type\":3}\n")
-                                                 << QStringList({u"a::"_s}) << 0 << false;
-        QTest::newRow("document of keys") << QByteArray(
-            R"({"Keys":{"b":{"Type":"recursive","Name":"x"},"a":{"Type":"direct"},"":{}}})")
-                                          << QStringList({u"::"_s, u"a:direct:"_s, u"b:recursive:x"_s}) << 3 << false;
+        QTest::newRow("other values than texts")
+            << QByteArray("{\"Cid\":\"a\",\"Name\":null,\"Type\":3}\n") << QStringList({u"a::"_s}) << 0 << false;
+        QTest::newRow("document of keys")
+            << QByteArray(R"({"Keys":{"b":{"Type":"recursive","Name":"x"},"a":{"Type":"direct"},"":{}}})")
+            << QStringList({u"::"_s, u"a:direct:"_s, u"b:recursive:x"_s}) << 3 << false;
         QTest::newRow("wrapped document of keys")
             << QByteArray(R"({"PinLsList":{"Keys":{"a":{"Type":"direct","Name":"n"}}},"Keys":{"z":{}}})") << one << 1
             << false;
@@ -89,7 +88,8 @@ private slots:
 
     void typesShareStorage()
     {
-        const PinList lines = parsePinList("{\"Cid\":\"a\",\"Type\":\"recursive\"}\n{\"Cid\":\"b\", \"Type\":\"recursive\"}\n");
+        const PinList lines
+            = parsePinList("{\"Cid\":\"a\",\"Type\":\"recursive\"}\n{\"Cid\":\"b\", \"Type\":\"recursive\"}\n");
         const PinList keys = parsePinList(R"({"Keys":{"c":{"Type":"recursive"}}})");
         const auto* storage = lines.entries.at(0).type.constData();
         QVERIFY(lines.entries.at(1).type.constData() == storage && keys.entries.at(0).type.constData() == storage);
@@ -98,12 +98,14 @@ private slots:
     void sortingKeepsTheLastOfEqualCids()
     {
         const QString head = u"bafybei0123456789abcdef"_s; // longer than what the sort looks at first
-        QList<PinEntry> entries {entry(head + u"b"_s, u"1"_s), entry({}, u"no CID"_s), entry(head + u"a"_s, u"2"_s),
-                                 entry(head, u"3"_s),          entry(head + u"b"_s, u"4"_s), entry(u"Qm"_s, u"5"_s),
+        QList<PinEntry> entries {entry(head + u"b"_s, u"1"_s), entry({}, u"no CID"_s),
+                                 entry(head + u"a"_s, u"2"_s), entry(head, u"3"_s),
+                                 entry(head + u"b"_s, u"4"_s), entry(u"Qm"_s, u"5"_s),
                                  entry(head + u"ü"_s, u"6"_s), entry(head + u"€"_s, u"7"_s)};
         sortPinsByCid(entries);
-        QCOMPARE(shown(entries), QStringList({u"Qm::5"_s, head + u"::3"_s, head + u"a::2"_s, head + u"b::4"_s,
-                                              head + u"ü::6"_s, head + u"€::7"_s}));
+        QCOMPARE(shown(entries),
+                 QStringList({u"Qm::5"_s, head + u"::3"_s, head + u"a::2"_s, head + u"b::4"_s, head + u"ü::6"_s,
+                              head + u"€::7"_s}));
         QList<PinEntry> none;
         sortPinsByCid(none);
         QVERIFY(none.isEmpty());

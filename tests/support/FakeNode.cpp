@@ -61,8 +61,8 @@ FakeAnswer FakeAnswer::json(const QByteArray& body)
 
 FakeAnswer FakeAnswer::error(const QByteArray& message, int code)
 {
-    FakeAnswer answer = json("{\"Message\":\"" + message + "\",\"Code\":" + QByteArray::number(code)
-                             + ",\"Type\":\"error\"}\n");
+    FakeAnswer answer
+        = json("{\"Message\":\"" + message + "\",\"Code\":" + QByteArray::number(code) + ",\"Type\":\"error\"}\n");
     answer.status = code == 1 ? 400 : 500;
     return answer;
 }
@@ -135,7 +135,9 @@ void FakeNode::answer(const QByteArray& path, const FakeAnswer& answer)
 
 void FakeNode::answers(const QByteArray& path, const QList<FakeAnswer>& list)
 {
-    route(path, [list = QList(list)](const FakeRequest&) mutable { return list.size() > 1 ? list.takeFirst() : list.constFirst(); });
+    route(path, [list = QList(list)](const FakeRequest&) mutable {
+        return list.size() > 1 ? list.takeFirst() : list.constFirst();
+    });
 }
 
 QList<FakeRequest> FakeNode::requests(const QByteArray& path) const

@@ -48,11 +48,11 @@ struct FakeAnswer
     QList<FakeChunk> chunks {};
     /// Asked for more chunks after `chunks`, whenever the socket has room; nothing ends the body.
     std::function<std::optional<FakeChunk>()> source {};
-    Ending ending = Complete; ///< what follows the last chunk
-    qint64 dropAfter = -1; ///< body bytes after which the connection breaks; -1 for never
-    QByteArray streamError {}; ///< sent as the trailer X-Stream-Error
+    Ending ending = Complete;              ///< what follows the last chunk
+    qint64 dropAfter = -1;                 ///< body bytes after which the connection breaks; -1 for never
+    QByteArray streamError {};             ///< sent as the trailer X-Stream-Error
     std::chrono::milliseconds latency {0}; ///< waited before the first byte
-    bool held = false; ///< nothing is sent until FakeNode::release
+    bool held = false;                     ///< nothing is sent until FakeNode::release
 
     static FakeAnswer json(const QByteArray& body);
     /// A node's error before the first value.
@@ -65,8 +65,8 @@ struct FakeAnswer
     static FakeAnswer chunked(const QByteArray& body, qsizetype size, std::chrono::milliseconds pause = {});
 };
 
-/// An HTTP/1.1 server on 127.0.0.1 that answers as a node's RPC does: keep-alive, chunked, 405 for anything but POST and
-/// 403 for a foreign Origin or a browser's agent. What a path answers is scripted; what was asked is kept.
+/// An HTTP/1.1 server on 127.0.0.1 that answers as a node's RPC does: keep-alive, chunked, 405 for anything but POST
+/// and 403 for a foreign Origin or a browser's agent. What a path answers is scripted; what was asked is kept.
 class FakeNode : public QObject
 {
     Q_OBJECT

@@ -8,10 +8,10 @@
 int runTestObject(QObject& test, int argc, char* argv[]);
 
 /// A main for `Class` with an application of type `App`.
-#define NORVO_TEST_MAIN(App, Class) \
-    int main(int argc, char* argv[]) \
-    { \
-        const App app(argc, argv); \
-        Class test; \
-        return runTestObject(test, argc, argv); \
+#define NORVO_TEST_MAIN(App, Class)                                                                                    \
+    int main(int argc, char* argv[])                                                                                   \
+    {                                                                                                                  \
+        const App app(argc, argv);                                                                                     \
+        Class test;                                                                                                    \
+        return runTestObject(test, argc, argv);                                                                        \
     }

@@ -10,8 +10,7 @@ std::optional<QJsonObject> parseJsonLine(QByteArrayView line);
 
 /// Calls `visit` with each line of `body`: split at line feeds, trimmed, empty lines left out. Nothing is copied, so a
 /// view lives as long as `body`.
-template <typename Visit>
-void forEachLine(QByteArrayView body, Visit visit)
+template <typename Visit> void forEachLine(QByteArrayView body, Visit visit)
 {
     while (!body.isEmpty()) {
         const qsizetype feed = body.indexOf('\n');
@@ -23,8 +22,7 @@ void forEachLine(QByteArrayView body, Visit visit)
 }
 
 /// Calls `visit` with each line of `body` that is a JSON object; other lines are passed over.
-template <typename Visit>
-void forEachJsonLine(QByteArrayView body, Visit visit)
+template <typename Visit> void forEachJsonLine(QByteArrayView body, Visit visit)
 {
     forEachLine(body, [&visit](QByteArrayView line) {
         if (const auto object = parseJsonLine(line))

@@ -26,8 +26,7 @@ const std::array<QString, 3>& knownTypes()
 }
 
 /// A list of hundreds of thousands says one of these in each entry: its storage is the program's, not the entry's.
-template <typename Text>
-QString sharedType(const Text& type)
+template <typename Text> QString sharedType(const Text& type)
 {
     const auto match = std::ranges::find_if(knownTypes(), [&type](const QString& word) { return word == type; });
     return match == knownTypes().end() ? QString(type) : *match;
@@ -35,9 +34,7 @@ QString sharedType(const Text& type)
 
 PinEntry entryOf(const QString& cid, const QJsonObject& facts)
 {
-    return {.cid = cid,
-            .type = sharedType(facts.value(typeKey).toString()),
-            .name = facts.value(nameKey).toString()};
+    return {.cid = cid, .type = sharedType(facts.value(typeKey).toString()), .name = facts.value(nameKey).toString()};
 }
 
 QJsonObject keysOf(const QJsonObject& document)

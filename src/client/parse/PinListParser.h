@@ -11,7 +11,7 @@
 struct PinList
 {
     QList<PinEntry> entries {};
-    int keyCount = 0; ///< members of the whole-document form, 0 for a stream of lines
+    int keyCount = 0;         ///< members of the whole-document form, 0 for a stream of lines
     bool hasOpenLine = false; ///< a last line without a line feed gave an entry
 };
 

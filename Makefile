@@ -1,0 +1,50 @@
+# The front door. `make` alone says what there is.
+.PHONY: help run test check bench demo fuzz format clean
+
+help:
+	@echo "make run     build Norvo and start it (with the demo node where no node answers)"
+	@echo "make test    build and run all tests"
+	@echo "make check   the whole gate: format, warnings, sanitizers, static analysis, fuzz corpora"
+	@echo "make bench   measure against the demo node"
+	@echo "make demo    start the demo node on 127.0.0.1:5001"
+	@echo "make fuzz    fuzz each parser for a minute"
+	@echo "make format  format all sources"
+
+run:
+	@tools/install-deps show
+	@cmake --preset release >/dev/null && cmake --build --preset release --target norvo norvo-demo-node
+	@tools/run
+
+test:
+	@tools/install-deps
+	@cmake --preset dev >/dev/null && cmake --build --preset dev
+	@QT_QPA_PLATFORM=offscreen ctest --preset dev
+
+check:
+	@tools/install-deps check
+	@tools/check
+
+bench:
+	@tools/install-deps
+	@cmake --preset release >/dev/null && cmake --build --preset release
+	@for program in build/release/bench/bench_*; do \
+		[ -x $$program ] && [ -f $$program ] && echo "# $$(basename $$program)" && $$program || exit 1; done
+
+demo:
+	@tools/install-deps
+	@cmake --preset release >/dev/null && cmake --build --preset release --target norvo-demo-node
+	@build/release/demo/norvo-demo-node --pins 200
+
+fuzz:
+	@tools/install-deps check
+	@cmake --preset fuzz >/dev/null && cmake --build --preset fuzz
+	@for target in build/fuzz/fuzz/fuzz_*; do \
+		[ -x $$target ] && [ -f $$target ] || continue; name=$$(basename $$target); \
+		mkdir -p build/fuzz/found/$$name; \
+		$$target -max_total_time=60 build/fuzz/found/$$name fuzz/corpus/$$name || exit 1; done
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build

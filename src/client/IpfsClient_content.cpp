@@ -1,0 +1,58 @@
+#include "IpfsClient.h"
+
+#include "LsParser.h"
+#include "ReplyProperties.h"
+#include "RpcQuery.h"
+
+#include <QNetworkReply>
+
+using namespace Qt::StringLiterals;
+
+QUrlQuery IpfsClient::listingQuery(const QString& cid)
+{
+    return rpcQuery({{u"arg"_s, cid}, {u"cid-base"_s, u"base32"_s}, {u"upgrade-cidv0-in-output"_s, u"true"_s}});
+}
+
+void IpfsClient::fetchLs(const QString& cid)
+{
+    if (cid.isEmpty())
+        return;
+    QNetworkReply* reply = call(u"/ls"_s, listingQuery(cid), &IpfsClient::onLsReplyFinished);
+    reply->setProperty(ReplyProperty::cid, cid);
+}
+
+void IpfsClient::onLsReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::cid).toString();
+    reply->deleteLater();
+    const Listing listing = reply->error() == QNetworkReply::NoError ? parseLs(reply->readAll())
+                                                                     : Listing {.error = reply->errorString()};
+    if (listing.error.isEmpty())
+        emit lsReceived(cid, listing.entries);
+    else
+        reportFailure(tr("List failed for %1: %2").arg(cid, listing.error), &IpfsClient::lsReceived, cid,
+                      QList<LsEntry>());
+}
+
+void IpfsClient::fetchCat(const QString& cid)
+{
+    if (cid.isEmpty())
+        return;
+    QNetworkReply* reply = call(u"/cat"_s, rpcQuery({{u"arg"_s, cid}}), &IpfsClient::onCatReplyFinished);
+    reply->setProperty(ReplyProperty::cid, cid);
+}
+
+void IpfsClient::onCatReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::cid).toString();
+    reply->deleteLater();
+    const QByteArray data = reply->readAll();
+    bool lengthKnown = false;
+    const qint64 length = reply->rawHeader("X-Content-Length").toLongLong(&lengthKnown);
+    if (reply->error() != QNetworkReply::NoError)
+        emit catFailed(cid, reply->errorString());
+    else if (lengthKnown && data.size() < length) // a block that failed on the way: the answer ends as a good one does
+        emit catFailed(cid, tr("%1 of %2 bytes received").arg(data.size()).arg(length));
+    else
+        emit catReceived(cid, data);
+}

@@ -1,0 +1,230 @@
+#include "IpfsClient.h"
+
+#include "ConnectionGroup.h"
+#include "LsParser.h"
+#include "MetadataParser.h"
+#include "RefsParser.h"
+#include "ReplyProperties.h"
+#include "RpcQuery.h"
+
+#include <QNetworkReply>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+/// What makes a queue ask for one fact and not for another.
+struct IpfsClient::MetadataRequest
+{
+    QString path {};
+    QUrlQuery (*query)(const QString& cid);
+    const char* cidProperty = nullptr;
+    ReplyHandler handler = nullptr;
+    ConnectionGroup group {}; ///< its width is the limit of open replies
+};
+
+namespace {
+
+bool enqueueUnique(MetadataQueue& queue, const QString& cid)
+{
+    if (cid.isEmpty() || queue.known.contains(cid))
+        return false;
+    queue.known.insert(cid);
+    queue.queue.append(cid);
+    return true;
+}
+
+/// The lane with the fewest open replies, so that no reply waits for a connection while another lane has one free.
+int freestLane(const MetadataQueue& queue, const ConnectionGroup& group)
+{
+    QList<int> use(group.lanes(), 0);
+    for (const int lane : queue.lanes)
+        ++use[lane];
+    return static_cast<int>(std::ranges::min_element(use) - use.begin());
+}
+
+void release(MetadataQueue& queue, const QString& cid)
+{
+    queue.known.remove(cid);
+    queue.lanes.remove(cid);
+    if (queue.inFlight > 0) // the replies that a cancel aborts find it at 0 already
+        --queue.inFlight;
+}
+
+bool isCancelled(const QNetworkReply* reply)
+{
+    return reply->property(ReplyProperty::cancelledByClient).toBool();
+}
+
+QUrlQuery argQuery(const QString& cid)
+{
+    return rpcQuery({{u"arg"_s, cid}});
+}
+
+} // namespace
+
+const IpfsClient::MetadataRequest& IpfsClient::refsRequest()
+{
+    static const MetadataRequest request {.path = u"/refs"_s,
+                                          .query =
+                                              [](const QString& cid) {
+                                                  return rpcQuery({{u"arg"_s, cid}, {u"recursive"_s, u"true"_s}});
+                                              },
+                                          .cidProperty = ReplyProperty::rootCid,
+                                          .handler = &IpfsClient::onRefsReplyFinished,
+                                          .group = {.name = u"refs"_s, .width = 8}};
+    return request;
+}
+
+const IpfsClient::MetadataRequest& IpfsClient::dagStatRequest()
+{
+    static const MetadataRequest request {.path = u"/dag/stat"_s,
+                                          .query =
+                                              [](const QString& cid) {
+                                                  return rpcQuery({{u"arg"_s, cid}, {u"progress"_s, u"false"_s}});
+                                              },
+                                          .cidProperty = ReplyProperty::cid,
+                                          .handler = &IpfsClient::onObjectStatReplyFinished,
+                                          .group = {.name = u"dag-stat"_s, .width = 24}};
+    return request;
+}
+
+const IpfsClient::MetadataRequest& IpfsClient::kindRequest()
+{
+    static const MetadataRequest request {.path = u"/files/stat"_s,
+                                          .query = [](const QString& cid) { return argQuery(u"/ipfs/"_s + cid); },
+                                          .cidProperty = ReplyProperty::cid,
+                                          .handler = &IpfsClient::onFilesStatReplyFinished,
+                                          .group = {.name = u"kind"_s, .width = 24}};
+    return request;
+}
+
+void IpfsClient::fetchRefs(const QString& cid)
+{
+    if (enqueueUnique(refsRequests, cid))
+        pumpRefsQueue();
+}
+
+void IpfsClient::fetchObjectStat(const QString& cid)
+{
+    if (enqueueUnique(dagStatRequests, cid))
+        pumpDagStatQueue();
+}
+
+void IpfsClient::fetchKind(const QString& cid)
+{
+    if (enqueueUnique(kindRequests, cid))
+        pumpKindQueue();
+}
+
+void IpfsClient::pumpRefsQueue()
+{
+    pumpQueue(refsRequests, refsRequest());
+}
+
+void IpfsClient::pumpDagStatQueue()
+{
+    pumpQueue(dagStatRequests, dagStatRequest());
+}
+
+void IpfsClient::pumpKindQueue()
+{
+    pumpQueue(kindRequests, kindRequest());
+}
+
+void IpfsClient::pumpQueue(MetadataQueue& queue, const MetadataRequest& request)
+{
+    while (queue.inFlight < request.group.width && !queue.queue.isEmpty()) {
+        const QString cid = queue.queue.takeFirst();
+        ++queue.inFlight;
+        queue.lanes.insert(cid, freestLane(queue, request.group));
+        sendMetadataRequest(queue, request, cid, request.path, request.query(cid), request.handler);
+    }
+}
+
+void IpfsClient::sendMetadataRequest(const MetadataQueue& queue, const MetadataRequest& request, const QString& cid,
+                                     const QString& path, const QUrlQuery& query, ReplyHandler handler)
+{
+    QNetworkReply* reply = post(path, query, request.group, queue.lanes.value(cid));
+    registerLoadReply(reply);
+    reply->setProperty(request.cidProperty, cid);
+    handOver(reply, handler);
+}
+
+void IpfsClient::finishRefsRequest(const QString& cid)
+{
+    release(refsRequests, cid);
+    pumpRefsQueue();
+}
+
+void IpfsClient::finishDagStatRequest(const QString& cid)
+{
+    release(dagStatRequests, cid);
+    pumpDagStatQueue();
+}
+
+void IpfsClient::finishKindRequest(const QString& cid)
+{
+    release(kindRequests, cid);
+    pumpKindQueue();
+}
+
+void IpfsClient::onRefsReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::rootCid).toString();
+    reply->deleteLater();
+    if (reply->error() == QNetworkReply::NoError)
+        emit refsReceived(cid, parseRefs(reply->readAll()));
+    else if (!isCancelled(reply))
+        reportFailure(tr("Failed to get refs for %1: %2").arg(cid, reply->errorString()), &IpfsClient::refsReceived,
+                      cid, QStringList());
+    finishRefsRequest(cid);
+}
+
+void IpfsClient::onObjectStatReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::cid).toString();
+    reply->deleteLater();
+    if (reply->error() == QNetworkReply::NoError)
+        emit dagStatReceived(cid, parseDagSize(reply->readAll()));
+    else if (!isCancelled(reply))
+        reportFailure(tr("DAG stat failed for %1: %2").arg(cid, reply->errorString()), &IpfsClient::dagStatReceived,
+                      cid, -1);
+    finishDagStatRequest(cid);
+}
+
+void IpfsClient::onFilesStatReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::cid).toString();
+    reply->deleteLater();
+    if (isCancelled(reply)) {
+        finishKindRequest(cid);
+        return;
+    }
+    const QString kind = reply->error() == QNetworkReply::NoError ? parseFileKind(reply->readAll()) : QString();
+    if (kind.isEmpty()) {
+        // The CID keeps its place in the queue and its lane until the listing has told.
+        sendMetadataRequest(kindRequests, kindRequest(), cid, u"/ls"_s, listingQuery(cid),
+                            &IpfsClient::onKindLsReplyFinished);
+        return;
+    }
+    emit kindReceived(cid, kind);
+    finishKindRequest(cid);
+}
+
+void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
+{
+    const QString cid = reply->property(ReplyProperty::cid).toString();
+    reply->deleteLater();
+    if (!isCancelled(reply)) {
+        const bool good = reply->error() == QNetworkReply::NoError;
+        emit kindReceived(cid, good ? kindOfListing(parseLs(reply->readAll()).entries) : codecKindFromCid(cid));
+    }
+    finishKindRequest(cid);
+}
+
+/// A CID's prefix and codec tell nothing certain about what it holds, so they play no part in deciding a kind.
+QString IpfsClient::codecKindFromCid(const QString& /*cid*/) const
+{
+    return otherKind();
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Records.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// The size in bytes that "/dag/stat" tells: -1 if the body is no object or tells none, 0 if what it tells is no
+/// number.
+qint64 parseDagSize(const QByteArray& body);
+
+/// "Directory", "File" or "Symlink" from "/files/stat"; empty if the body tells none of them.
+QString parseFileKind(const QByteArray& body);
+
+/// The kind that a listing points to: "File" if all names are numbers, "Other" without entries, else "Directory".
+QString kindOfListing(const QList<LsEntry>& entries);
+
+/// What nothing more exact is known of.
+QString otherKind();
