@@ -118,12 +118,27 @@ QList<DemoPin> namedPins(DemoStore& store)
             {.cid = store.addFile("{\"name\":\"field-notes\",\"version\":\"2.1.0\"}\n"), .recursive = false}};
 }
 
-DemoPin notePin(int number)
+QByteArray noteText(int number)
 {
-    const QByteArray note = "note " + QByteArray::number(number) + "\n";
-    return {.cid = cidOfBlock(note, Cid::rawCodec),
+    return "note " + QByteArray::number(number) + "\n";
+}
+
+DemoPin notePin(DemoStore& store, int number)
+{
+    return {.cid = store.addNote(number),
             .name = number % 3 == 0 ? u"note-"_s + QString::number(number) : QString(),
             .recursive = number % 10 != 0};
+}
+
+DemoObject rawFile(const QByteArray& bytes)
+{
+    const auto size = static_cast<quint64>(bytes.size());
+    return {.cid = cidOfBlock(bytes, Cid::rawCodec),
+            .block = bytes,
+            .kind = DemoObject::File,
+            .content = bytes,
+            .fileSize = size,
+            .cumulativeSize = size};
 }
 
 } // namespace
@@ -137,11 +152,20 @@ Cid DemoStore::add(DemoObject object)
 
 Cid DemoStore::addFile(const QByteArray& bytes)
 {
-    return add({.cid = cidOfBlock(bytes, Cid::rawCodec),
-                .block = bytes,
-                .kind = DemoObject::File,
-                .content = bytes,
-                .cumulativeSize = static_cast<quint64>(bytes.size())});
+    return add(rawFile(bytes));
+}
+
+Cid DemoStore::addNote(int number)
+{
+    const Cid cid = cidOfBlock(noteText(number), Cid::rawCodec);
+    notes.insert(cid.multihash, number);
+    return cid;
+}
+
+void DemoStore::forget(const Cid& cid)
+{
+    byMultihash.remove(cid.multihash);
+    notes.remove(cid.multihash);
 }
 
 Cid DemoStore::addChunkedFile(const QByteArray& bytes, qsizetype chunkSize)
@@ -153,6 +177,7 @@ Cid DemoStore::addChunkedFile(const QByteArray& bytes, qsizetype chunkSize)
     return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
                 .block = block,
                 .kind = DemoObject::File,
+                .fileSize = static_cast<quint64>(bytes.size()),
                 .links = chunks,
                 .cumulativeSize = static_cast<quint64>(block.size()) + sumOf(chunks)});
 }
@@ -190,10 +215,24 @@ DemoLink DemoStore::link(const QByteArray& name, const Cid& cid) const
     return {.name = name, .cid = cid, .size = find(cid)->cumulativeSize};
 }
 
-const DemoObject* DemoStore::find(const Cid& cid) const
+std::optional<DemoObject> DemoStore::find(const Cid& cid) const
 {
-    const auto object = byMultihash.constFind(cid.multihash);
-    return object == byMultihash.constEnd() ? nullptr : &*object;
+    if (const auto object = byMultihash.constFind(cid.multihash); object != byMultihash.constEnd())
+        return *object;
+    const auto note = notes.constFind(cid.multihash);
+    return note == notes.constEnd() ? std::nullopt : std::optional(rawFile(noteText(*note)));
+}
+
+QByteArray DemoStore::contentOf(const DemoObject& file) const
+{
+    QByteArray bytes = file.content;
+    for (const DemoLink& chunk : file.links) {
+        const auto part = find(chunk.cid);
+        if (!part)
+            break;
+        bytes += part->content;
+    }
+    return bytes;
 }
 
 QList<DemoPin> demoPins(DemoStore& store, int count)
@@ -201,7 +240,7 @@ QList<DemoPin> demoPins(DemoStore& store, int count)
     QList<DemoPin> pins = namedPins(store);
     pins.reserve(count);
     for (int number = 1; pins.size() < count; ++number)
-        pins.append(notePin(number));
+        pins.append(notePin(store, number));
     pins.resize(std::min<qsizetype>(pins.size(), count));
     return pins;
 }

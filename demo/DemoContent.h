@@ -26,6 +26,7 @@ struct DemoObject
     QByteArray block {};
     Kind kind = File;
     QByteArray content {}; ///< a file's bytes where the block itself holds them, or a symlink's target
+    quint64 fileSize = 0;  ///< bytes of the whole file
     QList<DemoLink> links {};
     quint64 cumulativeSize = 0;
 };
@@ -43,14 +44,21 @@ public:
     Cid addVersion0Directory(const QList<DemoLink>& entries);
     DemoLink link(const QByteArray& name, const Cid& cid) const;
 
-    /// Null if the store does not hold the block; another version or codec of the same multihash is the same block.
-    const DemoObject* find(const Cid& cid) const;
-    const QHash<QByteArray, DemoObject>& objects() const { return byMultihash; }
+    /// The `number`th of the small numbered files; it is made when it is looked at.
+    Cid addNote(int number);
+    /// From here on the block is missing.
+    void forget(const Cid& cid);
+
+    /// Nothing if the store does not hold the block; another version or codec of the same multihash is the same block.
+    std::optional<DemoObject> find(const Cid& cid) const;
+    /// The bytes of a file, or what of them stands before a missing block.
+    QByteArray contentOf(const DemoObject& file) const;
 
 private:
     Cid add(DemoObject object);
 
     QHash<QByteArray, DemoObject> byMultihash;
+    QHash<QByteArray, int> notes; ///< by digest
 };
 
 struct DemoPin

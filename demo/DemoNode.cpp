@@ -1,5 +1,7 @@
 #include "DemoNode.h"
 
+#include "DemoWire.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -13,32 +15,6 @@ namespace {
 
 constexpr auto peerId = "12D3KooWAGok5BHR3zQCMcfB5a5ntgco7JCLFwtEFB229Awz5eC3"_L1;
 constexpr auto agentVersion = "kubo/0.43.0"_L1;
-
-/// As a node writes a string in JSON: "<", ">" and "&" escaped.
-QByteArray jsonText(const QString& text)
-{
-    QByteArray out = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
-    out = out.sliced(1, out.size() - 2);
-    return out.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
-}
-
-QByteArray jsonLine(const QJsonObject& object)
-{
-    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
-}
-
-/// A base other than base58btc lifts version 0 to 1, for show.
-bool liftsVersion0(const FakeRequest& request)
-{
-    const QString base = request.value(u"cid-base"_s);
-    return !base.isEmpty() && base != "base58btc"_L1 && request.value(u"upgrade-cidv0-in-output"_s) != "false"_L1;
-}
-
-QByteArray shownCid(Cid cid, bool lifted)
-{
-    cid.version = lifted ? 1 : cid.version;
-    return encodeCid(cid).toLatin1();
-}
 
 struct ListedPin
 {
@@ -68,7 +44,7 @@ QList<ListedPin> indirectPins(const DemoStore& store, const QList<DemoPin>& pins
     }
     QList<ListedPin> found;
     while (!open.isEmpty()) {
-        const DemoObject* object = store.find(open.takeFirst());
+        const auto object = store.find(open.takeFirst());
         for (const DemoLink& link : object ? object->links : QList<DemoLink>()) {
             open.append(link.cid);
             if (!seen.contains(link.cid.multihash)) {
@@ -94,6 +70,7 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
     addRoute("/pin/ls", [this](const FakeRequest& request) { return pinLs(request); });
     addRoute("/id", [this](const FakeRequest&) { return id(); });
     addRoute("/version", [this](const FakeRequest&) { return version(); });
+    addContentRoutes();
 }
 
 void DemoNode::addRoute(const QByteArray& path, Handler handler)

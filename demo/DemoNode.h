@@ -23,12 +23,25 @@ class DemoNode : public FakeNode
 public:
     explicit DemoNode(const DemoOptions& newOptions, QObject* parent = nullptr);
 
+    /// From here on the block is missing, as one that was lost.
+    void forget(const Cid& cid) { store.forget(cid); }
+
 private:
+    // pins and identity
     FakeAnswer pinLs(const FakeRequest& request);
     /// The whole listing, kept until the pins change.
     std::shared_ptr<const QByteArray> pinListing(const QString& type, bool names, bool liftsVersion0);
     FakeAnswer id() const;
     FakeAnswer version() const;
+
+    // what lies under a CID
+    void addContentRoutes();
+    FakeAnswer refs(const FakeRequest& request) const;
+    FakeAnswer dagStat(const FakeRequest& request) const;
+    FakeAnswer filesStat(const FakeRequest& request) const;
+    FakeAnswer ls(const FakeRequest& request) const;
+    FakeAnswer cat(const FakeRequest& request) const;
+    bool appendRefs(const DemoObject& object, const FakeRequest& request, QByteArray& body) const;
 
     /// The lines of `body` one by one, or in chunks of the options' size.
     FakeAnswer stream(std::shared_ptr<const QByteArray> body) const;

@@ -103,6 +103,7 @@ private:
     void setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint);
 
     // metadata
+    bool wantsMetadata() const;
     void planMetadata(const QList<PinEntry>& list);
     void planRefs(const QList<PinEntry>& list);
     void planFacts(const QString& cid);

@@ -192,6 +192,7 @@ void MainWindow::setupCentralWidget()
     notificationLabel->setObjectName(u"notification"_s);
     notificationLabel->setWordWrap(true);
     notificationLabel->setAlignment(Qt::AlignCenter);
+    notificationLabel->setMinimumWidth(1); // a long address in a message is not to widen the window
     makeCopyable(notificationLabel, tr("Copy"));
     notificationLabel->hide();
     column->addWidget(notificationLabel);

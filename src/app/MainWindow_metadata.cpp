@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "ContentMode.h"
 #include "IpfsClient.h"
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
@@ -46,14 +47,18 @@ std::pair<QString, QString> splitBeforeTotals(const QString& text)
 
 } // namespace
 
+bool MainWindow::wantsMetadata() const
+{
+    return loadMetadata && contentMode == ContentMode::pinned;
+}
+
 void MainWindow::planMetadata(const QList<PinEntry>& list)
 {
     for (QSet<QString>* set : {&metadataTargets, &dagDone, &kindDone, &metadataDone, &refsPending})
         set->clear();
-    if (showsUnpinned())
-        return;
-    planRefs(list);
-    if (!loadMetadata)
+    if (contentMode == ContentMode::pinned)
+        planRefs(list);
+    if (!wantsMetadata())
         return;
     metadataTargets.reserve(list.size());
     for (const PinEntry& pin : list) {
@@ -181,7 +186,7 @@ QString MainWindow::shownDagSizeText() const
 
 QString MainWindow::metadataTail() const
 {
-    if (!loadMetadata || showsUnpinned() || metadataTargets.isEmpty())
+    if (!wantsMetadata() || metadataTargets.isEmpty())
         return {};
     return tr("  |  Metadata loaded: %1/%2 CIDs")
         .arg(QString::number(metadataDone.size()), QString::number(metadataTargets.size()));

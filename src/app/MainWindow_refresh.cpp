@@ -94,11 +94,19 @@ void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
         setStatusMessage(tr("Entries loaded: %1").arg(highest));
 }
 
+/// What the table gets of a listing, with what earlier refreshes have told. Facts set here cost nothing; set one by one
+/// in the table each would be sorted in by itself.
 QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
 {
     QList<PinEntry> list = pins;
     if (typeFilter == PinType::recursiveAndDirect)
         list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
+    if (wantsMetadata() && !dagSizeCache.isEmpty()) {
+        for (PinEntry& pin : list) {
+            pin.dagSize = dagSizeCache.value(pin.cid, pin.dagSize);
+            pin.kind = kindCache.value(pin.cid);
+        }
+    }
     return list;
 }
 

@@ -27,6 +27,28 @@ public:
                 [this](const QString& message) { lines.append(u"error "_s + message); });
         connect(&client, &IpfsClient::nodeInfoReceived, this,
                 [this](const QString& id, const QString& agent) { lines.append(u"node %1 %2"_s.arg(id, agent)); });
+        connect(&client, &IpfsClient::refsReceived, this, [this](const QString& root, const QStringList& cids) {
+            lines.append((QStringList {u"refs"_s, root} + cids).join(u' '));
+        });
+        connect(&client, &IpfsClient::dagStatReceived, this, [this](const QString& cid, qint64 size) {
+            lines.append(u"size %1 %2"_s.arg(cid, QString::number(size)));
+        });
+        connect(&client, &IpfsClient::kindReceived, this,
+                [this](const QString& cid, const QString& kind) { lines.append(u"kind %1 %2"_s.arg(cid, kind)); });
+        connect(&client, &IpfsClient::lsReceived, this, [this](const QString& cid, const QList<LsEntry>& entries) {
+            QString line = u"ls "_s + cid;
+            for (const LsEntry& entry : entries)
+                line += u" [%1/%2 %3 %4 %5]"_s.arg(entry.objectName, entry.name, entry.hash)
+                            .arg(entry.size)
+                            .arg(entry.type);
+            lines.append(line);
+        });
+        connect(&client, &IpfsClient::catReceived, this, [this](const QString& cid, const QByteArray& data) {
+            lines.append(u"cat %1 %2"_s.arg(cid, QString::number(data.size())));
+        });
+        connect(&client, &IpfsClient::catFailed, this, [this](const QString& cid, const QString& message) {
+            lines.append(u"cat failed %1 %2"_s.arg(cid, message));
+        });
     }
 
     /// The lines without the progress of streams.
