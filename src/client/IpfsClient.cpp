@@ -16,14 +16,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void applyOrigin(QNetworkRequest& request)
+/// Read from the store for each request, so that a change is in force for the next one.
+QByteArray originHeader(const QSettings& settings)
 {
-    const QSettings settings = openAppSettings();
     if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
-        return;
-    const QString value = effectiveOriginValue(settings.value(SettingsKeys::originValue).toString());
-    if (!value.isEmpty())
-        request.setRawHeader("Origin", value.toUtf8());
+        return {};
+    return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
 }
 
 /// A default node refuses Qt's own agent, "Mozilla/5.0", with 403.
@@ -37,25 +35,22 @@ QString userAgent()
 IpfsClient::IpfsClient(QObject* parent)
     : QObject(parent)
     , network(new QNetworkAccessManager(this))
-    , host(u"127.0.0.1"_s)
+    , appSettings(openAppSettings())
 {
+    setEndpoint(u"127.0.0.1"_s, 5001);
 }
 
 void IpfsClient::setEndpoint(const QString& newHost, unsigned short newPort)
 {
     host = newHost;
     port = newPort;
-}
-
-QString IpfsClient::baseUrl() const
-{
     QUrl url;
     url.setScheme(u"http"_s);
     url.setHost(host);
     url.setPort(port);
     url.setPath(u"/api/v0"_s);
     // A host that can't be one is shown as it was given, so that the failure of the call explains itself.
-    return url.host().isEmpty() ? u"http://%1:%2/api/v0"_s.arg(host, QString::number(port)) : url.toString();
+    base = url.host().isEmpty() ? u"http://%1:%2/api/v0"_s.arg(host, QString::number(port)) : url.toString();
 }
 
 QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)
@@ -65,13 +60,14 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
 
 QNetworkReply* IpfsClient::post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane)
 {
-    QUrl url(baseUrl() + path);
+    QUrl url(base + path);
     if (!query.isEmpty())
         url.setQuery(query);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
     request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
-    applyOrigin(request);
+    if (const QByteArray origin = originHeader(appSettings); !origin.isEmpty())
+        request.setRawHeader("Origin", origin);
     useConnectionGroup(request, group, lane);
     emit rpcRequestIssued(u"[%1] POST %2"_s.arg(logTime(), url.toString(QUrl::FullyEncoded)));
     return network->post(request, QByteArray());

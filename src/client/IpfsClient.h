@@ -8,6 +8,7 @@
 #include <QList>
 #include <QObject>
 #include <QSet>
+#include <QSettings>
 #include <QUrlQuery>
 
 class QNetworkAccessManager;
@@ -29,7 +30,7 @@ public:
     QString endpointHost() const { return host; }
     unsigned short endpointPort() const { return port; }
     /// Where every call goes, as "http://127.0.0.1:5001/api/v0".
-    QString baseUrl() const;
+    QString baseUrl() const { return base; }
 
     /// Posts to `path`, which starts with a slash, with an empty body. The reply belongs to the caller's handler, which
     /// deletes it later. Emits rpcRequestIssued before the request leaves.
@@ -134,8 +135,11 @@ private:
     static QUrlQuery listingQuery(const QString& cid);
 
     QNetworkAccessManager* network;
-    QString host;
-    unsigned short port = 5001;
+    /// Another view of the store that the window writes; opening one for each request would cost as much as the request.
+    QSettings appSettings;
+    QString host {};
+    unsigned short port = 0;
+    QString base {};
 
     quint64 pinsEpoch = 0;
     QSet<QNetworkReply*> activeLoadReplies;

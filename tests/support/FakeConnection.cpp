@@ -52,6 +52,7 @@ FakeConnection::FakeConnection(QTcpSocket* newSocket, FakeNode* newNode)
     , node(newNode)
 {
     socket->setParent(this);
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1); // a node sends each piece at once
     timer.setSingleShot(true);
     connect(&timer, &QTimer::timeout, this, &FakeConnection::play);
     connect(socket, &QTcpSocket::readyRead, this, &FakeConnection::onReadyRead);
