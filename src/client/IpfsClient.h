@@ -135,7 +135,8 @@ private:
     static QUrlQuery listingQuery(const QString& cid);
 
     QNetworkAccessManager* network;
-    /// Another view of the store that the window writes; opening one for each request would cost as much as the request.
+    /// Another view of the store that the window writes; opening one for each request would cost as much as the
+    /// request.
     QSettings appSettings;
     QString host {};
     unsigned short port = 0;

@@ -1,0 +1,206 @@
+#include "AppSettings.h"
+#include "DemoNode.h"
+#include "Detached.h"
+#include "MainWindow.h"
+#include "PinModel.h"
+#include "TestMain.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray pinsPath = "/pin/ls";
+const QByteArray refsPath = "/refs";
+const QByteArray dagStatPath = "/dag/stat";
+const QByteArray filesStatPath = "/files/stat";
+
+QByteArray pinLines(int count, const QByteArray& type)
+{
+    QByteArray body;
+    for (int i = 0; i < count; ++i)
+        body += "{\"Cid\":\"bafy" + QByteArray::number(i) + "\",\"Type\":\"" + type + "\"}\n";
+    return body;
+}
+
+} // namespace
+
+class tst_Annotating : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        node = std::make_unique<FakeNode>();
+        node->answer("/id", FakeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0"})"));
+        pins(pinLines(3, "recursive"));
+        node->answer(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n"));
+        node->answer(dagStatPath, FakeAnswer::json(R"({"TotalSize":1024})"));
+        node->answer(filesStatPath, FakeAnswer::json(R"({"Type":"directory"})"));
+        openAppSettings().clear();
+    }
+    void cleanup()
+    {
+        window.reset();
+        QVERIFY(waitForDetached(10s));
+    }
+
+    void placeholdersTurnIntoValues()
+    {
+        for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath})
+            node->answer(path, FakeAnswer::hold());
+        open(*node);
+        QTRY_COMPARE(node->heldCount(filesStatPath), 3);
+        QCOMPARE(cells(PinModel::RefsColumn), QStringList(3, u"…"_s));
+        QCOMPARE(counts(),
+                 u"Total: 3  |  Recursive: 3  |  Direct: 0  |  Indirect: 0  |  "
+                 "Total DAG size of all displayed CIDs: —  |  Metadata loaded: 0/3 CIDs"_s);
+        node->release(dagStatPath, FakeAnswer::json(R"({"TotalSize":2048})"));
+        node->release(filesStatPath, FakeAnswer::json(R"({"Type":"file"})"));
+        QTRY_VERIFY(counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 1/3 CIDs"_s)
+                    || counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 0/3 CIDs"_s));
+        for (int i = 0; i < 3; ++i)
+            node->release(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n"));
+        for (int i = 0; i < 2; ++i) {
+            node->release(dagStatPath, FakeAnswer::error("no")); // counts as done
+            node->release(filesStatPath, FakeAnswer::json(R"({"Type":"file"})"));
+        }
+        QTRY_VERIFY(counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 3/3 CIDs"_s));
+        QTRY_COMPARE(cells(PinModel::RefsColumn), QStringList(3, u"1"_s));
+        QCOMPARE(cells(PinModel::KindColumn), QStringList(3, u"File"_s));
+        QCOMPARE(cells(PinModel::SizeColumn).filter(u"…"_s).size(), 2);
+    }
+
+    void aRefreshAsksOnlyForWhatIsNotKnown()
+    {
+        node->answers(dagStatPath, {FakeAnswer::error("no"), FakeAnswer::json(R"({"TotalSize":5})")});
+        open(*node);
+        QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
+        node->clearRequests();
+        pins(pinLines(4, "recursive"));
+        refreshButton()->click();
+        QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 4/4 CIDs"_s));
+        QTRY_COMPARE(node->openNow(), 0);
+        QCOMPARE(node->count(dagStatPath), 2); // the new one, and the one that failed
+        QCOMPARE(node->count(filesStatPath), 1);
+        QCOMPARE(node->count(refsPath), 4);
+        QCOMPARE(cells(PinModel::SizeColumn), QStringList(4, u"5 B"_s));
+    }
+
+    void aRefreshWhileAnnotatingIsHarmless()
+    {
+        node->answer(dagStatPath, FakeAnswer::hold());
+        open(*node);
+        QTRY_COMPARE(node->heldCount(dagStatPath), 3);
+        QTest::keyClick(window.get(), Qt::Key_F5);
+        QTRY_COMPARE(node->count(pinsPath), 4);
+        QTRY_VERIFY(refreshButton()->isEnabled());
+        QTest::qWait(20);
+        QCOMPARE(node->count(dagStatPath), 3); // in flight already
+        for (int i = 0; i < 3; ++i)
+            node->release(dagStatPath, FakeAnswer::json(R"({"TotalSize":7})"));
+        QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
+        QCOMPARE(cells(PinModel::SizeColumn), QStringList(3, u"7 B"_s));
+    }
+
+    void refsStopAtFiveHundred()
+    {
+        pins(pinLines(502, "recursive"));
+        open(*node);
+        QTRY_VERIFY_WITH_TIMEOUT(counts().endsWith(u"Metadata loaded: 502/502 CIDs"_s), 30'000);
+        QTRY_COMPARE_WITH_TIMEOUT(cells(PinModel::RefsColumn).count(u"2"_s), 500, 30'000);
+        QTRY_COMPARE(node->openNow(), 0);
+        QCOMPARE(node->count(refsPath), 500);
+        QCOMPARE(cells(PinModel::RefsColumn).count(u"…"_s), 2);
+    }
+
+    void withoutMetadataOnlyRefsAreAsked()
+    {
+        setting("loadMetadata"_L1, false);
+        open(*node);
+        QTRY_COMPARE(cells(PinModel::RefsColumn), QStringList(3, u"2"_s));
+        QCOMPARE(node->count(dagStatPath) + node->count(filesStatPath), 0);
+        QVERIFY(counts().endsWith(u"Total DAG size of all displayed CIDs: —"_s));
+    }
+
+    void anEmptyListShowsZeros()
+    {
+        pins({});
+        open(*node);
+        QTRY_COMPARE(counts(),
+                     u"Total: 0  |  Recursive: 0  |  Direct: 0  |  Indirect: 0  |  "
+                     "Total DAG size of all displayed CIDs: —"_s);
+        QVERIFY(!label("statsLine1"_L1)->isVisibleTo(window.get()));
+    }
+
+    void searchingSplitsTheCountsOverTwoLines()
+    {
+        open(*node);
+        QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
+        window->findChild<QLineEdit*>()->setText(u"FY1"_s);
+        QTRY_COMPARE(label("statsLine1"_L1)->text(), u"1 / 3 shown  |  R:3  D:0  I:0"_s);
+        QVERIFY(label("statsLine1"_L1)->isVisibleTo(window.get()));
+        QCOMPARE(counts(), u"Total DAG size of all displayed CIDs: 1.0 KB  |  Metadata loaded: 3/3 CIDs"_s);
+    }
+
+    void aDemoNodeFillsTheTable()
+    {
+        node.reset();
+        DemoNode demo({.port = 0, .pins = 40});
+        open(demo);
+        QTRY_VERIFY_WITH_TIMEOUT(counts().endsWith(u"Metadata loaded: 40/40 CIDs"_s), 20'000);
+        QTRY_COMPARE(demo.openNow(), 0);
+        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
+        auto* model = window->findChild<PinModel*>();
+        QHash<QString, const PinEntry*> byName;
+        for (int row = 0; row < model->rowCount(); ++row)
+            byName.insert(model->pinAt(row)->name, model->pinAt(row));
+        QCOMPARE(byName.value(u"notes"_s)->dagSize, 121);
+        QCOMPARE(byName.value(u"notes"_s)->refsCount, 2);
+        QCOMPARE(byName.value(u"notes"_s)->kind, u"Directory"_s);
+        QCOMPARE(byName.value(u"hello.txt"_s)->kind, u"File"_s);
+        QCOMPARE(byName.value(u"placeholder"_s)->dagSize, -1); // a node can't tell the size of the empty file
+    }
+
+private:
+    void pins(const QByteArray& recursive)
+    {
+        node->route(pinsPath, [recursive](const FakeRequest& request) {
+            return FakeAnswer::json(request.value(u"type"_s) == u"recursive"_s ? recursive : QByteArray());
+        });
+    }
+    void open(const FakeNode& served)
+    {
+        setting("port"_L1, served.port());
+        window = std::make_unique<MainWindow>();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
+    QStringList cells(int section) const
+    {
+        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        QStringList texts;
+        for (int row = 0; row < model->rowCount(); ++row)
+            texts.append(model->index(row, section).data().toString());
+        return texts;
+    }
+    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
+    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
+    QString counts() const { return label("countLabel"_L1)->text(); }
+
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<MainWindow> window;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_Annotating)
+#include "tst_annotating.moc"
