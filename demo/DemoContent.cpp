@@ -238,6 +238,10 @@ QByteArray DemoStore::contentOf(const DemoObject& file) const
 QList<DemoPin> demoPins(DemoStore& store, int count)
 {
     QList<DemoPin> pins = namedPins(store);
+    // What a node keeps that no pin accounts for: something looked at once, and a folder that was unpinned.
+    store.addDirectory(
+        {store.link("draft.md", store.addFile("# Draft\n")), store.link("old.md", store.addFile("# Old\n"))});
+    store.addChunkedFile(filler(900, 20000), photoChunk);
     pins.reserve(count);
     for (int number = 1; pins.size() < count; ++number)
         pins.append(notePin(store, number));

@@ -51,6 +51,8 @@ public:
 
     /// Nothing if the store does not hold the block; another version or codec of the same multihash is the same block.
     std::optional<DemoObject> find(const Cid& cid) const;
+    /// The multihashes of all blocks, in no order.
+    QList<QByteArray> multihashes() const { return byMultihash.keys() + notes.keys(); }
     /// The bytes of a file, or what of them stands before a missing block.
     QByteArray contentOf(const DemoObject& file) const;
 

@@ -37,6 +37,7 @@ private:
     // what lies under a CID
     void addContentRoutes();
     FakeAnswer refs(const FakeRequest& request) const;
+    FakeAnswer refsLocal() const;
     FakeAnswer dagStat(const FakeRequest& request) const;
     FakeAnswer filesStat(const FakeRequest& request) const;
     FakeAnswer ls(const FakeRequest& request) const;

@@ -53,6 +53,7 @@ QByteArray refLine(const QByteArray& ref, const QByteArray& error)
 void DemoNode::addContentRoutes()
 {
     addRoute("/refs", [this](const FakeRequest& request) { return refs(request); });
+    addRoute("/refs/local", [this](const FakeRequest&) { return refsLocal(); });
     addRoute("/dag/stat", [this](const FakeRequest& request) { return dagStat(request); });
     addRoute("/files/stat", [this](const FakeRequest& request) { return filesStat(request); });
     addRoute("/ls", [this](const FakeRequest& request) { return ls(request); });
@@ -88,6 +89,15 @@ FakeAnswer DemoNode::refs(const FakeRequest& request) const
     else
         *body
             = refLine({}, "block was not found locally (offline): ipld: could not find " + encodeCid(*cid).toLatin1());
+    return stream(body);
+}
+
+/// Every block as a raw CID of version 1, whatever it was stored as.
+FakeAnswer DemoNode::refsLocal() const
+{
+    auto body = std::make_shared<QByteArray>();
+    for (const QByteArray& multihash : store.multihashes())
+        *body += refLine(shownCid({.version = 1, .codec = Cid::rawCodec, .multihash = multihash}, true), {});
     return stream(body);
 }
 

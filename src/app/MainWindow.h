@@ -22,6 +22,7 @@ class QSettings;
 class QTableView;
 class QTimer;
 class QToolBar;
+class SettingsDialog;
 
 /// The program's one window: the table of pins with its tool bar, its status lines and its menus, and the refresh cycle
 /// that fills it. Owns the client of the node, the two models and the settings store.
@@ -52,6 +53,8 @@ protected:
 
 private slots:
     void onRefreshClicked();
+    void onSettingsClicked();
+    void onActivationClicked();
     void onPinsReceived(const QList<PinEntry>& pins);
     void onErrorOccurred(const QString& message);
     void onConnectionStatusChanged(bool on);
@@ -88,6 +91,8 @@ private:
 
     // settings
     void loadSettings();
+    void startAutoRefresh();
+    void applySettings(const SettingsDialog& dialog);
     void saveSettings();
 
     // refresh

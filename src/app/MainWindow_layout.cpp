@@ -17,7 +17,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QStandardItemModel>
 #include <QStatusBar>
 #include <QTableView>
 #include <QToolBar>
@@ -117,7 +116,6 @@ void MainWindow::addListSelectors(QToolBar* bar)
     contentCombo = new QComboBox(bar);
     contentCombo->addItem(tr("Pinned"), QString(ContentMode::pinned));
     contentCombo->addItem(tr("Not pinned"), QString(ContentMode::unpinned));
-    qobject_cast<QStandardItemModel*>(contentCombo->model())->item(1)->setEnabled(false);
     connect(contentCombo, &QComboBox::currentIndexChanged, this, &MainWindow::onContentChanged);
     addCaption(bar, tr("  Content: "), contentCombo);
     bar->addWidget(contentCombo);
@@ -125,7 +123,7 @@ void MainWindow::addListSelectors(QToolBar* bar)
 
     filterCombo = new QComboBox(bar);
     filterCombo->addItem(tr("Recursive+Direct"), QString(PinType::recursiveAndDirect));
-    filterCombo->addItem(tr("All types"), u"all"_s);
+    filterCombo->addItem(tr("All types"), QString(PinType::all));
     filterCombo->addItem(tr("Recursive"), QString(PinType::recursive));
     filterCombo->addItem(tr("Direct"), QString(PinType::direct));
     filterCombo->addItem(tr("Indirect"), QString(PinType::indirect));

@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "ActivationDialog.h"
 #include "ProductInfo.h"
 
 #include <QApplication>
@@ -36,7 +37,7 @@ void MainWindow::setupFileMenu()
     QMenu* menu = menuBar()->addMenu(tr("&File"));
     addUnavailable(menu, tr("Add to &IPFS…"));
     menu->addSeparator();
-    addUnavailable(menu, tr("&Settings..."), Qt::CTRL | Qt::Key_Comma);
+    menu->addAction(tr("&Settings..."), Qt::CTRL | Qt::Key_Comma, this, &MainWindow::onSettingsClicked);
     addUnavailable(menu, tr("Remote &Services..."));
     menu->addSeparator();
     menu->addAction(tr("&Quit"), QKeySequence::Quit, qApp, &QCoreApplication::quit);
@@ -59,10 +60,16 @@ void MainWindow::setupEditMenu()
 void MainWindow::setupHelpMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Help"));
-    addUnavailable(menu, tr("&Activation..."));
+    menu->addAction(tr("&Activation..."), this, &MainWindow::onActivationClicked);
     menu->addSeparator();
     menu->addAction(tr("About Norvo"), this, &MainWindow::showAboutBox);
     menu->addAction(tr("About Qt"), qApp, &QApplication::aboutQt);
+}
+
+void MainWindow::onActivationClicked()
+{
+    ActivationDialog dialog(this);
+    dialog.exec();
 }
 
 void MainWindow::showAboutBox()

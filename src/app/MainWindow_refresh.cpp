@@ -72,8 +72,13 @@ void MainWindow::triggerRefresh(bool force)
     setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
     notificationLabel->hide();
-    setStatusMessage(tr("Fetching pins from %1…").arg(client->baseUrl()));
-    client->fetchPins(typeFilter, u"base32"_s, true);
+    if (showsUnpinned()) {
+        setStatusMessage(tr("Fetching unpinned refs from %1…").arg(client->baseUrl()));
+        client->fetchUnpinned();
+    } else {
+        setStatusMessage(tr("Fetching pins from %1…").arg(client->baseUrl()));
+        client->fetchPins(typeFilter, u"base32"_s, true);
+    }
     client->fetchNodeInfo();
 }
 

@@ -4,10 +4,13 @@
 #include "ContentMode.h"
 #include "IpfsClient.h"
 #include "OriginValue.h"
-#include "PinFilterProxyModel.h"
+#include "SettingsDialog.h"
 
 #include <QComboBox>
 #include <QTimer>
+
+#include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +24,8 @@ constexpr auto autoRefreshKey = "autoRefresh"_L1;
 constexpr auto loadMetadataKey = "loadMetadata"_L1;
 constexpr auto refreshIntervalKey = "refreshInterval"_L1;
 constexpr auto geometryKey = "geometry"_L1;
+/// Seconds; a timer counts its milliseconds in an int.
+constexpr int longestInterval = std::numeric_limits<int>::max() / 1000;
 
 } // namespace
 
@@ -47,13 +52,18 @@ void MainWindow::loadSettings()
     if (originValue.trimmed().isEmpty())
         originValue = defaultOriginValue();
     refreshIntervalSeconds = settings->value(refreshIntervalKey, 30).toInt();
-    if (autoRefresh)
-        autoRefreshTimer->start(refreshIntervalSeconds * 1000);
+    startAutoRefresh();
 
     if (settings->contains(geometryKey))
         restoreGeometry(settings->value(geometryKey).toByteArray());
     else
         setWindowState(Qt::WindowMaximized);
+}
+
+void MainWindow::startAutoRefresh()
+{
+    if (autoRefresh && refreshIntervalSeconds > 0) // a store may hold anything, and no pause at all is no interval
+        autoRefreshTimer->start(std::min(refreshIntervalSeconds, longestInterval) * 1000);
 }
 
 void MainWindow::saveSettings()
@@ -68,4 +78,42 @@ void MainWindow::saveSettings()
     settings->setValue(SettingsKeys::originValue, originValue);
     settings->setValue(refreshIntervalKey, refreshIntervalSeconds);
     settings->setValue(geometryKey, saveGeometry());
+}
+
+void MainWindow::onSettingsClicked()
+{
+    SettingsDialog dialog(this);
+    dialog.setTrialMode(isTrial());
+    dialog.setHost(client->endpointHost());
+    dialog.setPort(client->endpointPort());
+    dialog.setPinTypeFilter(typeFilter);
+    dialog.setRefreshIntervalSeconds(refreshIntervalSeconds);
+    dialog.setAutoRefresh(autoRefresh);
+    dialog.setLoadMetadata(loadMetadata);
+    dialog.setSendOrigin(sendOrigin);
+    dialog.setOriginValue(originValue);
+    if (dialog.exec() == QDialog::Accepted)
+        applySettings(dialog);
+}
+
+void MainWindow::applySettings(const SettingsDialog& dialog)
+{
+    client->setEndpoint(dialog.host(), dialog.port());
+    typeFilter = dialog.pinTypeFilter();
+    refreshIntervalSeconds = dialog.refreshIntervalSeconds();
+    autoRefresh = dialog.autoRefresh();
+    loadMetadata = dialog.loadMetadata();
+    sendOrigin = dialog.sendOrigin();
+    originValue = effectiveOriginValue(dialog.originValue());
+
+    // Each request reads these two from the store; all others are written at exit.
+    settings->setValue(SettingsKeys::sendOrigin, sendOrigin);
+    settings->setValue(SettingsKeys::originValue, originValue);
+    settings->sync();
+
+    if (const int item = filterCombo->findData(typeFilter); item >= 0)
+        filterCombo->setCurrentIndex(item);
+    autoRefreshTimer->stop();
+    startAutoRefresh();
+    triggerRefresh(false);
 }

@@ -96,6 +96,7 @@ void IpfsClient::registerLoadReply(QNetworkReply* reply)
 void IpfsClient::cancelActiveLoading()
 {
     ++pinsEpoch;
+    resetUnpinnedState();
     compositePins.clear();
     compositePending = 0;
     for (MetadataQueue* queue : {&dagStatRequests, &kindRequests, &refsRequests})

@@ -49,6 +49,11 @@ public:
     /// a composite load possibly with both. Makes every older list stale.
     void fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0);
 
+    /// The local blocks that no pin accounts for, by "/pin/ls" and "/refs/local" side by side. Ends with pinsReceived;
+    /// if the pin list fails with errorOccurred and connectionStatusChanged(false), if the refs fail with errorOccurred
+    /// and an empty pinsReceived. Makes every older list stale.
+    void fetchUnpinned();
+
     /// Facts about one CID, each from a queue of its own with a limit of open replies: 8 for refs, 24 for the other
     /// two. A CID that is queued or open already is not asked for again; its one answer reaches all who asked.
     /// "/refs", recursive. Ends with refsReceived; on a failure errorOccurred comes before it and the list is empty.
@@ -86,6 +91,8 @@ signals:
 private slots:
     void onPinsReplyReadyRead(QNetworkReply* reply);
     void onPinsReplyFinished(QNetworkReply* reply);
+    void onRefsLocalReplyReadyRead(QNetworkReply* reply);
+    void onRefsLocalReplyFinished(QNetworkReply* reply);
     void onNodeInfoReplyFinished(QNetworkReply* reply);
     void onPingReplyFinished(QNetworkReply* reply);
     void onRefsReplyFinished(QNetworkReply* reply);
@@ -112,12 +119,20 @@ private:
     }
     void registerLoadReply(QNetworkReply* reply);
 
-    void startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0, bool compositeBatch);
+    struct PinsLoad;
+    QNetworkReply* startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0,
+                                    bool compositeBatch);
     bool isCurrent(const QNetworkReply* reply) const;
     void startPinsParse(QNetworkReply* reply);
-    void deliverPins(PinList list, const QString& tag, int count, bool composite, quint64 epoch);
+    void deliverPins(PinList list, const PinsLoad& load);
     void onPinsReplyFailed(const QNetworkReply* reply);
     void deliverCompositeStream();
+
+    void resetUnpinnedState();
+    int takeLocalRef(QByteArrayView line);
+    void countLocalRefs(QNetworkReply* reply, int lines);
+    void onRefsLocalReplyFailed(const QNetworkReply* reply);
+    void finishUnpinnedFetch();
 
     static const MetadataRequest& refsRequest();
     static const MetadataRequest& dagStatRequest();
@@ -146,6 +161,12 @@ private:
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;
+
+    bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
+    bool unpinnedPinsDone = false;
+    bool unpinnedRefsDone = false;
+    QSet<QString> unpinnedPinnedCids {}; ///< all that the pin list accounts for
+    QSet<QString> unpinnedLocalRefs {};
 
     MetadataQueue dagStatRequests;
     MetadataQueue kindRequests;

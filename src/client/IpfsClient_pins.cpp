@@ -12,6 +12,16 @@
 
 using namespace Qt::StringLiterals;
 
+/// What the way back from the parse has to know of its reply.
+struct IpfsClient::PinsLoad
+{
+    QString tag {};
+    int count = 0; ///< lines streamed
+    bool composite = false;
+    bool forUnpinned = false;
+    quint64 epoch = 0;
+};
+
 namespace {
 
 /// Moves what the reply holds behind `body`, with no copy between, and returns it. A node next door hands over tens of
@@ -62,10 +72,11 @@ void IpfsClient::fetchPins(const QString& type, const QString& cidBase, bool upg
     }
 }
 
-void IpfsClient::startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0, bool compositeBatch)
+QNetworkReply* IpfsClient::startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0,
+                                            bool compositeBatch)
 {
     QNetworkReply* reply = call(u"/pin/ls"_s,
-                                rpcQuery({{u"type"_s, type.isEmpty() ? u"all"_s : type},
+                                rpcQuery({{u"type"_s, type.isEmpty() ? QString(PinType::all) : type},
                                           {u"names"_s, u"true"_s},
                                           {u"stream"_s, u"true"_s},
                                           {u"cid-base"_s, cidBase},
@@ -80,6 +91,7 @@ void IpfsClient::startPinsRequest(const QString& type, const QString& cidBase, b
     reply->setProperty(ReplyProperty::forUnpinned, false);
     reply->setProperty(ReplyProperty::pinsEpoch, pinsEpoch);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onPinsReplyReadyRead(reply); });
+    return reply;
 }
 
 bool IpfsClient::isCurrent(const QNetworkReply* reply) const
@@ -127,39 +139,44 @@ void IpfsClient::onPinsReplyFinished(QNetworkReply* reply)
 void IpfsClient::startPinsParse(QNetworkReply* reply)
 {
     const QByteArray body = takeBytes(reply, ReplyProperty::rawData);
-    const QString tag = reply->property(ReplyProperty::streamTag).toString();
-    const int count = reply->property(ReplyProperty::streamCount).toInt();
-    const bool composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool();
-    const quint64 epoch = pinsEpoch;
+    const PinsLoad load {.tag = reply->property(ReplyProperty::streamTag).toString(),
+                         .count = reply->property(ReplyProperty::streamCount).toInt(),
+                         .composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool(),
+                         .forUnpinned = reply->property(ReplyProperty::forUnpinned).toBool(),
+                         .epoch = pinsEpoch};
     runDetached(
         this,
-        [body, composite] {
+        [body, load] {
             PinList list = parsePinList(body);
-            if (composite)
+            if (load.composite)
                 sortPinsByCid(list.entries);
+            if (load.forUnpinned)
+                list.accountedFor = textsAccountedFor(list.entries);
             return list;
         },
-        [this, tag, count, composite, epoch](PinList list) {
-            deliverPins(std::move(list), tag, count, composite, epoch);
-        });
+        [this, load](PinList list) { deliverPins(std::move(list), load); });
 }
 
-void IpfsClient::deliverPins(PinList list, const QString& tag, int count, bool composite, quint64 epoch)
+void IpfsClient::deliverPins(PinList list, const PinsLoad& load)
 {
-    if (epoch != pinsEpoch)
+    if (load.epoch != pinsEpoch)
         return;
-    const int streamed = count + (list.hasOpenLine ? 1 : 0);
+    const int streamed = load.count + (list.hasOpenLine ? 1 : 0);
     if (const int total = streamed != 0 ? streamed : list.keyCount; total > 0) {
-        emit streamEntriesLoaded(tag, total);
-        if (epoch != pinsEpoch) // a listener has begun another load
+        emit streamEntriesLoaded(load.tag, total);
+        if (load.epoch != pinsEpoch) // a listener has begun another load
             return;
     }
-    if (!composite) {
+    if (load.forUnpinned) {
+        unpinnedPinnedCids = std::move(list.accountedFor);
+        unpinnedPinsDone = true;
+        finishUnpinnedFetch();
+    } else if (load.composite) {
+        compositePins = mergePinsByCid(std::move(compositePins), std::move(list.entries));
+        deliverCompositeStream();
+    } else {
         emit pinsReceived(list.entries);
-        return;
     }
-    compositePins = mergePinsByCid(std::move(compositePins), std::move(list.entries));
-    deliverCompositeStream();
 }
 
 /// One of the two streams has delivered or failed; the last one hands out what both gave.
@@ -177,5 +194,7 @@ void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)
         return;
     if (reply->property(ReplyProperty::pinsCompositeBatch).toBool())
         deliverCompositeStream();
+    if (unpinnedFetchActive)
+        resetUnpinnedState();
     reportFailure(tr("Network error: %1").arg(reply->errorString()), &IpfsClient::connectionStatusChanged, false);
 }

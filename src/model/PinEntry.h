@@ -22,6 +22,8 @@ namespace PinType {
 inline constexpr QLatin1StringView recursive {"recursive"};
 inline constexpr QLatin1StringView direct {"direct"};
 inline constexpr QLatin1StringView indirect {"indirect"};
+/// The node's word for a list of all types.
+inline constexpr QLatin1StringView all {"all"};
 /// Not the node's: the filter that asks for both.
 inline constexpr QLatin1StringView recursiveAndDirect {"recursive+direct"};
 

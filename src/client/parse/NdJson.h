@@ -21,11 +21,30 @@ template <typename Visit> void forEachLine(QByteArrayView body, Visit visit)
     }
 }
 
-/// Calls `visit` with each line of `body` that is a JSON object; other lines are passed over.
-template <typename Visit> void forEachJsonLine(QByteArrayView body, Visit visit)
+namespace NdJson {
+
+/// Takes `word` off the front of `line`, if it stands there.
+bool take(QByteArrayView& line, QByteArrayView word);
+/// Takes a JSON string of printable ASCII without escapes off the front of `line`.
+std::optional<QLatin1StringView> takePlainString(QByteArrayView& line);
+
+} // namespace NdJson
+
+/// Reads a line as a node writes it, `{"key":"text",…}` with no blanks, many times as fast as by way of a JSON
+/// document: calls `member(key, value)` for each member, which answers whether to go on. False if the line is anything
+/// but plain ASCII texts without escapes, or `member` stopped it; what it was told then means nothing, and the line is
+/// the JSON parser's to judge.
+template <typename Member> bool readPlainLine(QByteArrayView line, Member member)
 {
-    forEachLine(body, [&visit](QByteArrayView line) {
-        if (const auto object = parseJsonLine(line))
-            visit(*object);
-    });
+    if (!NdJson::take(line, "{"))
+        return false;
+    do {
+        const auto key = NdJson::takePlainString(line);
+        if (!key || !NdJson::take(line, ":"))
+            return false;
+        const auto value = NdJson::takePlainString(line);
+        if (!value || !member(*key, *value))
+            return false;
+    } while (NdJson::take(line, ","));
+    return line == "}";
 }

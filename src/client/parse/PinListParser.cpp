@@ -1,5 +1,6 @@
 #include "PinListParser.h"
 
+#include "CidText.h"
 #include "NdJson.h"
 
 #include <QJsonDocument>
@@ -67,49 +68,18 @@ bool endsInOpenEntry(const QByteArray& body)
     return !tail.isEmpty() && parsePinLine(tail).has_value();
 }
 
-/// Takes `word` off the front of `line`, if it stands there.
-bool take(QByteArrayView& line, QByteArrayView word)
-{
-    if (!line.startsWith(word))
-        return false;
-    line = line.sliced(word.size());
-    return true;
-}
-
-/// Takes a JSON string of printable ASCII without escapes off the front of `line`.
-std::optional<QLatin1StringView> takePlainString(QByteArrayView& line)
-{
-    if (!take(line, "\""))
-        return std::nullopt;
-    const qsizetype end = line.indexOf('"');
-    if (end < 0)
-        return std::nullopt;
-    const QByteArrayView text = line.first(end);
-    if (!std::ranges::all_of(text, [](char c) { return c >= ' ' && c != '\\'; }))
-        return std::nullopt;
-    line = line.sliced(end + 1);
-    return QLatin1StringView(text.data(), text.size());
-}
-
-/// The line as a node writes it, `{"Cid":"…","Name":"…","Type":"…"}`, read ten times as fast as by way of a JSON
-/// document. It takes plain ASCII strings, each key once; nothing means that the line is the JSON parser's to judge.
+/// The line as a node writes it, `{"Cid":"…","Name":"…","Type":"…"}`, each key once; nothing means that the line is the
+/// JSON parser's to judge.
 std::optional<PinEntry> parsePlainLine(QByteArrayView line)
 {
     std::optional<QLatin1StringView> cid;
     std::optional<QLatin1StringView> type;
     std::optional<QLatin1StringView> name;
-    if (!take(line, "{"))
-        return std::nullopt;
-    do {
-        const auto key = takePlainString(line);
+    const bool plain = readPlainLine(line, [&](QLatin1StringView key, QLatin1StringView value) {
         auto* field = key == cidKey ? &cid : key == typeKey ? &type : key == nameKey ? &name : nullptr;
-        if (!field || *field || !take(line, ":"))
-            return std::nullopt;
-        *field = takePlainString(line);
-        if (!*field)
-            return std::nullopt;
-    } while (take(line, ","));
-    if (line != "}" || !cid || cid->isEmpty())
+        return field && !std::exchange(*field, value).has_value();
+    });
+    if (!plain || !cid || cid->isEmpty())
         return std::nullopt;
     return PinEntry {.cid = *cid, .type = sharedType(type.value_or(""_L1)), .name = name ? QString(*name) : QString()};
 }
@@ -219,4 +189,18 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
     std::move(left, earlier.end(), std::back_inserter(merged));
     std::move(right, later.end(), std::back_inserter(merged));
     return merged;
+}
+
+QSet<QString> textsAccountedFor(const QList<PinEntry>& entries)
+{
+    QSet<QString> texts;
+    texts.reserve(2 * entries.size());
+    for (const PinEntry& entry : entries) {
+        if (entry.cid.isEmpty())
+            continue;
+        texts.insert(entry.cid);
+        if (const auto cid = decodeCid(entry.cid))
+            texts.insert(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}));
+    }
+    return texts;
 }

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QSet>
 
 #include <optional>
 
@@ -11,8 +12,9 @@
 struct PinList
 {
     QList<PinEntry> entries {};
-    int keyCount = 0;         ///< members of the whole-document form, 0 for a stream of lines
-    bool hasOpenLine = false; ///< a last line without a line feed gave an entry
+    int keyCount = 0;              ///< members of the whole-document form, 0 for a stream of lines
+    bool hasOpenLine = false;      ///< a last line without a line feed gave an entry
+    QSet<QString> accountedFor {}; ///< what textsAccountedFor makes of the entries, where that is wanted
 };
 
 /// One line of the stream, flat or wrapped in "PinLsObject"; nothing if it holds no CID.
@@ -27,3 +29,7 @@ void sortPinsByCid(QList<PinEntry>& entries);
 
 /// Joins two lists sorted by sortPinsByCid; of equal CIDs the one of `later` stays. Linear.
 QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);
+
+/// The CIDs of the entries, and for each that decodes the CID under which a node lists its block: same multihash,
+/// version 1, codec raw, base32.
+QSet<QString> textsAccountedFor(const QList<PinEntry>& entries);

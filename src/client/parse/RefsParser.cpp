@@ -6,22 +6,53 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr auto refKey = "Ref"_L1;
+
 /// The CID under "Ref", else under "Cid", there as a text or as a link `{"/": "…"}`.
 QString refOf(const QJsonObject& line)
 {
-    if (const QJsonValue ref = line["Ref"_L1]; !ref.isUndefined())
+    if (const QJsonValue ref = line[refKey]; !ref.isUndefined())
         return ref.toString();
     const QJsonValue cid = line["Cid"_L1];
     return cid.isObject() ? cid["/"_L1].toString() : cid.toString();
 }
 
+/// The text under "Ref" of a line as a node writes it; nothing means that the line is the JSON parser's to judge.
+std::optional<QString> plainRef(QByteArrayView line)
+{
+    std::optional<QLatin1StringView> ref;
+    const bool plain = readPlainLine(line, [&ref](QLatin1StringView key, QLatin1StringView value) {
+        if (key != refKey)
+            return key == "Err"_L1;
+        return !std::exchange(ref, value).has_value();
+    });
+    return plain && ref ? std::optional(QString(*ref)) : std::nullopt;
+}
+
 } // namespace
+
+QString refFromLine(QByteArrayView line)
+{
+    const QByteArrayView trimmed = line.trimmed();
+    if (trimmed.isEmpty())
+        return {};
+    if (const auto ref = plainRef(trimmed))
+        return *ref;
+    const auto object = parseJsonLine(trimmed);
+    if (object && object->contains(refKey))
+        return object->value(refKey).toString();
+    const QString text = QString::fromUtf8(trimmed).trimmed();
+    const bool looksLikeCid = text.startsWith("Qm"_L1) || text.startsWith("ba"_L1);
+    return looksLikeCid ? text : QString();
+}
 
 QStringList parseRefs(const QByteArray& body)
 {
     QStringList cids;
-    forEachJsonLine(body, [&cids](const QJsonObject& line) {
-        if (const QString cid = refOf(line); !cid.isEmpty())
+    forEachLine(body, [&cids](QByteArrayView line) {
+        const auto plain = plainRef(line);
+        const QString cid = plain ? *plain : refOf(parseJsonLine(line).value_or(QJsonObject()));
+        if (!cid.isEmpty())
             cids.append(cid);
     });
     return cids;

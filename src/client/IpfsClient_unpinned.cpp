@@ -1,0 +1,129 @@
+#include "IpfsClient.h"
+
+#include "RefsParser.h"
+#include "ReplyProperties.h"
+
+#include <QNetworkReply>
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Bytes taken in one turn of the event loop: some 5,000 lines. A node next door hands over far more at once.
+constexpr qint64 pieceSize = 512 * 1024;
+
+} // namespace
+
+void IpfsClient::fetchUnpinned()
+{
+    ++pinsEpoch;
+    resetUnpinnedState();
+    unpinnedFetchActive = true;
+    startPinsRequest(PinType::all, u"base32"_s, true, false)->setProperty(ReplyProperty::forUnpinned, true);
+
+    QNetworkReply* reply = call(u"/refs/local"_s, {}, &IpfsClient::onRefsLocalReplyFinished);
+    registerLoadReply(reply);
+    reply->setProperty(ReplyProperty::streamTag, u"refs/local"_s);
+    reply->setProperty(ReplyProperty::streamCount, 0);
+    reply->setProperty(ReplyProperty::streamBuffer, QByteArray());
+    reply->setProperty(ReplyProperty::pinsEpoch, pinsEpoch);
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onRefsLocalReplyReadyRead(reply); });
+}
+
+void IpfsClient::resetUnpinnedState()
+{
+    unpinnedFetchActive = false;
+    unpinnedPinsDone = false;
+    unpinnedRefsDone = false;
+    unpinnedPinnedCids.clear();
+    unpinnedLocalRefs.clear();
+}
+
+/// Adds the CID of one line; tells how many lines named one.
+int IpfsClient::takeLocalRef(QByteArrayView line)
+{
+    const QString cid = refFromLine(line);
+    if (cid.isEmpty())
+        return 0;
+    unpinnedLocalRefs.insert(cid);
+    return 1;
+}
+
+void IpfsClient::onRefsLocalReplyReadyRead(QNetworkReply* reply)
+{
+    if (!reply || !reply->isOpen())
+        return;
+    if (!isCurrent(reply)) {
+        reply->readAll();
+        return;
+    }
+    QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
+    buffer.append(reply->read(pieceSize));
+    qsizetype start = 0;
+    int lines = 0;
+    for (qsizetype feed = buffer.indexOf('\n'); feed >= 0; feed = buffer.indexOf('\n', start)) {
+        lines += takeLocalRef(QByteArrayView(buffer).sliced(start, feed - start));
+        start = feed + 1;
+    }
+    reply->setProperty(ReplyProperty::streamBuffer, buffer.sliced(start));
+    if (reply->bytesAvailable() > 0 && !reply->isFinished()) // a finished reply is drained by its end
+        QMetaObject::invokeMethod(reply, [this, reply] { onRefsLocalReplyReadyRead(reply); }, Qt::QueuedConnection);
+    countLocalRefs(reply, lines);
+}
+
+void IpfsClient::countLocalRefs(QNetworkReply* reply, int lines)
+{
+    if (lines == 0)
+        return;
+    const int count = reply->property(ReplyProperty::streamCount).toInt() + lines;
+    reply->setProperty(ReplyProperty::streamCount, count);
+    emit streamEntriesLoaded(reply->property(ReplyProperty::streamTag).toString(), count);
+}
+
+void IpfsClient::onRefsLocalReplyFinished(QNetworkReply* reply)
+{
+    if (!isCurrent(reply)) {
+        reply->deleteLater();
+        return;
+    }
+    onRefsLocalReplyReadyRead(reply);
+    if (reply->isOpen() && reply->bytesAvailable() > 0) {
+        QMetaObject::invokeMethod(reply, [this, reply] { onRefsLocalReplyFinished(reply); }, Qt::QueuedConnection);
+        return;
+    }
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError) {
+        onRefsLocalReplyFailed(reply);
+        return;
+    }
+    const quint64 epoch = pinsEpoch;
+    countLocalRefs(reply, takeLocalRef(takeBytes(reply, ReplyProperty::streamBuffer)));
+    if (epoch != pinsEpoch) // a listener of the count has begun another load
+        return;
+    unpinnedRefsDone = true;
+    finishUnpinnedFetch();
+}
+
+void IpfsClient::onRefsLocalReplyFailed(const QNetworkReply* reply)
+{
+    if (reply->property(ReplyProperty::cancelledByClient).toBool() || !unpinnedFetchActive)
+        return;
+    resetUnpinnedState();
+    reportFailure(tr("Network error (refs/local): %1").arg(reply->errorString()), &IpfsClient::pinsReceived,
+                  QList<PinEntry>());
+}
+
+/// Whichever half ends last does the work.
+void IpfsClient::finishUnpinnedFetch()
+{
+    if (!unpinnedFetchActive || !unpinnedPinsDone || !unpinnedRefsDone)
+        return;
+    QList<PinEntry> unpinned;
+    for (const QString& cid : std::as_const(unpinnedLocalRefs)) {
+        if (!unpinnedPinnedCids.contains(cid))
+            unpinned.append({.cid = cid});
+    }
+    resetUnpinnedState(); // before the signal, whose listener may fetch again
+    emit pinsReceived(unpinned);
+}

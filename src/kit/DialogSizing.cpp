@@ -1,0 +1,184 @@
+#include "DialogSizing.h"
+
+#include "AppSettings.h"
+
+#include <QDialog>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QHash>
+#include <QLayout>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize fallbackSize(640, 480);
+constexpr double smallestRatio = 0.2;
+constexpr double largestRatio = 1.0;
+
+bool isAboveZero(const QSize& size)
+{
+    return size.width() > 0 && size.height() > 0;
+}
+
+class DialogSizingController : public QObject
+{
+public:
+    DialogSizingController(QDialog* newDialog, const DialogSizing::Options& newOptions)
+        : QObject(newDialog)
+        , dialog(newDialog)
+        , options(newOptions)
+    {
+    }
+
+    void requestRefit()
+    {
+        if (followsContent())
+            scheduleRefit();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == dialog)
+            follow(event->type());
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void follow(QEvent::Type type)
+    {
+        switch (type) {
+        case QEvent::Resize:
+            userResized = userResized || (!applyingSize && dialog->isVisible() && initialShowHandled);
+            break;
+        case QEvent::Show:
+            if (!std::exchange(initialShowHandled, true))
+                restoreOrFit();
+            break;
+        case QEvent::Close:
+            if (persists())
+                openAppSettings().setValue(geometryKey(), dialog->saveGeometry());
+            break;
+        case QEvent::LayoutRequest:
+            if (dialog->isVisible() && followsContent())
+                scheduleRefit();
+            break;
+        default:
+            break;
+        }
+    }
+
+    bool followsContent() const { return !geometryRestored && !userResized; }
+    bool persists() const { return options.persistGeometry && !options.settingsKey.trimmed().isEmpty(); }
+    QString geometryKey() const { return options.settingsKey + "/geometry"_L1; }
+
+    void restoreOrFit()
+    {
+        const QByteArray saved = persists() ? openAppSettings().value(geometryKey()).toByteArray() : QByteArray();
+        geometryRestored = !saved.isEmpty() && dialog->restoreGeometry(saved);
+        if (geometryRestored)
+            return;
+        fitToContent();
+        scheduleRefit();
+    }
+
+    void scheduleRefit()
+    {
+        if (refitPending || !dialog)
+            return;
+        refitPending = true;
+        QTimer::singleShot(0, dialog, [this] {
+            refitPending = false;
+            if (dialog && dialog->isVisible() && followsContent())
+                fitToContent();
+        });
+    }
+
+    void fitToContent()
+    {
+        if (QLayout* layout = dialog->layout())
+            layout->activate();
+        const QSize size = fittedSize();
+        if (!isAboveZero(size))
+            return;
+        applyingSize = true;
+        dialog->resize(size);
+        applyingSize = false;
+    }
+
+    QSize baseSize() const
+    {
+        if (const QSize hint = options.useSizeHint ? dialog->sizeHint() : QSize(); isAboveZero(hint))
+            return hint;
+        for (const QSize& size : {options.preferredSize, options.minimumSize}) {
+            if (isAboveZero(size))
+                return size;
+        }
+        return fallbackSize;
+    }
+
+    QSize upperBound(const QSize& base) const
+    {
+        const QScreen* screen = dialog->screen() ? dialog->screen() : QGuiApplication::primaryScreen();
+        const QRect available = screen ? screen->availableGeometry() : QRect();
+        if (!available.isValid())
+            return base;
+        const auto share = [](double ratio, int length) {
+            return static_cast<int>(std::clamp(ratio, smallestRatio, largestRatio) * length);
+        };
+        return {share(options.maxWidthRatio, available.width()), share(options.maxHeightRatio, available.height())};
+    }
+
+    QSize fittedSize() const
+    {
+        const QSize base = baseSize();
+        QSize size = base;
+        for (const QSize& floor : {options.preferredSize, options.minimumSize}) {
+            if (floor.isValid())
+                size = size.expandedTo(floor);
+        }
+        return size.boundedTo(upperBound(base));
+    }
+
+    QPointer<QDialog> dialog;
+    DialogSizing::Options options;
+    bool initialShowHandled = false;
+    bool refitPending = false; ///< a refit is posted and has not run
+    bool geometryRestored = false; ///< fitting is off for good
+    bool userResized = false; ///< fitting is off for good
+    bool applyingSize = false; ///< inside a resize of our own
+};
+
+QHash<QDialog*, DialogSizingController*>& dialogSizingRegistry()
+{
+    static QHash<QDialog*, DialogSizingController*> registry;
+    return registry;
+}
+
+} // namespace
+
+void DialogSizing::attach(QDialog* dialog, const Options& options)
+{
+    if (!dialog || dialogSizingRegistry().contains(dialog))
+        return;
+    Options own = options;
+    if (own.settingsKey.trimmed().isEmpty())
+        own.settingsKey = "Dialogs/"_L1 + QLatin1StringView(dialog->metaObject()->className());
+    auto* controller = new DialogSizingController(dialog, own);
+    dialogSizingRegistry().insert(dialog, controller);
+    if (own.minimumSize.isValid())
+        dialog->setMinimumSize(own.minimumSize);
+    dialog->installEventFilter(controller);
+    QObject::connect(dialog, &QObject::destroyed, dialog, [dialog] { dialogSizingRegistry().remove(dialog); });
+}
+
+void DialogSizing::requestRefit(QDialog* dialog)
+{
+    if (DialogSizingController* controller = dialogSizingRegistry().value(dialog))
+        controller->requestRefit();
+}
