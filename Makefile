@@ -44,7 +44,7 @@ fuzz:
 		$$target -max_total_time=60 build/fuzz/found/$$name fuzz/corpus/$$name || exit 1; done
 
 format:
-	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+	@git ls-files -co --exclude-standard '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
 	rm -rf build

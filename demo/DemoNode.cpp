@@ -63,6 +63,8 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
     , options(newOptions)
     , pins(demoPins(store, newOptions.pins))
 {
+    for (int i = 1; i <= options.looseBlocks; ++i)
+        store.addNote(-i);
     listen(options.port);
     keepRequests(false);
     for (const QString& type : {u"recursive"_s, u"direct"_s})
@@ -71,6 +73,8 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
     addRoute("/id", [this](const FakeRequest&) { return id(); });
     addRoute("/version", [this](const FakeRequest&) { return version(); });
     addContentRoutes();
+    if (options.looseBlocks > 0)
+        refsLocal();
 }
 
 void DemoNode::addRoute(const QByteArray& path, Handler handler)

@@ -10,7 +10,8 @@ struct DemoOptions
 {
     quint16 port = 5001;
     int pins = 10;
-    int chunkBytes = 0; ///< size of a list's chunks; 0 sends each line by itself, as a node does
+    int looseBlocks = 0; ///< small blocks that no pin accounts for, besides a few that are always there
+    int chunkBytes = 0;  ///< size of a list's chunks; 0 sends each line by itself, as a node does
     std::chrono::milliseconds chunkPause {0};
     std::chrono::milliseconds latency {0}; ///< before each answer
 };
@@ -24,7 +25,7 @@ public:
     explicit DemoNode(const DemoOptions& newOptions, QObject* parent = nullptr);
 
     /// From here on the block is missing, as one that was lost.
-    void forget(const Cid& cid) { store.forget(cid); }
+    void forget(const Cid& cid);
 
 private:
     // pins and identity
@@ -37,7 +38,7 @@ private:
     // what lies under a CID
     void addContentRoutes();
     FakeAnswer refs(const FakeRequest& request) const;
-    FakeAnswer refsLocal() const;
+    FakeAnswer refsLocal();
     FakeAnswer dagStat(const FakeRequest& request) const;
     FakeAnswer filesStat(const FakeRequest& request) const;
     FakeAnswer ls(const FakeRequest& request) const;
@@ -52,4 +53,5 @@ private:
     DemoStore store;
     QList<DemoPin> pins;
     QHash<QString, std::shared_ptr<const QByteArray>> listings;
+    std::shared_ptr<const QByteArray> localRefs;
 };

@@ -92,13 +92,22 @@ FakeAnswer DemoNode::refs(const FakeRequest& request) const
     return stream(body);
 }
 
-/// Every block as a raw CID of version 1, whatever it was stored as.
-FakeAnswer DemoNode::refsLocal() const
+void DemoNode::forget(const Cid& cid)
 {
-    auto body = std::make_shared<QByteArray>();
-    for (const QByteArray& multihash : store.multihashes())
-        *body += refLine(shownCid({.version = 1, .codec = Cid::rawCodec, .multihash = multihash}, true), {});
-    return stream(body);
+    store.forget(cid);
+    localRefs.reset();
+}
+
+/// Every block as a raw CID of version 1, whatever it was stored as.
+FakeAnswer DemoNode::refsLocal()
+{
+    if (!localRefs) {
+        QByteArray body;
+        for (const QByteArray& multihash : store.multihashes())
+            body += refLine(shownCid({.version = 1, .codec = Cid::rawCodec, .multihash = multihash}, true), {});
+        localRefs = std::make_shared<const QByteArray>(body);
+    }
+    return stream(localRefs);
 }
 
 FakeAnswer DemoNode::dagStat(const FakeRequest& request) const

@@ -16,9 +16,8 @@ ActivationDialog::ActivationDialog(QWidget* parent)
     setWindowTitle(tr("Activation — Norvo"));
     DialogSizing::attach(this, {.minimumSize = {360, 140}});
     auto* column = new QVBoxLayout(this);
-    QLabel* text = newPlainLabel(tr("Norvo %1 runs in full. It needs no activation.")
-                                     .arg(QCoreApplication::applicationVersion()),
-                                 this);
+    QLabel* text = newPlainLabel(
+        tr("Norvo %1 runs in full. It needs no activation.").arg(QCoreApplication::applicationVersion()), this);
     text->setWordWrap(true);
     column->addWidget(text, 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);

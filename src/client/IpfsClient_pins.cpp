@@ -151,7 +151,7 @@ void IpfsClient::startPinsParse(QNetworkReply* reply)
             if (load.composite)
                 sortPinsByCid(list.entries);
             if (load.forUnpinned)
-                list.accountedFor = textsAccountedFor(list.entries);
+                list.accountedFor = textsAccountedFor(std::exchange(list.entries, {}));
             return list;
         },
         [this, load](PinList list) { deliverPins(std::move(list), load); });

@@ -13,6 +13,9 @@ namespace {
 /// Bytes taken in one turn of the event loop: some 5,000 lines. A node next door hands over far more at once.
 constexpr qint64 pieceSize = 512 * 1024;
 
+/// A set of half a million that has to grow holds everything up for a tenth of a second. Room for this many costs 5 MB.
+constexpr qsizetype expectedRefs = 2'000'000;
+
 } // namespace
 
 void IpfsClient::fetchUnpinned()
@@ -20,6 +23,7 @@ void IpfsClient::fetchUnpinned()
     ++pinsEpoch;
     resetUnpinnedState();
     unpinnedFetchActive = true;
+    unpinnedLocalRefs.reserve(expectedRefs);
     startPinsRequest(PinType::all, u"base32"_s, true, false)->setProperty(ReplyProperty::forUnpinned, true);
 
     QNetworkReply* reply = call(u"/refs/local"_s, {}, &IpfsClient::onRefsLocalReplyFinished);
@@ -68,7 +72,8 @@ void IpfsClient::onRefsLocalReplyReadyRead(QNetworkReply* reply)
     }
     reply->setProperty(ReplyProperty::streamBuffer, buffer.sliced(start));
     if (reply->bytesAvailable() > 0 && !reply->isFinished()) // a finished reply is drained by its end
-        QMetaObject::invokeMethod(reply, [this, reply] { onRefsLocalReplyReadyRead(reply); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            reply, [this, reply] { onRefsLocalReplyReadyRead(reply); }, Qt::QueuedConnection);
     countLocalRefs(reply, lines);
 }
 
@@ -89,7 +94,8 @@ void IpfsClient::onRefsLocalReplyFinished(QNetworkReply* reply)
     }
     onRefsLocalReplyReadyRead(reply);
     if (reply->isOpen() && reply->bytesAvailable() > 0) {
-        QMetaObject::invokeMethod(reply, [this, reply] { onRefsLocalReplyFinished(reply); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            reply, [this, reply] { onRefsLocalReplyFinished(reply); }, Qt::QueuedConnection);
         return;
     }
     reply->deleteLater();

@@ -148,10 +148,10 @@ private:
     QPointer<QDialog> dialog;
     DialogSizing::Options options;
     bool initialShowHandled = false;
-    bool refitPending = false; ///< a refit is posted and has not run
+    bool refitPending = false;     ///< a refit is posted and has not run
     bool geometryRestored = false; ///< fitting is off for good
-    bool userResized = false; ///< fitting is off for good
-    bool applyingSize = false; ///< inside a resize of our own
+    bool userResized = false;      ///< fitting is off for good
+    bool applyingSize = false;     ///< inside a resize of our own
 };
 
 QHash<QDialog*, DialogSizingController*>& dialogSizingRegistry()

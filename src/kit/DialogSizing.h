@@ -11,13 +11,13 @@ namespace DialogSizing {
 
 struct Options
 {
-    QString settingsKey {}; ///< group in the settings store; blank stands for "Dialogs/" and the class name
-    QSize minimumSize {}; ///< hard minimum in pixels, set on the dialog as well; invalid for none
-    QSize preferredSize {}; ///< floor for the fitted size in pixels; invalid for none
-    double maxWidthRatio = 0.9; ///< largest share of the screen's available width, bounded to 0.2 … 1.0
+    QString settingsKey {};       ///< group in the settings store; blank stands for "Dialogs/" and the class name
+    QSize minimumSize {};         ///< hard minimum in pixels, set on the dialog as well; invalid for none
+    QSize preferredSize {};       ///< floor for the fitted size in pixels; invalid for none
+    double maxWidthRatio = 0.9;   ///< largest share of the screen's available width, bounded to 0.2 … 1.0
     double maxHeightRatio = 0.85; ///< as above, of the height
-    bool useSizeHint = true; ///< start from the dialog's size hint
-    bool persistGeometry = true; ///< save on close, restore on the first show
+    bool useSizeHint = true;      ///< start from the dialog's size hint
+    bool persistGeometry = true;  ///< save on close, restore on the first show
 };
 
 /// Every dialog calls it once, in its constructor. A second call for the same dialog does nothing.

@@ -39,7 +39,7 @@ class tst_Annotating : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         node = std::make_unique<FakeNode>();
         node->answer("/id", FakeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0"})"));
         pins(pinLines(3, "recursive"));

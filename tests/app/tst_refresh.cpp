@@ -43,7 +43,7 @@ class tst_Refresh : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         node = std::make_unique<FakeNode>();
         node->answer("/id", FakeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
         node->answer(path, FakeAnswer::json(pinLines(3)));

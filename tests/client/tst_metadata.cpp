@@ -2,7 +2,6 @@
 #include "FakeNode.h"
 #include "TestMain.h"
 
-#include <QRegularExpression>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -39,7 +38,7 @@ class tst_Metadata : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         node = std::make_unique<FakeNode>();
         client = std::make_unique<IpfsClient>();
         client->setEndpoint(u"127.0.0.1"_s, node->port());

@@ -5,7 +5,6 @@
 #include "TestMain.h"
 
 #include <QMetaMethod>
-#include <QRegularExpression>
 #include <QTimer>
 
 #include <ctime>
@@ -85,7 +84,7 @@ class tst_Pins : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         node = std::make_unique<FakeNode>();
         client = std::make_unique<IpfsClient>();
         client->setEndpoint(u"127.0.0.1"_s, node->port());

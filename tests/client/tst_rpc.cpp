@@ -6,7 +6,6 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QRegularExpression>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -18,7 +17,7 @@ class tst_Rpc : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         openAppSettings().clear();
         node = std::make_unique<FakeNode>();
         client = std::make_unique<IpfsClient>();

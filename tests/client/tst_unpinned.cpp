@@ -27,7 +27,7 @@ class tst_Unpinned : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         node = std::make_unique<FakeNode>();
         client = std::make_unique<IpfsClient>();
         client->setEndpoint(u"127.0.0.1"_s, node->port());
@@ -61,15 +61,17 @@ private slots:
         QTest::newRow("pin list is no JSON") << QByteArray("what?") << ref("b") << QStringList {u"b"_s} << 1;
         QTest::newRow("a ref twice") << pinA << ref("b") + ref("b") << QStringList {u"b"_s} << 2;
         QTest::newRow("no last line feed") << pinA << ref("b").trimmed() << QStringList {u"b"_s} << 1;
-        QTest::newRow("error line") << pinA << "{\"Ref\":\"\",\"Err\":\"lost\"}\n" + ref("b") << QStringList {u"b"_s} << 1;
+        QTest::newRow("error line") << pinA << "{\"Ref\":\"\",\"Err\":\"lost\"}\n" + ref("b") << QStringList {u"b"_s}
+                                    << 1;
         QTest::newRow("bare lines") << pinA << QByteArray("Qmx\r\nbay\nxyz\n{\"Cid\":\"b\"}\n[\n \n")
                                     << QStringList({u"Qmx"_s, u"bay"_s}) << 2;
-        QTest::newRow("a pinned block is listed as raw") << "{\"Cid\":\"" + docs + "\"}\n" << ref(docsRaw) + ref("b")
-                                                         << QStringList {u"b"_s} << 2;
-        QTest::newRow("and under version 0") << QByteArray("{\"Cid\":\"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST\"}\n")
-                                             << ref(docsRaw) << QStringList() << 1;
-        QTest::newRow("the comparison is one of texts") << QByteArray("{\"Cid\":\"A\"}\n") << ref("a")
-                                                        << QStringList {u"a"_s} << 1;
+        QTest::newRow("a pinned block is listed as raw") << "{\"Cid\":\"" + docs + "\"}\n"
+                                                         << ref(docsRaw) + ref("b") << QStringList {u"b"_s} << 2;
+        QTest::newRow("and under version 0")
+            << QByteArray("{\"Cid\":\"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST\"}\n") << ref(docsRaw)
+            << QStringList() << 1;
+        QTest::newRow("the comparison is one of texts")
+            << QByteArray("{\"Cid\":\"A\"}\n") << ref("a") << QStringList {u"a"_s} << 1;
     }
     void joins()
     {

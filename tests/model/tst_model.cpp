@@ -39,7 +39,7 @@ class tst_Model : public QObject
 private slots:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        failOnWarnings();
         model = std::make_unique<PinModel>();
         proxy = std::make_unique<PinFilterProxyModel>();
         proxy->setSourceModel(model.get());

@@ -1,6 +1,7 @@
 #include "TestMain.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -14,4 +15,9 @@ int runTestObject(QObject& test, int argc, char* argv[])
     QCoreApplication::setApplicationName(u"Norvo"_s);
     QCoreApplication::setApplicationVersion(u"1.1.3"_s);
     return QTest::qExec(&test, argc, argv);
+}
+
+void failOnWarnings()
+{
+    QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support )"_s));
 }

@@ -7,6 +7,9 @@
 /// Gives the process a settings folder of its own and an application identity, runs the test and waits for threads.
 int runTestObject(QObject& test, int argc, char* argv[]);
 
+/// From here to the end of the test function every warning is a failure, but for what a test's screen can't do.
+void failOnWarnings();
+
 /// A main for `Class` with an application of type `App`.
 #define NORVO_TEST_MAIN(App, Class)                                                                                    \
     int main(int argc, char* argv[])                                                                                   \
