@@ -35,20 +35,25 @@ void appendPinLine(QByteArray& body, const QByteArray& cid, const QString& name,
 /// Everything below the recursive pins that is not pinned by itself.
 QList<ListedPin> indirectPins(const DemoStore& store, const QList<DemoPin>& pins)
 {
-    QSet<QByteArray> seen;
+    QSet<QByteArray> listed;
+    QSet<QByteArray> walked;
     QList<Cid> open;
     for (const DemoPin& pin : pins) {
-        seen.insert(pin.cid.multihash);
+        listed.insert(pin.cid.multihash);
         if (pin.recursive)
             open.append(pin.cid);
     }
     QList<ListedPin> found;
     while (!open.isEmpty()) {
-        const auto object = store.find(open.takeFirst());
+        const Cid parent = open.takeFirst();
+        if (walked.contains(parent.multihash))
+            continue;
+        walked.insert(parent.multihash);
+        const auto object = store.find(parent);
         for (const DemoLink& link : object ? object->links : QList<DemoLink>()) {
             open.append(link.cid);
-            if (!seen.contains(link.cid.multihash)) {
-                seen.insert(link.cid.multihash);
+            if (!listed.contains(link.cid.multihash)) {
+                listed.insert(link.cid.multihash);
                 found.append({.cid = link.cid, .type = "indirect"});
             }
         }

@@ -52,6 +52,8 @@ QPalette darkPalette()
     palette.setColor(QPalette::HighlightedText, Qt::black);
     for (const auto role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, faded);
+    // Fusion etches disabled menu entries in this colour; white would make them look enabled.
+    palette.setColor(QPalette::Disabled, QPalette::Light, window);
     return palette;
 }
 

@@ -10,13 +10,15 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLabel>
-#include <QMetaEnum>
 #include <QMouseEvent>
 #include <QSettings>
 #include <QShortcut>
 #include <QStatusBar>
 #include <QTableView>
+#include <QTime>
 #include <QTimer>
+
+#include <array>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -29,6 +31,11 @@ constexpr auto firstCountInterval = 100ms;
 constexpr auto copiedPeerIdShown = 1000ms;
 constexpr QSize minimumWindowSize(800, 520);
 constexpr QSize initialWindowSize(1060, 640);
+
+/// In the order of ConnectionStatusDot::State.
+constexpr std::array stateWords {
+    QT_TRANSLATE_NOOP("MainWindow", "Unknown"), QT_TRANSLATE_NOOP("MainWindow", "Checking"),
+    QT_TRANSLATE_NOOP("MainWindow", "Connected"), QT_TRANSLATE_NOOP("MainWindow", "Disconnected")};
 
 } // namespace
 
@@ -139,9 +146,8 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 
 void MainWindow::setConnectionDotState(ConnectionStatusDot::State state, const QString& detail)
 {
-    static const auto words = QMetaEnum::fromType<ConnectionStatusDot::State>();
     connectionDot->setState(state);
-    const QString word = tr(words.valueToKey(state));
+    const QString word = tr(stateWords.at(static_cast<size_t>(state)));
     QString tip = tr("Connection: %1").arg(word);
     if (!detail.trimmed().isEmpty())
         tip += u'\n' + detail;

@@ -10,7 +10,9 @@
 #include <QLineEdit>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -178,8 +180,8 @@ QString MainWindow::shownDagSizeText() const
     long long sum = 0;
     for (int row = 0; !showsUnpinned() && row < proxyModel->rowCount(); ++row) {
         const PinEntry* pin = pinModel->pinAt(proxyModel->mapToSource(proxyModel->index(row, 0)).row());
-        if (pin && pin->dagSize > 0)
-            sum += pin->dagSize;
+        if (pin && pin->dagSize > 0) // as large as a node says: the sum stops at the largest number there is
+            sum += std::min(pin->dagSize, std::numeric_limits<long long>::max() - sum);
     }
     return sum > 0 ? PinModel::formatSize(sum) : u"—"_s;
 }

@@ -106,7 +106,7 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
     QList<PinEntry> list = pins;
     if (typeFilter == PinType::recursiveAndDirect)
         list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
-    if (wantsMetadata() && !dagSizeCache.isEmpty()) {
+    if (wantsMetadata() && !(dagSizeCache.isEmpty() && kindCache.isEmpty())) {
         for (PinEntry& pin : list) {
             pin.dagSize = dagSizeCache.value(pin.cid, pin.dagSize);
             pin.kind = kindCache.value(pin.cid);

@@ -51,6 +51,7 @@ void SettingsDialog::setupUi()
     column->addWidget(newConnectionGroup());
     column->addWidget(newFilterGroup());
     column->addWidget(newOptionsGroup());
+    column->addStretch();
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     const auto* defaults = buttons->addButton(tr("Restore Defaults"), QDialogButtonBox::ResetRole);

@@ -17,8 +17,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Read from the store for each request, so that a change is in force for the next one.
-QByteArray originHeader(const QSettings& settings)
+QByteArray originHeader()
 {
+    const QSettings settings = openAppSettings();
     if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
         return {};
     return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
@@ -35,7 +36,6 @@ QString userAgent()
 IpfsClient::IpfsClient(QObject* parent)
     : QObject(parent)
     , network(new QNetworkAccessManager(this))
-    , appSettings(openAppSettings())
 {
     setEndpoint(u"127.0.0.1"_s, 5001);
 }
@@ -49,8 +49,8 @@ void IpfsClient::setEndpoint(const QString& newHost, unsigned short newPort)
     url.setHost(host);
     url.setPort(port);
     url.setPath(u"/api/v0"_s);
-    // A host that can't be one is shown as it was given, so that the failure of the call explains itself.
-    base = url.host().isEmpty() ? u"http://%1:%2/api/v0"_s.arg(host, QString::number(port)) : url.toString();
+    hostIsValid = !url.host().isEmpty();
+    base = hostIsValid ? url.toString() : u"http://%1:%2/api/v0"_s.arg(host, QString::number(port));
 }
 
 QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)
@@ -60,13 +60,15 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
 
 QNetworkReply* IpfsClient::post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane)
 {
-    QUrl url(base + path);
+    // A host that can't be one is shown as it was given, and nothing leaves: read as an address the text could name
+    // another host.
+    QUrl url(hostIsValid ? base + path : u"http:///api/v0"_s + path);
     if (!query.isEmpty())
         url.setQuery(query);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
     request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
-    if (const QByteArray origin = originHeader(appSettings); !origin.isEmpty())
+    if (const QByteArray origin = originHeader(); !origin.isEmpty())
         request.setRawHeader("Origin", origin);
     useConnectionGroup(request, group, lane);
     emit rpcRequestIssued(u"[%1] POST %2"_s.arg(logTime(), url.toString(QUrl::FullyEncoded)));

@@ -8,7 +8,6 @@
 #include <QList>
 #include <QObject>
 #include <QSet>
-#include <QSettings>
 #include <QUrlQuery>
 
 class QNetworkAccessManager;
@@ -150,12 +149,10 @@ private:
     static QUrlQuery listingQuery(const QString& cid);
 
     QNetworkAccessManager* network;
-    /// Another view of the store that the window writes; opening one for each request would cost as much as the
-    /// request.
-    QSettings appSettings;
     QString host {};
     unsigned short port = 0;
     QString base {};
+    bool hostIsValid = false;
 
     quint64 pinsEpoch = 0;
     QSet<QNetworkReply*> activeLoadReplies;

@@ -52,7 +52,7 @@ void IpfsClient::onCatReplyFinished(QNetworkReply* reply)
     if (reply->error() != QNetworkReply::NoError)
         emit catFailed(cid, reply->errorString());
     else if (lengthKnown && data.size() < length) // a block that failed on the way: the answer ends as a good one does
-        emit catFailed(cid, tr("%1 of %2 bytes received").arg(data.size()).arg(length));
+        emit catFailed(cid, tr("%1 of %2 bytes received").arg(QString::number(data.size()), QString::number(length)));
     else
         emit catReceived(cid, data);
 }

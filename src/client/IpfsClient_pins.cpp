@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -138,7 +139,8 @@ void IpfsClient::onPinsReplyFinished(QNetworkReply* reply)
 
 void IpfsClient::startPinsParse(QNetworkReply* reply)
 {
-    const QByteArray body = takeBytes(reply, ReplyProperty::rawData);
+    QByteArray body = takeBytes(reply, ReplyProperty::rawData);
+    body.append(reply->readAll()); // nothing, unless a reply told of fewer bytes than it held
     const PinsLoad load {.tag = reply->property(ReplyProperty::streamTag).toString(),
                          .count = reply->property(ReplyProperty::streamCount).toInt(),
                          .composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool(),

@@ -63,14 +63,16 @@ void IpfsClient::onRefsLocalReplyReadyRead(QNetworkReply* reply)
         return;
     }
     QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
+    qsizetype searched = buffer.size(); // what was kept holds no line feed
     buffer.append(reply->read(pieceSize));
     qsizetype start = 0;
     int lines = 0;
-    for (qsizetype feed = buffer.indexOf('\n'); feed >= 0; feed = buffer.indexOf('\n', start)) {
+    for (qsizetype feed = buffer.indexOf('\n', searched); feed >= 0; feed = buffer.indexOf('\n', searched)) {
         lines += takeLocalRef(QByteArrayView(buffer).sliced(start, feed - start));
-        start = feed + 1;
+        start = searched = feed + 1;
     }
-    reply->setProperty(ReplyProperty::streamBuffer, buffer.sliced(start));
+    buffer.remove(0, start);
+    reply->setProperty(ReplyProperty::streamBuffer, buffer);
     if (reply->bytesAvailable() > 0 && !reply->isFinished()) // a finished reply is drained by its end
         QMetaObject::invokeMethod(
             reply, [this, reply] { onRefsLocalReplyReadyRead(reply); }, Qt::QueuedConnection);

@@ -7,11 +7,11 @@
 #include <QGuiApplication>
 #include <QHash>
 #include <QLayout>
-#include <QPointer>
 #include <QScreen>
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -44,7 +44,7 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (watched == dialog)
+        if (watched == parent())
             follow(event->type());
         return QObject::eventFilter(watched, event);
     }
@@ -89,12 +89,12 @@ private:
 
     void scheduleRefit()
     {
-        if (refitPending || !dialog)
+        if (refitPending)
             return;
         refitPending = true;
         QTimer::singleShot(0, dialog, [this] {
             refitPending = false;
-            if (dialog && dialog->isVisible() && followsContent())
+            if (dialog->isVisible() && followsContent())
                 fitToContent();
         });
     }
@@ -145,7 +145,7 @@ private:
         return size.boundedTo(upperBound(base));
     }
 
-    QPointer<QDialog> dialog;
+    QDialog* dialog; ///< the parent, so it outlives this
     DialogSizing::Options options;
     bool initialShowHandled = false;
     bool refitPending = false;     ///< a refit is posted and has not run

@@ -98,14 +98,14 @@ private slots:
     void sortingKeepsTheLastOfEqualCids()
     {
         const QString head = u"bafybei0123456789abcdef"_s; // longer than what the sort looks at first
-        QList<PinEntry> entries {entry(head + u"b"_s, u"1"_s), entry({}, u"no CID"_s),
-                                 entry(head + u"a"_s, u"2"_s), entry(head, u"3"_s),
-                                 entry(head + u"b"_s, u"4"_s), entry(u"Qm"_s, u"5"_s),
-                                 entry(head + u"ü"_s, u"6"_s), entry(head + u"€"_s, u"7"_s)};
+        QList<PinEntry> entries {
+            entry(head + u"b"_s, u"1"_s), entry({}, u"no CID"_s),        entry(head + u"a"_s, u"2"_s),
+            entry(head, u"3"_s),          entry(head + u"b"_s, u"4"_s),  entry(u"Qm"_s, u"5"_s),
+            entry(head + u"ü"_s, u"6"_s), entry(head + u"ℵa"_s, u"8"_s), entry(head + u"€b"_s, u"7"_s)};
         sortPinsByCid(entries);
         QCOMPARE(shown(entries),
                  QStringList({u"Qm::5"_s, head + u"::3"_s, head + u"a::2"_s, head + u"b::4"_s, head + u"ü::6"_s,
-                              head + u"€::7"_s}));
+                              head + u"€b::7"_s, head + u"ℵa::8"_s}));
         QList<PinEntry> none;
         sortPinsByCid(none);
         QVERIFY(none.isEmpty());

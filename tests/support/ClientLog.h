@@ -4,6 +4,8 @@
 
 #include <QStringList>
 
+#include <algorithm>
+
 /// What a client emitted, a line a signal, in order; for comparing orders and for seeing that nothing came.
 class ClientLog : public QObject
 {
@@ -38,9 +40,8 @@ public:
         connect(&client, &IpfsClient::lsReceived, this, [this](const QString& cid, const QList<LsEntry>& entries) {
             QString line = u"ls "_s + cid;
             for (const LsEntry& entry : entries)
-                line += u" [%1/%2 %3 %4 %5]"_s.arg(entry.objectName, entry.name, entry.hash)
-                            .arg(entry.size)
-                            .arg(entry.type);
+                line += u" [%1/%2 %3 %4 %5]"_s.arg(entry.objectName, entry.name, entry.hash,
+                                                   QString::number(entry.size), QString::number(entry.type));
             lines.append(line);
         });
         connect(&client, &IpfsClient::catReceived, this, [this](const QString& cid, const QByteArray& data) {

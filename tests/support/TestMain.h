@@ -4,7 +4,7 @@
 
 #include <functional>
 
-/// Gives the process a settings folder of its own and an application identity, runs the test and waits for threads.
+/// Gives the process a settings folder of its own and an application identity, and runs the test.
 int runTestObject(QObject& test, int argc, char* argv[]);
 
 /// From here to the end of the test function every warning is a failure, but for what a test's screen can't do.

@@ -26,7 +26,11 @@ std::optional<QLatin1StringView> NdJson::takePlainString(QByteArrayView& line)
     if (end < 0)
         return std::nullopt;
     const QByteArrayView text = line.first(end);
-    if (!std::ranges::all_of(text, [](char c) { return c >= ' ' && c != '\\'; }))
+    const auto isPlain = [](char c) {
+        const auto byte = static_cast<uchar>(c); // whether char has a sign is the platform's affair
+        return byte >= 0x20 && byte < 0x80 && byte != '\\';
+    };
+    if (!std::ranges::all_of(text, isPlain))
         return std::nullopt;
     line = line.sliced(end + 1);
     return QLatin1StringView(text.data(), text.size());

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -101,18 +102,20 @@ qsizetype commonPrefix(const QList<PinEntry>& entries)
     return prefix.size();
 }
 
-/// Eight characters in the order of their codes; those above 255 count as equal.
-quint64 packed(QStringView text)
-{
-    quint64 word = 0;
-    for (qsizetype i = 0; i < 8; ++i)
-        word = (word << 8) | (i < text.size() ? std::min<quint64>(text.at(i).unicode(), 0xff) : 0);
-    return word;
-}
-
+/// The next characters in the order of their codes. From the first one above 254 on all count as equal, so that the
+/// whole CIDs decide.
 SortKey sortKeyOf(QStringView cid, qsizetype prefix, qsizetype row)
 {
-    return {.head = {packed(cid.mid(prefix)), packed(cid.mid(prefix + 8))}, .row = row};
+    constexpr quint64 beyond = 0xff;
+    SortKey key {.row = row};
+    quint64 code = 0;
+    for (qsizetype i = 0; i < 16; ++i) {
+        if (code != beyond)
+            code = prefix + i < cid.size() ? std::min<quint64>(cid.at(prefix + i).unicode(), beyond) : 0;
+        quint64& word = key.head.at(static_cast<size_t>(i / 8));
+        word = (word << 8) | code;
+    }
+    return key;
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "NdJson.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
