@@ -59,6 +59,7 @@ void SettingsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(defaults, &QPushButton::clicked, this, &SettingsDialog::restoreDefaults);
     column->addWidget(buttons);
+    setMinimumSize(minimumSize().expandedTo(column->minimumSize())); // where fonts are large nothing is to be cut off
 }
 
 QGroupBox* SettingsDialog::newConnectionGroup()
