@@ -59,7 +59,9 @@ void SettingsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(defaults, &QPushButton::clicked, this, &SettingsDialog::restoreDefaults);
     column->addWidget(buttons);
-    setMinimumSize(minimumSize().expandedTo(column->minimumSize())); // where fonts are large nothing is to be cut off
+    // Nothing is to be cut off, however large the fonts and however often the hint has to wrap.
+    const QSize least = minimumSize().expandedTo(column->totalMinimumSize());
+    setMinimumSize(least.expandedTo({0, column->totalMinimumHeightForWidth(least.width())}));
 }
 
 QGroupBox* SettingsDialog::newConnectionGroup()
