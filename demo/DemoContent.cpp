@@ -143,11 +143,10 @@ DemoObject rawFile(const QByteArray& bytes)
 
 } // namespace
 
-Cid DemoStore::add(DemoObject object)
+Cid DemoStore::add(const DemoObject& object)
 {
-    const Cid cid = object.cid;
-    byMultihash.insert(cid.multihash, std::move(object));
-    return cid;
+    byMultihash.insert(object.cid.multihash, object);
+    return object.cid;
 }
 
 Cid DemoStore::addFile(const QByteArray& bytes)
@@ -157,7 +156,7 @@ Cid DemoStore::addFile(const QByteArray& bytes)
 
 Cid DemoStore::addNote(int number)
 {
-    const Cid cid = cidOfBlock(noteText(number), Cid::rawCodec);
+    Cid cid = cidOfBlock(noteText(number), Cid::rawCodec);
     notes.insert(cid.multihash, number);
     return cid;
 }

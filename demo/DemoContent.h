@@ -57,7 +57,7 @@ public:
     QByteArray contentOf(const DemoObject& file) const;
 
 private:
-    Cid add(DemoObject object);
+    Cid add(const DemoObject& object);
 
     QHash<QByteArray, DemoObject> byMultihash;
     QHash<QByteArray, int> notes; ///< by digest

@@ -194,11 +194,8 @@ template <typename Field>
 void PinModel::setFact(const QString& cid, Field PinEntry::*field, const Field& value, Column column,
                        const QList<int>& roles)
 {
-    const auto rows = rowsByCid.constFind(cid);
-    if (rows == rowsByCid.constEnd())
-        return;
-    const Rows held = *rows; // a slot of dataChanged may reset the model
-    for (const int row : held) {
+    const Rows rows = rowsByCid.value(cid); // a copy, since a slot of dataChanged may reset the model
+    for (const int row : rows) {
         if (row >= pins.size() || std::as_const(pins).at(row).*field == value)
             continue;
         pins[row].*field = value;

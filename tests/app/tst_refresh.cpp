@@ -131,7 +131,7 @@ private slots:
         node->stop();
         open();
         QTRY_VERIFY(status().startsWith(u"Error: "_s));
-        QTRY_VERIFY(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size() > 0);
+        QTRY_VERIFY(!window->statusLog().filter(u"Error: Network error: Connection refused"_s).isEmpty());
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
     }
 
