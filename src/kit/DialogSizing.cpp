@@ -62,7 +62,7 @@ private:
             break;
         case QEvent::Close:
             if (persists())
-                openAppSettings().setValue(geometryKey(), dialog->saveGeometry());
+                save();
             break;
         case QEvent::LayoutRequest:
             if (dialog->isVisible() && followsContent())
@@ -76,6 +76,12 @@ private:
     bool followsContent() const { return !geometryRestored && !userResized; }
     bool persists() const { return options.persistGeometry && !options.settingsKey.trimmed().isEmpty(); }
     QString geometryKey() const { return options.settingsKey + "/geometry"_L1; }
+
+    void save() const
+    {
+        QSettings settings = openAppSettings();
+        settings.setValue(geometryKey(), dialog->saveGeometry());
+    }
 
     void restoreOrFit()
     {
