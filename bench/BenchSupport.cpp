@@ -1,6 +1,8 @@
 #include "BenchSupport.h"
 
 #include "AppSettings.h"
+#include "IpfsClient.h"
+#include "MainWindow.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -9,6 +11,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 
@@ -18,6 +21,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int demoStartMs = 60'000;
+constexpr auto giveUpAfter = 30min;
 
 double clockSeconds(clockid_t clock)
 {
@@ -85,10 +89,16 @@ double peakRssMiB()
     return -1;
 }
 
+double rounded(double value)
+{
+    return std::round(value * 1000) / 1000;
+}
+
 void printResult(const QJsonObject& result)
 {
     std::printf("%s\n", QJsonDocument(result).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
+    QCoreApplication::exit(0);
 }
 
 bool runInOwnProcess(const QStringList& arguments)
@@ -96,12 +106,26 @@ bool runInOwnProcess(const QStringList& arguments)
     return QProcess::execute(QCoreApplication::applicationFilePath(), arguments) == 0;
 }
 
-void useOwnSettings(const QString& url)
+int measureWindow(const QString& url, const QVariantHash& settings,
+                  const std::function<std::unique_ptr<QObject>(MainWindow&)>& attach)
 {
-    static const QTemporaryDir folder;
+    const QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
     const QUrl endpoint(url);
-    QSettings settings = openAppSettings();
-    settings.setValue(u"host"_s, endpoint.host());
-    settings.setValue(u"port"_s, endpoint.port(5001));
+    QSettings store = openAppSettings();
+    store.setValue(u"host"_s, endpoint.host());
+    store.setValue(u"port"_s, endpoint.port(5001));
+    for (auto setting = settings.begin(); setting != settings.end(); ++setting)
+        store.setValue(setting.key(), setting.value());
+
+    MainWindow window;
+    const auto measurement = attach(window);
+    const auto* client = window.findChild<IpfsClient*>();
+    QObject::connect(client, &IpfsClient::errorOccurred, qApp, [](const QString& message) {
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+        QCoreApplication::exit(1);
+    });
+    window.show();
+    QTimer::singleShot(giveUpAfter, qApp, [] { QCoreApplication::exit(1); });
+    return QCoreApplication::exec();
 }

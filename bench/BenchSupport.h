@@ -5,6 +5,12 @@
 #include <QObject>
 #include <QProcess>
 #include <QTimer>
+#include <QVariantHash>
+
+#include <functional>
+#include <memory>
+
+class MainWindow;
 
 /// Watches how long the event loop of its thread goes without a turn.
 class StallMeter : public QObject
@@ -42,10 +48,14 @@ double threadCpuSeconds();
 double processCpuSeconds();
 /// The most memory that this process has held, in MiB.
 double peakRssMiB();
-/// One line of JSON on standard output.
+/// Rounded to three places.
+double rounded(double value);
+/// One line of JSON on standard output; ends the event loop with success.
 void printResult(const QJsonObject& result);
 /// Runs this program anew with `arguments`, so that its peak memory is its own; tells whether it succeeded.
 bool runInOwnProcess(const QStringList& arguments);
 
-/// A settings folder for this run with the endpoint of `url` in it, never the user's. Call it before a window is made.
-void useOwnSettings(const QString& url);
+/// Runs the real window against the node at `url` with settings of its own, never the user's, and `attach` called
+/// before the first request. Ends with printResult, with the client's first error or when half an hour is over.
+int measureWindow(const QString& url, const QVariantHash& settings,
+                  const std::function<std::unique_ptr<QObject>(MainWindow&)>& attach);

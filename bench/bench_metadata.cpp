@@ -13,21 +13,12 @@
 #include <QTableView>
 #include <QUrlQuery>
 
-#include <cmath>
-
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto giveUpAfter = 20min;
 constexpr int bareCalls = 5000;
 constexpr int bareOpen = 24;
-
-double rounded(double value)
-{
-    return std::round(value * 1000) / 1000;
-}
 
 /// Calls "/dag/stat" with a manager and nothing else, `open` at a time as far as it lets; calls a second.
 double bareRate(const QString& url, const QStringList& cids, int open)
@@ -106,7 +97,6 @@ private:
         result.insert(u"bareCallsPerSecond"_s, rounded(bare));
         result.insert(u"callsPerSecond"_s, rounded((sizes + kinds) / seconds()));
         printResult(result);
-        QCoreApplication::exit(0);
     }
 
     QString url;
@@ -122,17 +112,6 @@ private:
     double resetStall = 0;
 };
 
-int measure(const QString& url, int latency, int sortColumn, int most)
-{
-    useOwnSettings(url);
-    MainWindow window;
-    window.findChild<QTableView*>()->sortByColumn(sortColumn, Qt::AscendingOrder);
-    const Measurement measurement(window, url, latency, most);
-    window.show();
-    QTimer::singleShot(giveUpAfter, qApp, [] { QCoreApplication::exit(1); });
-    return QApplication::exec();
-}
-
 } // namespace
 
 int main(int argc, char* argv[])
@@ -147,10 +126,14 @@ int main(int argc, char* argv[])
                        {u"facts"_s, u"Stop after so many sizes and kinds."_s, u"number"_s, u"1000000"_s},
                        {u"sort"_s, u"Section that the table is sorted by."_s, u"number"_s, u"1"_s}});
     parser.process(app);
+    const QString url = parser.value(u"url"_s);
     const QString sort = parser.value(u"sort"_s);
     if (parser.isSet(u"url"_s))
-        return measure(parser.value(u"url"_s), parser.value(u"latency"_s).toInt(), sort.toInt(),
-                       parser.value(u"facts"_s).toInt());
+        return measureWindow(url, {}, [&](MainWindow& window) {
+            window.findChild<QTableView*>()->sortByColumn(sort.toInt(), Qt::AscendingOrder);
+            return std::make_unique<Measurement>(window, url, parser.value(u"latency"_s).toInt(),
+                                                 parser.value(u"facts"_s).toInt());
+        });
     int failures = 0;
     for (const QString& latency :
          parser.isSet(u"latency"_s) ? QStringList {parser.value(u"latency"_s)} : QStringList {u"0"_s, u"20"_s}) {

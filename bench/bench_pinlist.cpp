@@ -9,19 +9,9 @@
 #include <QCommandLineParser>
 #include <QTableView>
 
-#include <cmath>
-
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
-
-constexpr auto giveUpAfter = 10min;
-
-double rounded(double value)
-{
-    return std::round(value * 1000) / 1000;
-}
 
 /// Follows the window's first refresh and prints what it took.
 class Measurement : public QObject
@@ -34,10 +24,6 @@ public:
         auto* model = window.findChild<PinModel*>();
         connect(client, &IpfsClient::rpcRequestIssued, this, [this] { begin(); });
         connect(client, &IpfsClient::connectionStatusChanged, this, [this] { onLastByte(); });
-        connect(client, &IpfsClient::errorOccurred, this, [](const QString& message) {
-            std::fprintf(stderr, "%s\n", qPrintable(message));
-            QCoreApplication::exit(1);
-        });
         connect(model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { received = seconds(); });
         connect(client, &IpfsClient::pinsReceived, this, [this] { table->viewport()->installEventFilter(this); });
     }
@@ -83,7 +69,6 @@ private:
                      {u"streamingStallMs"_s, rounded(streamingStall)},
                      {u"resetStallMs"_s, rounded(stalls.takeLongest())},
                      {u"peakRssMiB"_s, rounded(peakRssMiB())}});
-        QCoreApplication::exit(0);
     }
 
     QTableView* table;
@@ -96,16 +81,6 @@ private:
     double streamingStall = 0;
     double streamingCpu = 0;
 };
-
-int measure(const QString& url)
-{
-    useOwnSettings(url);
-    MainWindow window;
-    const Measurement measurement(window);
-    window.show();
-    QTimer::singleShot(giveUpAfter, qApp, [] { QCoreApplication::exit(1); });
-    return QApplication::exec();
-}
 
 int measureDemoNode(int pins, const QString& chunkBytes)
 {
@@ -126,7 +101,8 @@ int main(int argc, char* argv[])
          {u"chunk-bytes"_s, u"Size of the demo node's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s}});
     parser.process(app);
     if (parser.isSet(u"url"_s))
-        return measure(parser.value(u"url"_s));
+        return measureWindow(parser.value(u"url"_s), {},
+                             [](MainWindow& window) { return std::make_unique<Measurement>(window); });
     int failures = 0;
     for (const int pins : {10'000, 100'000, 500'000})
         failures += measureDemoNode(pins, parser.value(u"chunk-bytes"_s));

@@ -247,19 +247,6 @@ private slots:
         QCOMPARE(window->statusBar()->currentMessage(), u"Copied to clipboard"_s);
     }
 
-    void endpointAndFilterSurviveARestart()
-    {
-        open();
-        QVERIFY(waitForRows(3));
-        combo("Filter: "_L1)->setCurrentIndex(3);
-        QVERIFY(waitForRows(3));
-        window.reset();
-        openAppSettings().sync();
-        open();
-        QCOMPARE(combo("Filter: "_L1)->currentData().toString(), u"direct"_s);
-        QTRY_COMPARE(node->requests(path).constLast().value(u"type"_s), u"direct"_s);
-    }
-
 private:
     void open()
     {

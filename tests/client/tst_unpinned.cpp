@@ -1,7 +1,5 @@
 #include "ClientLog.h"
 #include "DemoNode.h"
-#include "Detached.h"
-#include "TestMain.h"
 
 #include <QRegularExpression>
 
@@ -20,21 +18,11 @@ QByteArray ref(const QByteArray& cid)
 
 } // namespace
 
-class tst_Unpinned : public QObject
+class tst_Unpinned : public ClientTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        log = std::make_unique<ClientLog>(*client);
-    }
-    void cleanup() { QVERIFY(waitForDetached(10s)); }
-
     void requests()
     {
         node->answer(pinsPath, FakeAnswer::json({}));
@@ -181,11 +169,6 @@ private slots:
         // The draft folder with its two files, and the file of 20,000 bytes with its five chunks.
         QCOMPARE(log->lines.filter(QRegularExpression(u"^pins"_s)).constFirst().count(u"bafkrei"_s), 9);
     }
-
-private:
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<ClientLog> log;
 };
 
 NORVO_TEST_MAIN(QCoreApplication, tst_Unpinned)

@@ -2,7 +2,6 @@
 #include "CidText.h"
 #include "Detached.h"
 #include "OpenFiles.h"
-#include "OriginValue.h"
 #include "PlainText.h"
 #include "TestMain.h"
 
@@ -91,21 +90,6 @@ private slots:
     {
         QFETCH(const QString, text);
         QVERIFY(!decodeCid(text));
-    }
-
-    void originValues_data()
-    {
-        QTest::addColumn<QString>("given");
-        QTest::addColumn<QString>("sent");
-        QTest::newRow("blank takes the default") << u" \r\n "_s << u"Norvo 1.1.3"_s;
-        QTest::newRow("header breaks are cut out") << u" http://a\r\nX-Evil: 1"_s << u"http://aX-Evil: 1"_s;
-        QTest::newRow("NUL is cut out") << u"a"_s + QChar(0) + u"b"_s << u"ab"_s;
-        QTest::newRow("long values are cut") << QString(300, u'x') << QString(256, u'x');
-    }
-    void originValues()
-    {
-        QFETCH(const QString, given);
-        QTEST(effectiveOriginValue(given), "sent");
     }
 
     void detachedWorkComesBack()

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "Detached.h"
+#include "FakeNode.h"
 #include "IpfsClient.h"
+#include "TestMain.h"
 
+#include <QSettings>
 #include <QStringList>
 
 #include <algorithm>
+#include <memory>
 
 /// What a client emitted, a line a signal, in order; for comparing orders and for seeing that nothing came.
 class ClientLog : public QObject
@@ -67,4 +72,28 @@ public:
 
     QStringList lines;
     QList<int> loaded;
+};
+
+/// What each test of the client starts from: a node, a client of it and the log of what it emits.
+class ClientTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        QSettings settings(QLatin1StringView("Norvo"), QLatin1StringView("settings"));
+        settings.clear();
+        node = std::make_unique<FakeNode>();
+        client = std::make_unique<IpfsClient>();
+        client->setEndpoint(QStringLiteral("127.0.0.1"), node->port());
+        log = std::make_unique<ClientLog>(*client);
+    }
+    void cleanup() { QVERIFY(waitForDetached(std::chrono::seconds(10))); }
+
+protected:
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<IpfsClient> client;
+    std::unique_ptr<ClientLog> log;
 };
