@@ -128,12 +128,13 @@ int main(int argc, char* argv[])
     parser.process(app);
     const QString url = parser.value(u"url"_s);
     const QString sort = parser.value(u"sort"_s);
-    if (parser.isSet(u"url"_s))
-        return measureWindow(url, {}, [&](MainWindow& window) {
-            window.findChild<QTableView*>()->sortByColumn(sort.toInt(), Qt::AscendingOrder);
-            return std::make_unique<Measurement>(window, url, parser.value(u"latency"_s).toInt(),
-                                                 parser.value(u"facts"_s).toInt());
-        });
+    const auto attach = [&](MainWindow& window) {
+        window.findChild<QTableView*>()->sortByColumn(sort.toInt(), Qt::AscendingOrder);
+        return std::make_unique<Measurement>(window, url, parser.value(u"latency"_s).toInt(),
+                                             parser.value(u"facts"_s).toInt());
+    };
+    if (!url.isEmpty())
+        return measureWindow(url, {}, attach);
     int failures = 0;
     for (const QString& latency :
          parser.isSet(u"latency"_s) ? QStringList {parser.value(u"latency"_s)} : QStringList {u"0"_s, u"20"_s}) {
