@@ -85,19 +85,23 @@ void MainWindow::planRefs(const QList<PinEntry>& list)
 void MainWindow::planFacts(const QString& cid)
 {
     metadataTargets.insert(cid);
-    if (const auto size = dagSizeCache.constFind(cid); size != dagSizeCache.constEnd()) {
+    const auto size = dagSizeCache.constFind(cid);
+    const bool sizeKnown = size != dagSizeCache.constEnd();
+    if (sizeKnown) {
         pinModel->setDagSize(cid, *size);
         dagDone.insert(cid);
     } else {
         client->fetchObjectStat(cid);
     }
-    if (const auto kind = kindCache.constFind(cid); kind != kindCache.constEnd()) {
+    const auto kind = kindCache.constFind(cid);
+    const bool kindKnown = kind != kindCache.constEnd();
+    if (kindKnown) {
         pinModel->setKind(cid, *kind);
         kindDone.insert(cid);
     } else {
         client->fetchKind(cid);
     }
-    if (dagDone.contains(cid) && kindDone.contains(cid))
+    if (sizeKnown && kindKnown)
         metadataDone.insert(cid);
 }
 

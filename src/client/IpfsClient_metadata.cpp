@@ -27,9 +27,12 @@ namespace {
 
 bool enqueueUnique(MetadataQueue& queue, const QString& cid)
 {
-    if (cid.isEmpty() || queue.known.contains(cid))
+    if (cid.isEmpty())
         return false;
+    const qsizetype before = queue.known.size();
     queue.known.insert(cid);
+    if (queue.known.size() == before)
+        return false;
     queue.queue.append(cid);
     return true;
 }
