@@ -6,6 +6,7 @@
 #include "PinModel.h"
 #include "PlainText.h"
 #include "SplitActionButton.h"
+#include "WidgetBuilders.h"
 
 #include <QBoxLayout>
 #include <QClipboard>
@@ -208,16 +209,10 @@ void MainWindow::setupPinTable()
     pinTable->viewport()->installEventFilter(this);
     pinTable->setModel(proxyModel);
     pinTable->setSortingEnabled(true);
-    pinTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    pinTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    pinTable->setAlternatingRowColors(true);
-    pinTable->setShowGrid(false);
-    pinTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    pinTable->verticalHeader()->hide();
+    makeRowTable(pinTable);
     pinTable->verticalHeader()->setDefaultSectionSize(rowHeight);
 
     QHeaderView* header = pinTable->horizontalHeader();
-    header->setStretchLastSection(true);
     header->setDefaultAlignment(Qt::AlignLeft);
     for (const Section& section : sections) {
         header->setSectionResizeMode(section.column, section.mode);

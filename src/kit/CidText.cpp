@@ -171,3 +171,10 @@ Cid cidOfBlock(const QByteArray& block, quint64 codec)
             .codec = codec,
             .multihash = QByteArray(prefix, 2) + QCryptographicHash::hash(block, QCryptographicHash::Sha256)};
 }
+
+QString titleCid(const QString& cid)
+{
+    constexpr qsizetype longest = 50;
+    constexpr qsizetype kept = 47;
+    return cid.size() <= longest ? cid : cid.first(kept) + u'…';
+}

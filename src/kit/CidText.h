@@ -28,3 +28,6 @@ QByteArray cidBytes(const Cid& cid);
 
 /// The version 1 CID of a block by its SHA-256.
 Cid cidOfBlock(const QByteArray& block, quint64 codec);
+
+/// A CID for a title: whole up to 50 characters, else its first 47 and "…".
+QString titleCid(const QString& cid);
