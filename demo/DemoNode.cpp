@@ -74,7 +74,7 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
     keepRequests(false);
     for (const QString& type : {u"recursive"_s, u"direct"_s})
         pinListing(type, true, true); // what is asked for first is not to be held up by its making
-    addRoute("/pin/ls", [this](const FakeRequest& request) { return pinLs(request); });
+    addPinRoutes();
     addRoute("/id", [this](const FakeRequest&) { return id(); });
     addRoute("/version", [this](const FakeRequest&) { return version(); });
     addContentRoutes();

@@ -26,10 +26,15 @@ public:
 
     /// From here on the block is missing, as one that was lost.
     void forget(const Cid& cid);
+    const QList<DemoPin>& allPins() const { return pins; }
 
 private:
     // pins and identity
+    void addPinRoutes();
     FakeAnswer pinLs(const FakeRequest& request);
+    FakeAnswer pinRm(const FakeRequest& request);
+    static FakeAnswer cidFormat(const FakeRequest& request);
+    void unpinExactly(const QSet<QByteArray>& removed);
     /// The whole listing, kept until the pins change.
     std::shared_ptr<const QByteArray> pinListing(const QString& type, bool names, bool liftsVersion0);
     FakeAnswer id() const;
@@ -52,6 +57,7 @@ private:
     DemoOptions options;
     DemoStore store;
     QList<DemoPin> pins;
+    QSet<QByteArray> pinned; ///< the binary CIDs of the pins; filled when it is first asked for
     QHash<QString, std::shared_ptr<const QByteArray>> listings;
     std::shared_ptr<const QByteArray> localRefs;
 };

@@ -33,8 +33,7 @@ std::optional<Cid> argumentOf(const FakeRequest& request)
 
 FakeAnswer badPath(const FakeRequest& request)
 {
-    return FakeAnswer::error("invalid path \\\"" + request.value(u"arg"_s).toUtf8()
-                             + "\\\": path does not have enough components");
+    return invalidPath(request.value(u"arg"_s));
 }
 
 FakeAnswer missing(const Cid& cid)

@@ -28,3 +28,8 @@ QByteArray shownCid(Cid cid, bool lifted)
     cid.version = lifted ? 1 : cid.version;
     return encodeCid(cid).toLatin1();
 }
+
+FakeAnswer invalidPath(const QString& text)
+{
+    return FakeAnswer::error("invalid path \\\"" + text.toUtf8() + "\\\": path does not have enough components");
+}

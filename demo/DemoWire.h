@@ -15,3 +15,6 @@ QByteArray jsonLine(const QJsonObject& object);
 bool liftsVersion0(const FakeRequest& request);
 
 QByteArray shownCid(Cid cid, bool lifted);
+
+/// What a node says of a text that is no CID.
+FakeAnswer invalidPath(const QString& text);

@@ -10,10 +10,13 @@
 #include <QSet>
 #include <QUrlQuery>
 
+#include <memory>
+
 class QNetworkAccessManager;
 class QNetworkReply;
 struct ConnectionGroup;
 struct PinList;
+class UnpinBatch;
 
 /// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
 /// thread and reaches every listener, whoever asked. No call has a timeout and none is repeated.
@@ -62,6 +65,12 @@ public:
     /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
     void fetchKind(const QString& cid);
 
+    /// Removes pins by one "/pin/rm", with `normalizeCids` after each CID was rewritten to version 0 by "/cid/format",
+    /// as far as it can be. Ends with unpinned or errorOccurred. Where the node has no pin under a rewritten CID, the
+    /// batch is gone through one CID at a time, and it can end with both, in this order. Unpins that overlap do not
+    /// meet, and no cancel touches one. Blank texts are left out; if no other is there, nothing happens.
+    void unpin(const QList<QString>& cids, bool normalizeCids);
+
     /// "/ls". Ends with lsReceived; on a failure errorOccurred comes before it and the list is empty.
     void fetchLs(const QString& cid);
     /// "/cat". Ends with catReceived, or with catFailed alone, also if fewer bytes came than the node announced.
@@ -83,6 +92,8 @@ signals:
     void dagStatReceived(QString cid, qint64 cumulativeSize);
     /// "Directory", "File", "Symlink" or "Other".
     void kindReceived(QString cid, QString kind);
+    /// The pins that are gone, as the node names them, else as they were asked for.
+    void unpinned(QStringList cids);
     void lsReceived(QString cid, QList<LsEntry> entries);
     void catReceived(QString cid, QByteArray data);
     void catFailed(QString cid, QString errorMessage);
@@ -98,6 +109,9 @@ private slots:
     void onObjectStatReplyFinished(QNetworkReply* reply);
     void onFilesStatReplyFinished(QNetworkReply* reply);
     void onKindLsReplyFinished(QNetworkReply* reply);
+    void onCidFormatReplyFinished(QNetworkReply* reply);
+    void onUnpinReplyFinished(QNetworkReply* reply);
+    void onSingleUnpinReplyFinished(QNetworkReply* reply);
     void onLsReplyFinished(QNetworkReply* reply);
     void onCatReplyFinished(QNetworkReply* reply);
 
@@ -148,6 +162,11 @@ private:
     QString codecKindFromCid(const QString& cid) const;
     static QUrlQuery listingQuery(const QString& cid);
 
+    void formatNextCid(const std::shared_ptr<UnpinBatch>& batch);
+    void removePins(const std::shared_ptr<UnpinBatch>& batch);
+    void removeNextPin(const std::shared_ptr<UnpinBatch>& batch);
+    void finishUnpin(const UnpinBatch& batch);
+
     QNetworkAccessManager* network;
     QString host {};
     unsigned short port = 0;
@@ -158,6 +177,7 @@ private:
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;
+    QSet<QString> indirectCids {}; ///< those that the last list told to be pinned through a parent only
 
     bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
     bool unpinnedPinsDone = false;

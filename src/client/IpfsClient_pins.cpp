@@ -154,6 +154,7 @@ void IpfsClient::startPinsParse(QNetworkReply* reply)
                 sortPinsByCid(list.entries);
             if (load.forUnpinned)
                 list.accountedFor = textsAccountedFor(std::exchange(list.entries, {}));
+            list.indirectCids = indirectCidsOf(list.entries);
             return list;
         },
         [this, load](PinList list) { deliverPins(std::move(list), load); });
@@ -169,6 +170,7 @@ void IpfsClient::deliverPins(PinList list, const PinsLoad& load)
         if (load.epoch != pinsEpoch) // a listener has begun another load
             return;
     }
+    indirectCids = std::move(list.indirectCids);
     if (load.forUnpinned) {
         unpinnedPinnedCids = std::move(list.accountedFor);
         unpinnedPinsDone = true;

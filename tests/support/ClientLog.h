@@ -42,6 +42,8 @@ public:
         });
         connect(&client, &IpfsClient::kindReceived, this,
                 [this](const QString& cid, const QString& kind) { lines.append(u"kind %1 %2"_s.arg(cid, kind)); });
+        connect(&client, &IpfsClient::unpinned, this,
+                [this](const QStringList& cids) { lines.append(u"unpinned "_s + cids.join(u' ')); });
         connect(&client, &IpfsClient::lsReceived, this, [this](const QString& cid, const QList<LsEntry>& entries) {
             QString line = u"ls "_s + cid;
             for (const LsEntry& entry : entries)

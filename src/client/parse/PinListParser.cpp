@@ -207,3 +207,13 @@ QSet<QString> textsAccountedFor(const QList<PinEntry>& entries)
     }
     return texts;
 }
+
+QSet<QString> indirectCidsOf(const QList<PinEntry>& entries)
+{
+    QSet<QString> cids;
+    for (const PinEntry& entry : entries) {
+        if (entry.type == PinType::indirect)
+            cids.insert(entry.cid);
+    }
+    return cids;
+}

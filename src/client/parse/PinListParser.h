@@ -15,6 +15,7 @@ struct PinList
     int keyCount = 0;              ///< members of the whole-document form, 0 for a stream of lines
     bool hasOpenLine = false;      ///< a last line without a line feed gave an entry
     QSet<QString> accountedFor {}; ///< what textsAccountedFor makes of the entries, where that is wanted
+    QSet<QString> indirectCids {}; ///< what indirectCidsOf finds, where that is wanted
 };
 
 /// One line of the stream, flat or wrapped in "PinLsObject"; nothing if it holds no CID.
@@ -33,3 +34,6 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);
 /// The CIDs of the entries, and for each that decodes the CID under which a node lists its block: same multihash,
 /// version 1, codec raw, base32.
 QSet<QString> textsAccountedFor(const QList<PinEntry>& entries);
+
+/// The CIDs of the entries of type "indirect".
+QSet<QString> indirectCidsOf(const QList<PinEntry>& entries);

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QList>
+#include <QSet>
+#include <QStringList>
+
+/// What an unpin came to that had to be gone through one CID at a time.
+struct UnpinOutcome
+{
+    QStringList removed {}; ///< the pins, as the node names them
+    QString failures {};    ///< what the node said of the rest, empty if there is none
+};
+
+/// One unpin on its way. Its replies hold it, so unpins that overlap know nothing of each other.
+class UnpinBatch
+{
+public:
+    QList<QString> unpinRequestedCids; ///< as asked for, trimmed
+    QList<QString> unpinFormattedCids; ///< of the same length: as rewritten, empty until known
+    int unpinFormatPending = 0;        ///< answers of "/cid/format" still to come
+    qsizetype nextToFormat = 0;        ///< first CID whose "/cid/format" has not left
+
+    /// Whether every CID has been gone through.
+    bool isThrough() const { return results.size() >= unpinRequestedCids.size(); }
+    /// What to name to the node next.
+    const QString& currentText() const;
+    /// The node removed the current text and named `pins` as removed; none stand for the text itself.
+    void takeSuccess(const QStringList& pins);
+    /// The node refused the current text; `notPinned` if it has no pin under that text.
+    void takeFailure(const QString& words, bool notPinned);
+    /// Nothing more can be asked.
+    void failTheRest(const QString& words);
+
+    /// Once all are gone through. `indirectCids` are those known to have been pinned through a parent only.
+    UnpinOutcome outcome(const QSet<QString>& indirectCids) const;
+
+private:
+    struct Result
+    {
+        QStringList pins {};
+        QString failure {}; ///< empty for a success
+        bool notPinned = false;
+        bool asAsked = false; ///< the answer was to the CID as asked for, not as rewritten
+    };
+
+    qsizetype stopOfFirstCall(const QSet<QString>& indirectCids) const;
+    static QString told(const QList<std::pair<QString, QStringList>>& cidsByWords);
+
+    QList<Result> results;
+    bool asAsked = false; ///< the current CID was refused as rewritten
+};

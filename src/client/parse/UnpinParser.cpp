@@ -1,0 +1,35 @@
+#include "UnpinParser.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+QString parseFormattedCid(const QByteArray& body)
+{
+    return QJsonDocument::fromJson(body)["Formatted"_L1].toString();
+}
+
+std::optional<QStringList> parseRemovedPins(const QByteArray& body)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(body);
+    if (!document.isObject())
+        return std::nullopt;
+    QStringList cids;
+    for (const auto& value : document["Pins"_L1].toArray()) {
+        if (value.isString())
+            cids.append(value.toString());
+    }
+    return cids;
+}
+
+bool tellsNotPinned(const QByteArray& body)
+{
+    return rpcErrorMessage(body) == "not pinned or pinned indirectly"_L1;
+}
+
+QString rpcErrorMessage(const QByteArray& body)
+{
+    return QJsonDocument::fromJson(body)["Message"_L1].toString();
+}

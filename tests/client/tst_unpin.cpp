@@ -1,0 +1,238 @@
+#include "ClientLog.h"
+#include "DemoNode.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray formatPath = "/cid/format";
+const QByteArray rmPath = "/pin/rm";
+const QByteArray notPinned = "not pinned or pinned indirectly";
+
+const auto v0Docs = u"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s; // kept as Qm…
+const auto v1Notes = u"bafybeigu66tnnkzn65sqrifvkie7nzul6yfbjhkbzgb2rumg3kuwkth3d4"_s;
+const auto rawHello = u"bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4"_s;
+const auto emptyFile = u"bafkreihdwdcefgh4dqkjv67uzcmw7ojee6xedzdetojuzjevtenxquvyku"_s;
+
+/// As the table shows the demo node's pins: all lifted to version 1.
+QString shown(const QString& kind)
+{
+    return kind == u"v0"_s ? v0Docs : kind == u"v1"_s ? v1Notes : kind == u"raw"_s ? rawHello : emptyFile;
+}
+
+} // namespace
+
+class tst_Unpin : public ClientTest
+{
+    Q_OBJECT
+
+private slots:
+    void batches_data()
+    {
+        QTest::addColumn<QStringList>("asked");
+        QTest::addColumn<FakeAnswer>("format");
+        QTest::addColumn<FakeAnswer>("rm");
+        QTest::addColumn<QByteArray>("query");
+        QTest::addColumn<QString>("line");
+        const FakeAnswer refused = FakeAnswer::error("no");
+        const auto rewritten = FakeAnswer::json(R"({"CidStr":"x","Formatted":"Qm+","ErrorMsg":""})");
+        const auto rm = [&](const char* name, const FakeAnswer& answer, const QString& line) {
+            QTest::newRow(name) << QStringList({u" a "_s, u""_s, u"\t"_s, u"b\n"_s}) << refused << answer
+                                << QByteArray("arg=a&arg=b") << line;
+        };
+        rm("the node's own forms", FakeAnswer::json(R"({"Pins":["Qa",7,"Qb"]})"), u"unpinned Qa Qb"_s);
+        rm("an empty answer means all", FakeAnswer::json(R"({"Pins":[]})"), u"unpinned a b"_s);
+        rm("numbers alone mean all", FakeAnswer::json(R"({"Pins":[1,2]})"), u"unpinned a b"_s);
+        rm("no object", FakeAnswer::json("[]"), u"error Unpin: invalid response from node"_s);
+        rm("other words", FakeAnswer::error("pin is locked"),
+           u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
+        rm("not pinned, and nothing was rewritten", FakeAnswer::error(notPinned),
+           u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
+        const auto format = [&](const char* name, const FakeAnswer& answer, const QByteArray& query) {
+            QTest::newRow(name) << QStringList(u"a"_s) << answer << FakeAnswer::json("{}") << query << u"unpinned a"_s;
+        };
+        format("rewritten", rewritten, "arg=Qm%2B");
+        format("can't be rewritten", FakeAnswer::json(R"({"Formatted":"","ErrorMsg":"no"})"), "arg=a");
+        format("bad JSON", FakeAnswer::json("{\"Formatted\":"), "arg=a");
+        format("broken off", FakeAnswer::dropAt(R"({"Formatted":"Qm"})", 4), "arg=a");
+    }
+    void batches()
+    {
+        QFETCH(const QStringList, asked);
+        QFETCH(const FakeAnswer, format);
+        QFETCH(const FakeAnswer, rm);
+        QFETCH(const QByteArray, query);
+        QFETCH(QString, line);
+        node->answer(formatPath, format);
+        node->answer(rmPath, rm);
+        client->unpin(asked, true);
+        line.replace(u"%1"_s, u"http://127.0.0.1:%1/api/v0/pin/rm?"_s.arg(node->port()));
+        QTRY_COMPARE(log->lines, QStringList {line});
+        QCOMPARE(node->requests(rmPath).constFirst().rawQuery, query);
+        QCOMPARE(node->count(rmPath), 1);
+        QCOMPARE(node->requests(formatPath).constFirst().rawQuery, "arg=a&v=0&b=base58btc");
+    }
+
+    void nothingToUnpin()
+    {
+        client->unpin({u" "_s, u"\t\n"_s, QString()}, true);
+        client->unpin({}, false);
+        node->answer(rmPath, FakeAnswer::json("{}"));
+        client->unpin({u" c "_s}, false); // as it stands, and at once
+        QTRY_COMPARE(log->lines, QStringList {u"unpinned c"_s});
+        QCOMPARE(node->requests().size(), 1);
+    }
+
+    /// The second unpin begins and ends between the calls of the first, and a forced refresh comes between as well.
+    void unpinsThatOverlap()
+    {
+        node->answer(formatPath, FakeAnswer::hold());
+        node->answer(rmPath, FakeAnswer::json("{}"));
+        client->unpin({u"a"_s, u"b"_s, u"c"_s}, true);
+        QTRY_COMPARE(node->heldCount(formatPath), 3);
+        client->unpin({u"d"_s, u"e"_s}, true);
+        QTRY_COMPARE(node->heldCount(formatPath), 5);
+        client->cancelActiveLoading();
+        const auto releaseAs = [this](const QByteArray& formatted, int index) {
+            node->release(formatPath, FakeAnswer::json("{\"Formatted\":\"" + formatted + "\"}"), index);
+        };
+        releaseAs("QE", 4);
+        releaseAs("QC", 2); // the first batch's answers come from the last to the first
+        releaseAs("QD", 2);
+        QTRY_COMPARE(log->lines, QStringList {u"unpinned d e"_s});
+        releaseAs("QB", 1);
+        releaseAs("QA", 0);
+        QTRY_COMPARE(log->lines.size(), 2);
+        QCOMPARE(log->lines.at(1), u"unpinned a b c"_s);
+        QCOMPARE(node->requests(rmPath).at(0).values(u"arg"_s), QStringList({u"QD"_s, u"QE"_s}));
+        QCOMPARE(node->requests(rmPath).at(1).values(u"arg"_s), QStringList({u"QA"_s, u"QB"_s, u"QC"_s}));
+    }
+
+    void pinsUnderTheirExactCid_data()
+    {
+        QTest::addColumn<QString>("batch");
+        QTest::addColumn<QString>("stay"); // told as not removed
+        QTest::newRow("one of version 1") << u"v1"_s << u""_s;
+        QTest::newRow("the first call removes some") << u"v0 v1 raw"_s << u""_s;
+        QTest::newRow("stops at once") << u"v1 v0 raw"_s << u""_s;
+        QTest::newRow("all kinds") << u"v0 v1 raw indirect gone"_s << u"indirect gone"_s;
+        QTest::newRow("the gone one first") << u"gone v0 v1 raw indirect"_s << u"gone indirect"_s;
+        QTest::newRow("the indirect one stops the first call") << u"v0 indirect v1 raw"_s << u"indirect"_s;
+        QTest::newRow("nothing to find afterwards") << u"v0 raw indirect"_s << u"indirect"_s;
+        QTest::newRow("nothing removed") << u"indirect"_s << u"indirect"_s;
+        QTest::newRow("named twice") << u"v1 raw v1"_s << u""_s;
+    }
+    void pinsUnderTheirExactCid()
+    {
+        QFETCH(const QString, batch);
+        QFETCH(const QString, stay);
+        DemoNode demo({.port = 0, .pins = 10});
+        client->setEndpoint(u"127.0.0.1"_s, demo.port());
+        const QString indirect = indirectCid(demo);
+        client->unpin({shown(u"gone"_s)}, true); // behind the back of the list that comes next
+        QTRY_COMPARE(log->count("unpinned"_L1), 1);
+        client->fetchPins(PinType::all, u"base32"_s, true);
+        QTRY_COMPARE(log->count("pins"_L1), 1);
+        log->lines.clear();
+        const QStringList before = pinTexts(demo);
+
+        const auto cidOf = [&](const QString& kind) { return kind == u"indirect"_s ? indirect : shown(kind); };
+        QStringList asked;
+        QStringList removed;
+        for (const QString& kind : batch.split(u' ')) {
+            asked.append(cidOf(kind));
+            if (!stay.split(u' ').contains(kind) && !removed.contains(exactly(cidOf(kind), before)))
+                removed.append(exactly(cidOf(kind), before));
+        }
+        client->unpin(asked, true);
+        const int lines = (removed.isEmpty() ? 0 : 1) + (stay.isEmpty() ? 0 : 1);
+        QTRY_COMPARE(log->lines.size(), lines);
+        QTRY_COMPARE(demo.openNow(), 0);
+        if (!removed.isEmpty())
+            QCOMPARE(log->lines.takeFirst(), u"unpinned "_s + removed.join(u' '));
+        if (!stay.isEmpty()) {
+            QStringList named;
+            for (const QString& kind : stay.split(u' '))
+                named.append(cidOf(kind));
+            QCOMPARE(
+                log->lines,
+                QStringList(u"error Unpin failed: %1 (%2)"_s.arg(QLatin1StringView(notPinned), named.join(u", "_s))));
+        }
+        QStringList expected = before;
+        expected.removeIf([&removed](const QString& cid) { return removed.contains(cid); });
+        QCOMPARE(pinTexts(demo), expected);
+    }
+
+    /// The node goes away in the midst of going through.
+    void theRestIsToldWhenTheNodeGoes()
+    {
+        node->answer(formatPath, FakeAnswer::json(R"({"Formatted":"Qm"})"));
+        node->answers(rmPath,
+                      {FakeAnswer::error(notPinned), FakeAnswer::json(R"({"Pins":["Qm1"]})"),
+                       FakeAnswer::error("locked"), FakeAnswer::error("locked"), FakeAnswer::dropAt({}, 0)});
+        QStringList asked;
+        for (int i = 0; i < 8; ++i)
+            asked.append(u"c"_s + QString::number(i));
+        client->unpin(asked, true);
+        QTRY_COMPARE(log->lines.size(), 2);
+        QCOMPARE(log->lines,
+                 QStringList({u"unpinned Qm1"_s,
+                              u"error Unpin failed: locked (c1); Connection closed"
+                              " (c2, c3, c4 and 3 more)"_s}));
+        QCOMPARE(node->count(rmPath), 5);
+    }
+
+    void aLongBatchKeepsItsOrder()
+    {
+        node->route(formatPath, [](const FakeRequest& request) {
+            return FakeAnswer::json("{\"Formatted\":\"Q" + request.value(u"arg"_s).toUtf8() + "\"}");
+        });
+        node->answer(rmPath, FakeAnswer::json("{}"));
+        QStringList asked;
+        for (int i = 0; i < 2500; ++i)
+            asked.append(QString::number(i));
+        client->unpin(asked, true);
+        QTRY_COMPARE_WITH_TIMEOUT(log->lines.size(), 1, 60'000);
+        QCOMPARE(node->count(formatPath), 2500);
+        QCOMPARE(node->requests(rmPath).constFirst().values(u"arg"_s),
+                 asked.replaceInStrings(QRegularExpression(u"^"_s), u"Q"_s));
+    }
+
+private:
+    static QStringList pinTexts(const DemoNode& demo)
+    {
+        QStringList texts;
+        for (const DemoPin& pin : demo.allPins())
+            texts.append(encodeCid(pin.cid));
+        return texts;
+    }
+
+    /// The CID under which the node keeps what the table shows as `text`.
+    static QString exactly(const QString& text, const QStringList& pins)
+    {
+        for (const QString& pin : pins) {
+            const auto cid = decodeCid(pin);
+            if (cid && encodeCid({.version = 1, .codec = cid->codec, .multihash = cid->multihash}) == text)
+                return pin;
+        }
+        return text;
+    }
+
+    /// A folder below a pin, and no pin of its own.
+    QString indirectCid(const DemoNode& demo)
+    {
+        client->fetchPins(PinType::indirect, u"base32"_s, true);
+        if (!QTest::qWaitFor([this] { return log->count("pins"_L1) == 1; }))
+            return {};
+        const QStringList lines = log->lines.filter(u"pins"_s).constFirst().split(u' ').filter(u"bafybei"_s);
+        log->lines.clear();
+        const QString cid = lines.value(0).section(u':', 0, 0);
+        return pinTexts(demo).contains(cid) ? QString() : cid;
+    }
+};
+
+NORVO_TEST_MAIN(QCoreApplication, tst_Unpin)
+#include "tst_unpin.moc"
