@@ -98,6 +98,7 @@ void IpfsClient::registerLoadReply(QNetworkReply* reply)
 void IpfsClient::cancelActiveLoading()
 {
     ++pinsEpoch;
+    ++cancelCount;
     resetUnpinnedState();
     compositePins.clear();
     compositePending = 0;

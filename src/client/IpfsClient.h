@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Detached.h"
 #include "JsonReply.h"
 #include "MetadataQueue.h"
 #include "PinEntry.h"
@@ -15,6 +16,7 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 struct ConnectionGroup;
+struct Listing;
 struct PinList;
 class UnpinBatch;
 
@@ -131,6 +133,17 @@ private:
         emit(this->*ownSignal)(std::forward<Values>(values)...);
     }
     void registerLoadReply(QNetworkReply* reply);
+    /// Hands what `parse` makes of a body to `deliver`: at once for a short body, by way of a thread for a long one.
+    template <typename Parse, typename Deliver>
+    void parseList(const QByteArray& body, const Parse& parse, const Deliver& deliver)
+    {
+        constexpr qsizetype shortBody = 64 * 1024;
+        if (body.size() <= shortBody)
+            deliver(parse(body));
+        else
+            runDetached(
+                this, [body, parse] { return parse(body); }, deliver);
+    }
 
     struct PinsLoad;
     QNetworkReply* startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0,
@@ -161,6 +174,7 @@ private:
     void finishKindRequest(const QString& cid);
     QString codecKindFromCid(const QString& cid) const;
     static QUrlQuery listingQuery(const QString& cid);
+    void deliverListing(const QString& cid, const Listing& listing);
 
     void formatNextCid(const std::shared_ptr<UnpinBatch>& batch);
     void removePins(const std::shared_ptr<UnpinBatch>& batch);
@@ -174,6 +188,7 @@ private:
     bool hostIsValid = false;
 
     quint64 pinsEpoch = 0;
+    int cancelCount = 0; ///< a metadata list parsed across a cancel is stale
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;

@@ -25,8 +25,14 @@ void IpfsClient::onLsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::cid).toString();
     reply->deleteLater();
-    const Listing listing = reply->error() == QNetworkReply::NoError ? parseLs(reply->readAll())
-                                                                     : Listing {.error = reply->errorString()};
+    if (reply->error() != QNetworkReply::NoError)
+        deliverListing(cid, {.error = reply->errorString()});
+    else
+        parseList(reply->readAll(), parseLs, [this, cid](const Listing& listing) { deliverListing(cid, listing); });
+}
+
+void IpfsClient::deliverListing(const QString& cid, const Listing& listing)
+{
     if (listing.error.isEmpty())
         emit lsReceived(cid, listing.entries);
     else

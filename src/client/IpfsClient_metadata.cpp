@@ -176,9 +176,16 @@ void IpfsClient::onRefsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::rootCid).toString();
     reply->deleteLater();
-    if (reply->error() == QNetworkReply::NoError)
-        emit refsReceived(cid, parseRefs(reply->readAll()));
-    else if (!isCancelled(reply))
+    if (reply->error() == QNetworkReply::NoError) {
+        parseList(reply->readAll(), parseRefs, [this, cid, cancels = cancelCount](const QStringList& cids) {
+            if (cancels != cancelCount)
+                return;
+            emit refsReceived(cid, cids);
+            finishRefsRequest(cid);
+        });
+        return;
+    }
+    if (!isCancelled(reply))
         reportFailure(tr("Failed to get refs for %1: %2").arg(cid, reply->errorString()), &IpfsClient::refsReceived,
                       cid, QStringList());
     finishRefsRequest(cid);
@@ -219,11 +226,18 @@ void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::cid).toString();
     reply->deleteLater();
-    if (!isCancelled(reply)) {
-        const bool good = reply->error() == QNetworkReply::NoError;
-        emit kindReceived(cid, good ? kindOfListing(parseLs(reply->readAll()).entries) : codecKindFromCid(cid));
+    if (isCancelled(reply)) {
+        finishKindRequest(cid);
+        return;
     }
-    finishKindRequest(cid);
+    const bool good = reply->error() == QNetworkReply::NoError;
+    parseList(good ? reply->readAll() : QByteArray(), parseLs,
+              [this, cid, good, cancels = cancelCount](const Listing& listing) {
+                  if (cancels != cancelCount)
+                      return;
+                  emit kindReceived(cid, good ? kindOfListing(listing.entries) : codecKindFromCid(cid));
+                  finishKindRequest(cid);
+              });
 }
 
 /// A CID's prefix and codec tell nothing certain about what it holds, so they play no part in deciding a kind.

@@ -13,8 +13,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Calls of "/cid/format" that one batch has open. A reply costs some 20 KB, so a batch of any length would not do.
-constexpr qsizetype openFormats = 1000;
+/// Calls of "/cid/format" that one batch has open. Six are under way at a time whatever the number, and with thousands
+/// of replies the event loop gets to nothing else.
+constexpr qsizetype openFormats = 200;
 
 std::shared_ptr<UnpinBatch> batchOf(const QNetworkReply* reply)
 {

@@ -77,6 +77,8 @@ private slots:
         fact("an error line among refs stops nothing", refsPath,
              FakeAnswer::json("{\"Ref\":\"\",\"Err\":\"lost\"}\nnonsense\n{\"Ref\":\"a\"}\n"), u"refs c a"_s);
         fact("an empty Ref hides a Cid", refsPath, FakeAnswer::json("{\"Ref\":\"\",\"Cid\":\"a\"}\n"), u"refs c"_s);
+        fact("a list for a thread", refsPath,
+             FakeAnswer::json("{\"Ref\":\"a\",\"Err\":\"\"}\n" + QByteArray(70'000, ' ')), u"refs c a"_s);
         fact("no refs", refsPath, FakeAnswer::json({}), u"refs c"_s);
         fact("total before cumulative", dagStatPath, FakeAnswer::json(R"({"CumulativeSize":7,"TotalSize":69})"),
              u"size c 69"_s);
