@@ -1,0 +1,210 @@
+#include "FileNames.h"
+#include "TestMain.h"
+
+#include <QDir>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Texts that have led somewhere else on some system, and what they are mixed with.
+QStringList hostilePieces()
+{
+    return {u".."_s,
+            u"."_s,
+            u"/"_s,
+            u"\\"_s,
+            u"C:"_s,
+            u"//host/share"_s,
+            u"CON"_s,
+            u"nul.txt"_s,
+            u" "_s,
+            u"\t"_s,
+            u"~"_s,
+            u"$HOME"_s,
+            u"%2e%2e"_s,
+            u"\r\n"_s,
+            u"\u00a0"_s,
+            u"\u2003."_s,
+            u"\u202e"_s,
+            u"a"_s,
+            u"é"_s,
+            u"😀"_s,
+            QString(QChar(0)),
+            QString(QChar(0xd800)),
+            QString(QChar(0xdfff)),
+            QString(QChar(0xffff)),
+            u"..\\.."_s,
+            u"／"_s,
+            u"．．"_s};
+}
+
+class HostileNames
+{
+public:
+    QString next()
+    {
+        QString text;
+        for (auto count = random.bounded(1, 12); count > 0; --count)
+            text += pieces.at(random.bounded(pieces.size()));
+        return text;
+    }
+
+private:
+    const QStringList pieces = hostilePieces();
+    QRandomGenerator random {20240611};
+};
+
+bool isSafeName(const QString& name)
+{
+    const auto forbidden = [](QChar c) { return c.unicode() < 32 || u"/\\*:?\"<>|"_s.contains(c); };
+    return !name.isEmpty() && !name.endsWith(u'.') && !name.endsWith(u' ') && std::ranges::none_of(name, forbidden);
+}
+
+} // namespace
+
+class tst_FileNames : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { failOnWarnings(); }
+
+    void names_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("clean");
+        QTest::newRow("ordinary") << u"photo 1.jpg"_s << u"photo 1.jpg"_s;
+        QTest::newRow("blanks around it go") << u" \ta b\n "_s << u"a b"_s;
+        QTest::newRow("nothing") << QString() << u"file"_s;
+        QTest::newRow("blanks alone") << u" \u00a0 "_s << u"file"_s;
+        QTest::newRow("two dots") << u".."_s << u"file"_s;
+        QTest::newRow("dots and blanks") << u". . ."_s << u"file"_s;
+        QTest::newRow("all reserved") << u"a/b\\c*d:e?f\"g<h>i|j"_s << u"a_b_c_d_e_f_g_h_i_j"_s;
+        QTest::newRow("control characters") << u"a\u0001b\u001fc\u007f"_s << u"a_b_c\u007f"_s;
+        QTest::newRow("dots at the end go") << u"a.txt. .."_s << u"a.txt"_s;
+        QTest::newRow("a wide blank at the end goes too") << u"a\u2003."_s << u"a"_s;
+        QTest::newRow("dots at the start stay") << u"..bashrc"_s << u"..bashrc"_s;
+        QTest::newRow("way up") << u"../../etc/passwd"_s << u".._.._etc_passwd"_s;
+    }
+    void names()
+    {
+        QFETCH(const QString, name);
+        QTEST(sanitizeFileName(name), "clean");
+    }
+
+    void paths_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("clean");
+        QTest::newRow("ordinary") << u"a/b c/d.txt"_s << u"a/b c/d.txt"_s;
+        QTest::newRow("absolute") << u"//etc//passwd/"_s << u"etc/passwd"_s;
+        QTest::newRow("one dot is dropped, two are not") << u"./a/./../b"_s << u"a/_/b"_s;
+        QTest::newRow("dots and a blank are a name") << u"a/.. /b"_s << u"a/file/b"_s;
+        QTest::newRow("nothing left") << u"/./."_s << u"file"_s;
+        QTest::newRow("drive and backslashes") << u"C:\\a/b"_s << u"C__a/b"_s;
+    }
+    void paths()
+    {
+        QFETCH(const QString, path);
+        QTEST(sanitizeRelativePath(path), "clean");
+    }
+
+    void noNameLeadsOut()
+    {
+        HostileNames names;
+        const QString folder = u"/some/folder"_s;
+        for (int i = 0; i < 20'000; ++i) {
+            const QString hostile = i == 0 ? QString(10'000, u'.') + u'/' : names.next();
+            const QString name = sanitizeFileName(hostile);
+            QVERIFY2(isSafeName(name), qPrintable(hostile));
+            QCOMPARE(sanitizeFileName(name), name);
+            const QString path = sanitizeRelativePath(hostile);
+            QVERIFY2(std::ranges::all_of(path.split(u'/'), isSafeName), qPrintable(hostile));
+            QCOMPARE(sanitizeRelativePath(path), path);
+            QCOMPARE(QDir::cleanPath(folder + u'/' + path), folder + u'/' + path);
+        }
+    }
+
+    void nothingIsMadeOutsideTheFolder()
+    {
+        const QTemporaryDir outside;
+        const QDir folder(outside.filePath(u"in/side"_s));
+        QVERIFY(folder.mkpath(u"."_s));
+        HostileNames names;
+        for (int i = 0; i < 500; ++i) {
+            const QString path = folder.path() + u'/' + sanitizeRelativePath(names.next());
+            QFileInfo(path).absoluteDir().mkpath(u"."_s); // fails where a file of that name is: no matter
+            QFile file(path);
+            if (file.open(QIODevice::WriteOnly))
+                file.write("x");
+        }
+        QVERIFY(folder.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden).size() > 100);
+        QCOMPARE(QDir(outside.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
+                 QStringList {u"in"_s});
+        QCOMPARE(QDir(outside.filePath(u"in"_s)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
+                 QStringList {u"side"_s});
+    }
+
+    void deviceNames()
+    {
+        for (const QString& name :
+             {u"CON"_s, u"prn"_s, u"Aux.txt"_s, u"NUL.tar.gz"_s, u"com1"_s, u"LPT9.x"_s, u"COM²"_s, u"con .txt"_s})
+            QVERIFY2(isDeviceName(name), qPrintable(name));
+        for (const QString& name :
+             {u"CONS"_s, u"COM"_s, u"COM0"_s, u"COM10"_s, u"xCON"_s, u"_CON"_s, u"a.con"_s, u"LPTA"_s, QString()})
+            QVERIFY2(!isDeviceName(name), qPrintable(name));
+#ifdef Q_OS_WIN
+        QCOMPARE(sanitizeRelativePath(u"a/nul.txt/b"_s), u"a/_nul.txt/b"_s);
+#else
+        QCOMPARE(sanitizeRelativePath(u"a/nul.txt/b"_s), u"a/nul.txt/b"_s);
+#endif
+    }
+
+    void sizes_data()
+    {
+        QTest::addColumn<qint64>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("below 0") << qint64 {-1} << u"-1"_s;
+        QTest::newRow("no unit yet") << qint64 {1023} << u"1023"_s;
+        QTest::newRow("first unit") << qint64 {1024} << u"1.0 KB"_s;
+        QTest::newRow("last of a unit") << qint64 {1'048'575} << u"1024.0 KB"_s;
+        QTest::newRow("next unit") << qint64 {1'048'576} << u"1.0 MB"_s;
+        QTest::newRow("no unit above") << qint64 {1'099'511'627'776} << u"1024.0 GB"_s;
+    }
+    void sizes()
+    {
+        QFETCH(const qint64, bytes);
+        QTEST(formatFileSize(bytes), "text");
+    }
+
+    void suffixes_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("suffix");
+        QTest::newRow("png") << QByteArray("\x89PNG\r\n\x1a\n") << u".png"_s;
+        QTest::newRow("png cut short") << QByteArray("\x89PNG\r\n\x1a") << QString();
+        QTest::newRow("jpg") << QByteArray("\xff\xd8\xff") << u".jpg"_s;
+        QTest::newRow("gif") << QByteArray("GIF87a…") << u".gif"_s;
+        QTest::newRow("newer gif") << QByteArray("GIF89a") << u".gif"_s;
+        QTest::newRow("no gif") << QByteArray("GIF88a") << QString();
+        QTest::newRow("webp") << QByteArray("RIFF\0\1\2\3WEBP", 12) << u".webp"_s;
+        QTest::newRow("webp cut short") << QByteArray("RIFF1234WEB") << QString();
+        QTest::newRow("another riff") << QByteArray("RIFF1234WAVE") << QString();
+        QTest::newRow("pdf") << QByteArray("%PDF-1.7") << u".pdf"_s;
+        QTest::newRow("pdf further in") << QByteArray("\n%PDF-1.7") << QString();
+        QTest::newRow("nothing") << QByteArray() << QString();
+    }
+    void suffixes()
+    {
+        QFETCH(const QByteArray, bytes);
+        QTEST(suffixOf(bytes), "suffix");
+    }
+};
+
+NORVO_TEST_MAIN(QCoreApplication, tst_FileNames)
+#include "tst_filenames.moc"
