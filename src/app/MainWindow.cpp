@@ -79,6 +79,7 @@ MainWindow::MainWindow(QWidget* parent)
 
 MainWindow::~MainWindow()
 {
+    deleteToolWindows();
     saveSettings();
 }
 
@@ -107,6 +108,7 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::refsReceived, this, &MainWindow::onRefsReceivedForTable);
     connect(client, &IpfsClient::dagStatReceived, this, &MainWindow::onDagStatReceived);
     connect(client, &IpfsClient::kindReceived, this, &MainWindow::onKindReceived);
+    connect(client, &IpfsClient::unpinned, this, &MainWindow::onUnpinned);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }

@@ -6,16 +6,21 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QModelIndex>
 #include <QSet>
+#include <QUrl>
 
 #include <chrono>
 #include <functional>
 
 class IpfsClient;
 class PinModel;
+class QAction;
 class QComboBox;
+class QDialog;
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QPushButton;
 class QRadioButton;
 class QSettings;
@@ -31,6 +36,9 @@ class MainWindow : public QMainWindow
     Q_OBJECT
 
 public:
+    /// How a tool window stands to this one: as a dialog that it owns, or as a free window.
+    enum AuxWindowMode { AuxChildWindow, AuxNewWindow };
+
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
 
@@ -43,6 +51,16 @@ public:
     QStringList statusLog() const { return statusLogLines; }
     void clearRpcLog() { rpcLogLines.clear(); }
     void clearStatusLog() { statusLogLines.clear(); }
+
+    /// Open a tool window, or bring the open one to the front in `mode`. None of them blocks this window.
+    void showGcDialog(AuxWindowMode mode);
+    void showDhtStatsDialog(AuxWindowMode mode);
+    void showNetworkDialog(AuxWindowMode mode);
+    void showSwarmDialog(AuxWindowMode mode);
+    void showConfigDialog(AuxWindowMode mode);
+    void showRemoteServicesDialog(AuxWindowMode mode);
+    void showStatusLogDialog(AuxWindowMode mode);
+    void showRpcLogDialog(AuxWindowMode mode);
 
 signals:
     void rpcLogAppended(QString line);
@@ -66,6 +84,22 @@ private slots:
     void onDagStatReceived(const QString& cid, long long cumulativeSize);
     void onKindReceived(const QString& cid, const QString& kind);
     void onRpcRequestIssued(const QString& requestDescription);
+    void onSelectionChanged();
+    void onTableContextMenuRequested(const QPoint& pos);
+    void onTableDoubleClicked(const QModelIndex& index);
+    void onCopySelectedCID();
+    void onOpenInGateway();
+    void onOpenFromLocal();
+    void onUnpinSelected();
+    void onUnpinAll();
+    void onUnpinned(const QStringList& cids);
+    void onShowIndirectPins(const QString& rootCid);
+    void onGcClicked();
+    void onDhtStatsClicked();
+    void onConfigClicked();
+    void onRemoteServicesClicked();
+    void onStatusLogClicked();
+    void onLogClicked();
 
 private:
     // construction
@@ -97,6 +131,7 @@ private:
 
     // refresh
     void triggerRefresh(bool force);
+    void fetchList();
     void setRefreshing(bool on);
     void onContentChanged();
     void onFilterChanged();
@@ -106,6 +141,27 @@ private:
     int minimumCidColumnWidth() const;
     bool showsUnpinned() const;
     void setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint);
+
+    // table
+    QModelIndexList selectedRows() const;
+    QStringList selectedCids() const;
+    bool isRecursivePin(const QModelIndex& index) const;
+    void fillRowMenu(QMenu* menu, const QModelIndex& index);
+    void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
+    /// An entry whose action does not exist yet: it stands in its place, disabled.
+    static QAction* addUnavailable(QMenu* menu, const QString& text);
+
+    // tool windows
+    enum class ToolWindowId { Gc, DhtStats, Network, Swarm, Config, RemoteServices, StatusLog, RpcLog, Count };
+    struct ToolWindow;
+    template <typename Dialog> static QDialog* newNodeTool(MainWindow& window);
+    template <typename Dialog> static QDialog* newLogWindow(MainWindow& window);
+    static const ToolWindow& toolWindow(ToolWindowId id);
+    static bool hasToolWindow(ToolWindowId id);
+    void showToolWindow(ToolWindowId id, AuxWindowMode mode);
+    void configureAuxDialogWindowMode(QDialog* dialog, AuxWindowMode mode);
+    void onToolWindowDestroyed(const ToolWindow& tool);
+    void deleteToolWindows();
 
     // metadata
     bool wantsMetadata() const;
@@ -149,6 +205,18 @@ private:
     QLabel* countLabel = nullptr;
     QLabel* peerIdLabel = nullptr;
     QLabel* notificationLabel = nullptr;
+    QAction* unpinSelectedAction = nullptr;
+    QAction* unpinAllAction = nullptr;
+
+    // null while there is no such window
+    QDialog* gcDialog = nullptr;
+    QDialog* dhtStatsDialog = nullptr;
+    QDialog* networkDialog = nullptr;
+    QDialog* swarmDialog = nullptr;
+    QDialog* configDialog = nullptr;
+    QDialog* remoteServicesDialog = nullptr;
+    QDialog* statusLogDialog = nullptr;
+    QDialog* rpcLogDialog = nullptr;
 
     QString contentMode;
     QString typeFilter;

@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTableView>
 #include <QToolBar>
@@ -50,12 +51,6 @@ constexpr std::array sections {Section {PinModel::CidColumn, 420, QHeaderView::I
                                Section {PinModel::TypeColumn, 88, QHeaderView::Interactive},
                                Section {PinModel::SizeColumn, 100, QHeaderView::Interactive},
                                Section {PinModel::NameColumn, 0, QHeaderView::Stretch}};
-
-constexpr std::array toolWindows {
-    QT_TRANSLATE_NOOP("MainWindow", "Repo stats"),  QT_TRANSLATE_NOOP("MainWindow", "DHT stats"),
-    QT_TRANSLATE_NOOP("MainWindow", "Network"),     QT_TRANSLATE_NOOP("MainWindow", "Swarm"),
-    QT_TRANSLATE_NOOP("MainWindow", "Kubo config"), QT_TRANSLATE_NOOP("MainWindow", "Status log"),
-    QT_TRANSLATE_NOOP("MainWindow", "RPC log")};
 
 /// A caption in the tool bar that belongs to the field behind it.
 void addCaption(QToolBar* bar, const QString& text, QWidget* field)
@@ -166,13 +161,30 @@ void MainWindow::addSearchField(QToolBar* bar)
 
 void MainWindow::addToolWindowButtons(QToolBar* bar)
 {
-    for (const char* caption : toolWindows) {
-        auto* button = new SplitActionButton(tr(caption), bar);
+    struct Opener
+    {
+        const char* caption;
+        ToolWindowId id;
+        void (MainWindow::*show)(AuxWindowMode mode);
+    };
+    static constexpr std::array openers {
+        Opener {QT_TR_NOOP("Repo stats"), ToolWindowId::Gc, &MainWindow::showGcDialog},
+        Opener {QT_TR_NOOP("DHT stats"), ToolWindowId::DhtStats, &MainWindow::showDhtStatsDialog},
+        Opener {QT_TR_NOOP("Network"), ToolWindowId::Network, &MainWindow::showNetworkDialog},
+        Opener {QT_TR_NOOP("Swarm"), ToolWindowId::Swarm, &MainWindow::showSwarmDialog},
+        Opener {QT_TR_NOOP("Kubo config"), ToolWindowId::Config, &MainWindow::showConfigDialog},
+        Opener {QT_TR_NOOP("Status log"), ToolWindowId::StatusLog, &MainWindow::showStatusLogDialog},
+        Opener {QT_TR_NOOP("RPC log"), ToolWindowId::RpcLog, &MainWindow::showRpcLogDialog}};
+    for (const Opener& opener : openers) {
+        auto* button = new SplitActionButton(tr(opener.caption), bar);
         button->setPrimaryToolTip(tr("Open as child window"));
         button->setSecondaryToolTip(tr("Open in new window"));
-        button->setEnabled(false);
+        button->setEnabled(hasToolWindow(opener.id));
+        const auto show = opener.show;
+        connect(button, &SplitActionButton::primaryClicked, this, [this, show] { (this->*show)(AuxChildWindow); });
+        connect(button, &SplitActionButton::secondaryClicked, this, [this, show] { (this->*show)(AuxNewWindow); });
         bar->addWidget(button);
-        if (caption == toolWindows.back())
+        if (&opener == &openers.back())
             break;
         auto* gap = new QWidget(bar);
         gap->setFixedWidth(toolButtonGap);
@@ -210,6 +222,7 @@ void MainWindow::setupPinTable()
     pinTable->setModel(proxyModel);
     pinTable->setSortingEnabled(true);
     makeRowTable(pinTable);
+    pinTable->setAccessibleName(tr("Pins"));
     pinTable->verticalHeader()->setDefaultSectionSize(rowHeight);
 
     QHeaderView* header = pinTable->horizontalHeader();
@@ -220,6 +233,12 @@ void MainWindow::setupPinTable()
             header->resizeSection(section.column, section.width);
     }
     pinTable->sortByColumn(PinModel::RefsColumn, Qt::AscendingOrder);
+
+    connect(pinTable, &QWidget::customContextMenuRequested, this, &MainWindow::onTableContextMenuRequested);
+    connect(pinTable, &QTableView::doubleClicked, this, &MainWindow::onTableDoubleClicked);
+    connect(pinTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::onSelectionChanged);
+    const auto* open = new QShortcut(Qt::Key_Return, pinTable, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(open, &QShortcut::activated, this, [this] { onTableDoubleClicked(pinTable->currentIndex()); });
 }
 
 QWidget* MainWindow::newStatsFrame()

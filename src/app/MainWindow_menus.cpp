@@ -15,15 +15,14 @@ namespace {
 
 constexpr int aboutIconSize = 64;
 
-/// An entry whose window does not exist yet: it stands in its place, disabled.
-QAction* addUnavailable(QMenu* menu, const QString& text, const QKeySequence& shortcut = {})
+} // namespace
+
+QAction* MainWindow::addUnavailable(QMenu* menu, const QString& text)
 {
-    QAction* action = menu->addAction(text, shortcut);
+    QAction* action = menu->addAction(text);
     action->setEnabled(false);
     return action;
 }
-
-} // namespace
 
 void MainWindow::setupMenuBar()
 {
@@ -38,7 +37,8 @@ void MainWindow::setupFileMenu()
     addUnavailable(menu, tr("Add to &IPFS…"));
     menu->addSeparator();
     menu->addAction(tr("&Settings..."), Qt::CTRL | Qt::Key_Comma, this, &MainWindow::onSettingsClicked);
-    addUnavailable(menu, tr("Remote &Services..."));
+    menu->addAction(tr("Remote &Services..."), this, &MainWindow::onRemoteServicesClicked)
+        ->setEnabled(hasToolWindow(ToolWindowId::RemoteServices));
     menu->addSeparator();
     menu->addAction(tr("&Quit"), QKeySequence::Quit, qApp, &QCoreApplication::quit);
 }
@@ -46,15 +46,17 @@ void MainWindow::setupFileMenu()
 void MainWindow::setupEditMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Edit"));
-    addUnavailable(menu, tr("&Copy CID"), QKeySequence::Copy);
-    addUnavailable(menu, tr("Open from &gateway"), Qt::CTRL | Qt::Key_G);
-    addUnavailable(menu, tr("Open from &local"), Qt::CTRL | Qt::Key_L);
+    menu->addAction(tr("&Copy CID"), QKeySequence::Copy, this, &MainWindow::onCopySelectedCID);
+    menu->addAction(tr("Open from &gateway"), Qt::CTRL | Qt::Key_G, this, &MainWindow::onOpenInGateway);
+    menu->addAction(tr("Open from &local"), Qt::CTRL | Qt::Key_L, this, &MainWindow::onOpenFromLocal);
     addUnavailable(menu, tr("Open via I&PNS..."));
     addUnavailable(menu, tr("Publish to &IPNS..."));
     addUnavailable(menu, tr("&Resolve IPNS..."));
     menu->addSeparator();
-    addUnavailable(menu, tr("Unpin selected"));
-    addUnavailable(menu, tr("Unpin all listed CIDs"));
+    unpinSelectedAction = menu->addAction(tr("Unpin selected"), this, &MainWindow::onUnpinSelected);
+    unpinAllAction = menu->addAction(tr("Unpin all listed CIDs"), this, &MainWindow::onUnpinAll);
+    for (QAction* action : {unpinSelectedAction, unpinAllAction})
+        action->setEnabled(false);
 }
 
 void MainWindow::setupHelpMenu()

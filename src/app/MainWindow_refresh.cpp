@@ -51,6 +51,7 @@ void MainWindow::onContentChanged()
 {
     contentMode = contentCombo->currentData().toString();
     filterCombo->setEnabled(contentMode == ContentMode::pinned);
+    onSelectionChanged(); // in the view of what is not pinned there is nothing to unpin
     triggerRefresh(true);
 }
 
@@ -72,19 +73,25 @@ void MainWindow::triggerRefresh(bool force)
     setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
     notificationLabel->hide();
-    if (showsUnpinned()) {
-        setStatusMessage(tr("Fetching unpinned refs from %1…").arg(client->baseUrl()));
-        client->fetchUnpinned();
-    } else {
-        setStatusMessage(tr("Fetching pins from %1…").arg(client->baseUrl()));
-        client->fetchPins(typeFilter, u"base32"_s, true);
-    }
+    const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
+    setStatusMessage(message.arg(client->baseUrl()));
+    fetchList();
     client->fetchNodeInfo();
+}
+
+void MainWindow::fetchList()
+{
+    if (showsUnpinned())
+        client->fetchUnpinned();
+    else
+        client->fetchPins(typeFilter, u"base32"_s, true);
 }
 
 /// The button's enabled state is the one refresh flag of the program.
 void MainWindow::setRefreshing(bool on)
 {
+    if (on && refreshButton->hasFocus())
+        pinTable->setFocus(); // a disabled button would hand the focus on to whatever stands next to it
     refreshButton->setEnabled(!on);
     refreshButton->setText(on ? tr("⟳  Loading…") : tr("⟳  Refresh"));
 }
@@ -137,6 +144,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     resetStatusLater(loadMessageShown, [](const QString& shown) {
         return shown.contains("pin(s)"_L1) || shown.contains("unpinned CID(s)"_L1);
     });
+    onSelectionChanged();
 }
 
 void MainWindow::onErrorOccurred(const QString& message)

@@ -10,6 +10,7 @@ void makeRowTable(QTableView* table)
     table->setSelectionMode(QAbstractItemView::ExtendedSelection);
     table->setAlternatingRowColors(true);
     table->setShowGrid(false);
+    table->setTabKeyNavigation(false); // Tab leads on to the next control
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(true);

@@ -1,0 +1,91 @@
+#include "LogDialog.h"
+
+#include "DialogSizing.h"
+#include "MainWindow.h"
+
+#include <QPushButton>
+#include <QTextEdit>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int logPointSize = 14;
+
+QTextEdit* newLogView(QWidget* parent)
+{
+    auto* view = new QTextEdit(parent);
+    view->setReadOnly(true);
+    view->setUndoRedoEnabled(false); // else the document keeps a command for every line
+    QFont font(u"Monospace"_s, logPointSize);
+    font.setStyleHint(QFont::Monospace); // where no family has that name
+    view->setFont(font);
+    return view;
+}
+
+} // namespace
+
+LogDialog::LogDialog(MainWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent)
+    : QDialog(parent)
+    , mainWindow(newWindow)
+    , source(newSource)
+    , textEdit(newLogView(this))
+{
+    DialogSizing::attach(this,
+                         {.settingsKey = settingsKey,
+                          .minimumSize = {640, 400},
+                          .preferredSize = {1200, 760},
+                          .maxWidthRatio = 0.9,
+                          .maxHeightRatio = 0.7});
+    auto* clearButton = new QPushButton(tr("Clear"), this);
+    clearButton->setAutoDefault(false); // a stray Enter is not to empty the log
+    connect(clearButton, &QPushButton::clicked, this, &LogDialog::onClearClicked);
+    auto* row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(clearButton);
+    auto* column = new QVBoxLayout(this);
+    column->addWidget(textEdit, 1);
+    column->addLayout(row);
+}
+
+void LogDialog::setPlaceholder(const QString& text)
+{
+    textEdit->setPlaceholderText(text);
+}
+
+void LogDialog::showEvent(QShowEvent* event)
+{
+    refreshLog();
+    if (mainWindow)
+        connect(mainWindow, source.appended, this, &LogDialog::appendLogLine, Qt::UniqueConnection);
+    QDialog::showEvent(event);
+}
+
+void LogDialog::refreshLog()
+{
+    if (!mainWindow)
+        return;
+    textEdit->setPlainText((mainWindow->*source.lines)().join(u'\n'));
+    textEdit->moveCursor(QTextCursor::End);
+    DialogSizing::requestRefit(this);
+}
+
+void LogDialog::appendLogLine(const QString& line)
+{
+    if (line.isEmpty())
+        return;
+    // QTextEdit::append would take a line with a tag in it for markup.
+    QTextCursor end(textEdit->document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
+    textEdit->setTextCursor(end);
+    DialogSizing::requestRefit(this);
+}
+
+void LogDialog::onClearClicked()
+{
+    if (mainWindow)
+        (mainWindow->*source.clear)();
+    textEdit->clear();
+}

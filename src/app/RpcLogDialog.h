@@ -1,0 +1,12 @@
+#pragma once
+
+#include "LogDialog.h"
+
+/// Every request that has left for the node, as it leaves.
+class RpcLogDialog : public LogDialog
+{
+    Q_OBJECT
+
+public:
+    explicit RpcLogDialog(MainWindow* window, QWidget* parent = nullptr);
+};

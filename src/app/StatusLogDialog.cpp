@@ -1,0 +1,13 @@
+#include "StatusLogDialog.h"
+
+#include "MainWindow.h"
+
+using namespace Qt::StringLiterals;
+
+StatusLogDialog::StatusLogDialog(MainWindow* window, QWidget* parent)
+    : LogDialog(window, {&MainWindow::statusLog, &MainWindow::statusLogAppended, &MainWindow::clearStatusLog},
+                u"Dialogs/StatusLogDialog"_s, parent)
+{
+    setWindowTitle(tr("Status Log"));
+    setPlaceholder(tr("No status messages yet."));
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "LogDialog.h"
+
+/// Every status message that the main window has shown.
+class StatusLogDialog : public LogDialog
+{
+    Q_OBJECT
+
+public:
+    explicit StatusLogDialog(MainWindow* window, QWidget* parent = nullptr);
+};
