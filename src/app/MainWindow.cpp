@@ -9,6 +9,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QSettings>
@@ -47,6 +48,7 @@ MainWindow::MainWindow(QWidget* parent)
     , autoRefreshTimer(new QTimer(this))
     , searchDebounceTimer(new QTimer(this))
     , countUpdateTimer(new QTimer(this))
+    , planTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , contentMode(ContentMode::pinned)
     , typeFilter(PinType::recursiveAndDirect)
@@ -122,6 +124,11 @@ void MainWindow::setupTimers()
     countUpdateTimer->setSingleShot(true);
     countUpdateTimer->setInterval(firstCountInterval);
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
+    planTimer->setSingleShot(true);
+    connect(planTimer, &QTimer::timeout, this, [this] {
+        planNextFacts();
+        updateCountLabelsSoon();
+    });
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)
@@ -134,6 +141,7 @@ void MainWindow::onConnectionStatusChanged(bool on)
     setConnectionDotState(ConnectionStatusDot::Disconnected, tr("Disconnected from %1").arg(client->baseUrl()));
     nodeId.clear();
     peerIdLabel->setText(tr("Not connected"));
+    peerIdLabel->setFocusPolicy(Qt::NoFocus);
     peerIdLabel->setCursor(Qt::ArrowCursor);
     peerIdLabel->setToolTip({});
 }
@@ -144,6 +152,7 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
     peerIdLabel->setText(tr("PeerID: %1  |  %2").arg(id, agent));
     peerIdLabel->setToolTip({});
     peerIdLabel->setCursor(Qt::PointingHandCursor);
+    peerIdLabel->setFocusPolicy(Qt::TabFocus); // the space bar copies as a click does
 }
 
 void MainWindow::setConnectionDotState(ConnectionStatusDot::State state, const QString& detail)
@@ -160,7 +169,7 @@ void MainWindow::setConnectionDotState(ConnectionStatusDot::State state, const Q
 
 void MainWindow::setStatusMessage(const QString& text)
 {
-    statusLabel->setText(text);
+    statusLabel->setText(messageForLabel(text));
     const QString line = logTime() + u"  "_s + text;
     statusLogLines.append(line);
     emit statusLogAppended(line);
@@ -176,23 +185,38 @@ void MainWindow::resetStatusLater(std::chrono::milliseconds delay, std::function
 
 void MainWindow::showNotification(const QString& text, bool warning)
 {
-    notificationLabel->setText(warning ? tr("⚠  %1").arg(text) : text);
+    const QString shown = messageForLabel(text);
+    notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
     notificationLabel->show();
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == peerIdLabel && event->type() == QEvent::MouseButtonPress)
-        return copyPeerId(event);
-    return QMainWindow::eventFilter(watched, event);
+    if (watched != peerIdLabel)
+        return QMainWindow::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress: // consumed whatever the button
+        if (static_cast<const QMouseEvent*>(event)->button() == Qt::LeftButton)
+            copyPeerId();
+        return true;
+    case QEvent::KeyPress:
+        if (static_cast<const QKeyEvent*>(event)->key() != Qt::Key_Space)
+            return false;
+        copyPeerId();
+        return true;
+    case QEvent::FocusIn:
+    case QEvent::FocusOut:
+        peerIdLabel->setFrameShape(event->type() == QEvent::FocusIn ? QFrame::Box : QFrame::NoFrame);
+        return false;
+    default:
+        return false;
+    }
 }
 
-/// Consumes every press; the left button copies the peer ID.
-bool MainWindow::copyPeerId(const QEvent* event)
+void MainWindow::copyPeerId()
 {
-    if (static_cast<const QMouseEvent*>(event)->button() == Qt::LeftButton && !nodeId.isEmpty()) {
-        QGuiApplication::clipboard()->setText(nodeId);
-        statusBar()->showMessage(tr("Copied to clipboard"), static_cast<int>(copiedPeerIdShown.count()));
-    }
-    return true;
+    if (nodeId.isEmpty())
+        return;
+    QGuiApplication::clipboard()->setText(nodeId);
+    statusBar()->showMessage(tr("Copied to clipboard"), static_cast<int>(copiedPeerIdShown.count()));
 }

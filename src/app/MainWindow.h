@@ -167,6 +167,8 @@ private:
     bool wantsMetadata() const;
     void planMetadata(const QList<PinEntry>& list);
     void planRefs(const QList<PinEntry>& list);
+    void planNextFacts();
+    void dropPlan();
     void planFacts(const QString& cid);
     void updateCountLabelsSoon();
     void updateCountLabels();
@@ -181,7 +183,7 @@ private:
     /// Goes back to "Ready" after `delay`, if the status shown by then still `isOurs`.
     void resetStatusLater(std::chrono::milliseconds delay, std::function<bool(const QString&)> isOurs);
     void showNotification(const QString& text, bool warning);
-    bool copyPeerId(const QEvent* event);
+    void copyPeerId();
 
     IpfsClient* client;
     PinModel* pinModel;
@@ -189,6 +191,7 @@ private:
     QTimer* autoRefreshTimer;
     QTimer* searchDebounceTimer;
     QTimer* countUpdateTimer;
+    QTimer* planTimer;
     QSettings* settings;
 
     QTableView* pinTable = nullptr;
@@ -230,6 +233,7 @@ private:
     QHash<QString, int> streamCounts;
 
     QSet<QString> refsPending;     ///< recursive pins whose ref count was asked for and has not come
+    int planPosition = 0;          ///< the model's first row whose metadata is not planned yet
     QSet<QString> metadataTargets; ///< CIDs of the list whose size and kind are wanted
     QSet<QString> dagDone;         ///< targets whose size has come, from cache or node
     QSet<QString> kindDone;

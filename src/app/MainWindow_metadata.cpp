@@ -24,6 +24,9 @@ constexpr int refsLimit = 500;
 constexpr int manyTargets = 2500;
 constexpr qint64 directUpdateMs = 1000;
 
+/// CIDs planned in one turn of the event loop.
+constexpr int planSlice = 10'000;
+
 struct UpdateRate
 {
     int belowRows;
@@ -58,15 +61,32 @@ void MainWindow::planMetadata(const QList<PinEntry>& list)
 {
     for (QSet<QString>* set : {&metadataTargets, &dagDone, &kindDone, &metadataDone, &refsPending})
         set->clear();
+    dropPlan();
     if (contentMode == ContentMode::pinned)
         planRefs(list);
     if (!wantsMetadata())
         return;
     metadataTargets.reserve(list.size());
-    for (const PinEntry& pin : list) {
-        if (!pin.cid.isEmpty())
-            planFacts(pin.cid);
+    planNextFacts();
+}
+
+/// A short list is planned at once. A long one takes a turn of the event loop for each slice, since planning hundreds
+/// of thousands of CIDs would hold up the window longer than showing them does.
+void MainWindow::planNextFacts()
+{
+    const int end = std::min(planPosition + planSlice, pinModel->rowCount());
+    for (; planPosition < end; ++planPosition) {
+        if (const QString cid = pinModel->pinAt(planPosition)->cid; !cid.isEmpty())
+            planFacts(cid);
     }
+    if (planPosition < pinModel->rowCount())
+        planTimer->start();
+}
+
+void MainWindow::dropPlan()
+{
+    planTimer->stop();
+    planPosition = 0;
 }
 
 void MainWindow::planRefs(const QList<PinEntry>& list)

@@ -64,10 +64,12 @@ void MainWindow::onFilterChanged()
 
 void MainWindow::triggerRefresh(bool force)
 {
-    if (force)
+    if (force) {
+        dropPlan();
         client->cancelActiveLoading();
-    else if (!refreshButton->isEnabled())
+    } else if (!refreshButton->isEnabled()) {
         return;
+    }
     streamCounts.clear();
     lastCountLabelUpdateMs = 0;
     setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));

@@ -92,7 +92,7 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
 /// Whatever the error was about: the client doesn't tell whose call has failed.
 void IndirectPinsDialog::onErrorOccurred(const QString& message)
 {
-    showPlaceholder(tr("Error:") + u' ' + message);
+    showPlaceholder(tr("Error:") + u' ' + messageForLabel(message));
     table->resizeRowToContents(0); // an address in a message is longer than a line
 }
 

@@ -17,3 +17,10 @@ void setPlainToolTip(QWidget* widget, const QString& text)
     widget->setToolTip(
         Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text);
 }
+
+QString messageForLabel(const QString& text)
+{
+    constexpr qsizetype head = 400;
+    constexpr qsizetype tail = 200;
+    return text.size() <= head + tail ? text : text.first(head) + u" … "_s + text.last(tail);
+}

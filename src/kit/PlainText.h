@@ -8,3 +8,7 @@ class QWidget;
 /// Texts from a node, a file or a person are never markup. These show a text as it stands where Qt would guess.
 QLabel* newPlainLabel(const QString& text, QWidget* parent);
 void setPlainToolTip(QWidget* widget, const QString& text);
+
+/// The middle of a very long message is left out: an error names the address it came from, and an unpin of thousands
+/// has an address of hundreds of kilobytes.
+QString messageForLabel(const QString& text);

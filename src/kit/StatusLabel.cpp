@@ -1,5 +1,7 @@
 #include "StatusLabel.h"
 
+#include "PlainText.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -40,5 +42,5 @@ void StatusLabel::show(const QString& text, const QString& style, bool onLightGr
     ground.setColor(QPalette::Window, failureGround); // dark red can't be read on the dark window
     setPalette(onLightGround ? ground : QPalette());
     setAutoFillBackground(onLightGround);
-    setText(text);
+    setText(messageForLabel(text));
 }
