@@ -1,19 +1,11 @@
-#include "AppSettings.h"
 #include "DemoNode.h"
-#include "Detached.h"
-#include "MainWindow.h"
 #include "PinModel.h"
-#include "TestMain.h"
+#include "WindowTest.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QTableView>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -32,7 +24,7 @@ QByteArray pinLines(int count, const QByteArray& type)
 
 } // namespace
 
-class tst_Annotating : public QObject
+class tst_Annotating : public WindowTest
 {
     Q_OBJECT
 
@@ -48,11 +40,7 @@ private slots:
         node->answer(filesStatPath, FakeAnswer::json(R"({"Type":"directory"})"));
         openAppSettings().clear();
     }
-    void cleanup()
-    {
-        window.reset();
-        QVERIFY(waitForDetached(10s));
-    }
+    void cleanup() { close(); }
 
     void placeholdersTurnIntoValues()
     {
@@ -178,28 +166,7 @@ private:
             return FakeAnswer::json(request.value(u"type"_s) == u"recursive"_s ? recursive : QByteArray());
         });
     }
-    void open(const FakeNode& served)
-    {
-        setting("port"_L1, served.port());
-        window = std::make_unique<MainWindow>();
-        window->show();
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    }
-    static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
-    QStringList cells(int section) const
-    {
-        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
-        QStringList texts;
-        for (int row = 0; row < model->rowCount(); ++row)
-            texts.append(model->index(row, section).data().toString());
-        return texts;
-    }
-    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
-    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString counts() const { return label("countLabel"_L1)->text(); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<MainWindow> window;
 };
 
 NORVO_TEST_MAIN(QApplication, tst_Annotating)

@@ -1,25 +1,17 @@
-#include "AppSettings.h"
 #include "ConnectionStatusDot.h"
-#include "Detached.h"
-#include "FakeNode.h"
 #include "IpfsClient.h"
-#include "MainWindow.h"
 #include "PinModel.h"
-#include "TestMain.h"
+#include "WindowTest.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QStatusBar>
-#include <QTableView>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -36,7 +28,7 @@ QByteArray pinLines(int count)
 
 } // namespace
 
-class tst_Refresh : public QObject
+class tst_Refresh : public WindowTest
 {
     Q_OBJECT
 
@@ -49,14 +41,9 @@ private slots:
         node->answer(path, FakeAnswer::json(pinLines(3)));
         QSettings settings = openAppSettings();
         settings.clear();
-        settings.setValue("port"_L1, node->port());
         settings.setValue("typeFilter"_L1, u"all"_s);
     }
-    void cleanup()
-    {
-        window.reset();
-        QVERIFY(waitForDetached(10s));
-    }
+    void cleanup() { close(); }
 
     void fillsTheTable()
     {
@@ -152,7 +139,7 @@ private slots:
         QTest::qWait(20);
         QCOMPARE(node->count(path), 1); // dropped, not queued
         node->answer(path, FakeAnswer::json(pinLines(2)));
-        combo("Filter: "_L1)->setCurrentIndex(2);
+        field<QComboBox>("Filter:"_L1)->setCurrentIndex(2);
         QVERIFY(waitForRows(2));
         QCOMPARE(node->requests(path).constLast().value(u"type"_s), u"recursive"_s);
         QTRY_COMPARE(node->openNow(path), 0);
@@ -248,34 +235,8 @@ private slots:
     }
 
 private:
-    void open()
-    {
-        window = std::make_unique<MainWindow>();
-        window->show();
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-    }
-    static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
-    QTableView* table() const { return window->findChild<QTableView*>(); }
-    int rows() const { return table()->model()->rowCount(); }
-    bool waitForRows(int count)
-    {
-        return QTest::qWaitFor([&] { return rows() == count && refreshButton()->isEnabled(); }, 20'000);
-    }
-    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
-    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
-    QString status() const { return label("statusLabel"_L1)->text(); }
+    void open() { WindowTest::open(*node); }
     QString dotTip() const { return window->findChild<ConnectionStatusDot*>()->toolTip(); }
-    QComboBox* combo(QLatin1StringView caption) const
-    {
-        for (const auto* text : window->findChildren<QLabel*>()) {
-            if (text->text().trimmed() == QString(caption).trimmed())
-                return qobject_cast<QComboBox*>(text->buddy());
-        }
-        return nullptr;
-    }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<MainWindow> window;
 };
 
 NORVO_TEST_MAIN(QApplication, tst_Refresh)

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "AppSettings.h"
+#include "Detached.h"
+#include "FakeNode.h"
+#include "MainWindow.h"
+#include "TestMain.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QTableView>
+
+#include <chrono>
+#include <memory>
+
+/// What the tests of the real window have in common. The members are in the order of their lives.
+class WindowTest : public QObject
+{
+protected:
+    /// Shows a window that asks `served`.
+    void open(const FakeNode& served)
+    {
+        setting(QLatin1StringView("port"), served.port());
+        window = std::make_unique<MainWindow>();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+    void close()
+    {
+        window.reset();
+        QVERIFY(waitForDetached(std::chrono::seconds(10)));
+    }
+    static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
+
+    QTableView* table() const { return window->findChild<QTableView*>(); }
+    int rows() const { return table()->model()->rowCount(); }
+    QStringList cells(int section) const
+    {
+        QStringList texts;
+        for (int row = 0; row < rows(); ++row)
+            texts.append(table()->model()->index(row, section).data().toString());
+        return texts;
+    }
+    bool waitForRows(int count) const
+    {
+        return QTest::qWaitFor([&] { return rows() == count && refreshButton()->isEnabled(); }, 20'000);
+    }
+    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(QStringLiteral("refreshBtn")); }
+    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
+    QString status() const { return label(QLatin1StringView("statusLabel"))->text(); }
+    /// The field behind a caption of the tool bar.
+    template <typename Field> Field* field(QLatin1StringView caption) const
+    {
+        for (const auto* text : window->findChildren<QLabel*>()) {
+            if (text->text().trimmed() == caption)
+                return qobject_cast<Field*>(text->buddy());
+        }
+        return nullptr;
+    }
+
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<MainWindow> window;
+};
