@@ -1,0 +1,320 @@
+#include "DemoNode.h"
+#include "IndirectPinsDialog.h"
+#include "LogDialog.h"
+#include "ModalAnswer.h"
+#include "PinContentsDialog.h"
+#include "PinModel.h"
+#include "SplitActionButton.h"
+#include "WindowTest.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QRadioButton>
+#include <QTextEdit>
+
+using namespace Qt::StringLiterals;
+
+/// Rows: "r1" and "r2" recursive, "d" direct, as the table sorts them by CID.
+class tst_Table : public WindowTest
+{
+    Q_OBJECT
+
+public slots:
+    void catchUrl(const QUrl& url) { opened.append(url.toString()); }
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        openAppSettings().clear();
+        setting("loadMetadata"_L1, false);
+        setting("typeFilter"_L1, u"all"_s);
+        node = std::make_unique<FakeNode>();
+        node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/refs", FakeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
+        node->answer("/refs/local", FakeAnswer::json("{\"Ref\":\"bafyloose\"}\n{\"Ref\":\"bafyother\"}\n"));
+        node->answer("/ls", FakeAnswer::json(R"({"Objects":[{"Links":[{"Name":"a.txt","Hash":"h","Type":2}]}]})"));
+        node->answer(
+            "/pin/ls",
+            FakeAnswer::json("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
+                             "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
+        for (const QString& scheme : {u"http"_s, u"https"_s})
+            QDesktopServices::setUrlHandler(scheme, this, "catchUrl");
+        opened.clear();
+        QGuiApplication::clipboard()->setText(u"before"_s);
+    }
+    void cleanup()
+    {
+        close();
+        for (const QString& scheme : {u"http"_s, u"https"_s})
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+
+    void contextMenus_data()
+    {
+        QTest::addColumn<bool>("pinned");
+        QTest::addColumn<QStringList>("selected");
+        QTest::addColumn<QString>("under"); // the pointer
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<QStringList>("selectedThen");
+        const QStringList always {u"Copy CID"_s, u"(Open via IPNS...)"_s, u"Open from gateway"_s, u"Open from local"_s};
+        const QStringList pin = QStringList {u"(Publish to IPNS...)"_s, u"Unpin"_s, u"-"_s} + always;
+        const QStringList recursive = QStringList {u"Show indirect pins"_s, u"List files / Export…"_s, u"-"_s} + pin;
+        QTest::newRow("recursive") << true << QStringList() << u"r1"_s << recursive << QStringList(u"r1"_s);
+        QTest::newRow("direct") << true << QStringList(u"d"_s) << u"d"_s << pin << QStringList(u"d"_s);
+        QTest::newRow("inside a selection of several") << true << QStringList({u"d"_s, u"r2"_s}) << u"r2"_s
+                                                       << QStringList(u"Unpin"_s) << QStringList({u"d"_s, u"r2"_s});
+        QTest::newRow("outside a selection of several")
+            << true << QStringList({u"d"_s, u"r2"_s}) << u"r1"_s << recursive << QStringList(u"r1"_s);
+        QTest::newRow("not pinned, several selected") << false << QStringList({u"bafyloose"_s, u"bafyother"_s})
+                                                      << u"bafyother"_s << always << QStringList(u"bafyother"_s);
+        QTest::newRow("empty space") << true << QStringList(u"d"_s) << u""_s << QStringList() << QStringList(u"d"_s);
+    }
+    void contextMenus()
+    {
+        QFETCH(const bool, pinned);
+        QFETCH(const QStringList, selected);
+        QFETCH(const QString, under);
+        QFETCH(const QStringList, entries);
+        QFETCH(const QStringList, selectedThen);
+        if (!pinned)
+            setting("contentMode"_L1, u"unpinned"_s);
+        open(*node);
+        QVERIFY(waitForRows(pinned ? 3 : 2));
+        select(selected);
+        const MenuAnswer menu;
+        rightClick(under);
+        QCOMPARE(menu.entries, entries);
+        QStringList now = selectedCids();
+        now.sort();
+        QCOMPARE(now, selectedThen);
+    }
+
+    void copying()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        trigger(u"Copy CID"_s); // nothing is selected
+        QCOMPARE(clipboard(), u"before"_s);
+        select({u"r2"_s, u"d"_s, u"r1"_s});
+        QTest::keySequence(window.get(), QKeySequence::Copy);
+        QCOMPARE(clipboard(), u"r2\nd\nr1"_s);
+        QCOMPARE(status(), u"3 CID(s) copied to clipboard"_s);
+        select({u"d"_s});
+        doubleClick(u"d"_s);
+        QCOMPARE(clipboard(), u"d"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(status(), u"Ready"_s, 10'000);
+    }
+
+    void opening()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        trigger(u"Open from gateway"_s);
+        QCOMPARE(opened, QStringList());
+        select({u"d"_s, u"r1"_s}); // the first one counts
+        trigger(u"Open from gateway"_s);
+        QCOMPARE(status(), u"Opening d in browser…"_s);
+        trigger(u"Open from local"_s);
+        QCOMPARE(status(), u"Opening d from local gateway…"_s);
+        QCOMPARE(opened, QStringList({u"https://ipfs.io/ipfs/d"_s, u"http://127.0.0.1:8080/ipfs/d"_s}));
+    }
+
+    void whatLiesUnderAPin()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        for (int count = 1; count < 3; ++count) { // each time a new one
+            doubleClick(u"r1"_s);
+            QCOMPARE(window->findChildren<IndirectPinsDialog*>().size(), count);
+        }
+        const MenuAnswer menu(u"List files / Export…"_s);
+        rightClick(u"r1"_s);
+        auto* contents = window->findChild<PinContentsDialog*>();
+        QVERIFY(contents && contents->isVisible());
+        QTRY_VERIFY(contents->findChild<QPushButton*>()->isEnabled());
+        contents->close();
+        QTRY_VERIFY(!window->findChild<PinContentsDialog*>());
+    }
+
+    void actionsFollowTheSelection()
+    {
+        node->answer("/pin/ls", FakeAnswer::hold());
+        open(*node);
+        QTRY_COMPARE(node->heldCount("/pin/ls"), 1);
+        const auto enabled = [this] { return QList<bool> {selectedEnabled(), allEnabled()}; };
+        QCOMPARE(enabled(), QList<bool>({false, false}));
+        node->release("/pin/ls", FakeAnswer::json("{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
+        QVERIFY(waitForRows(1));
+        QCOMPARE(enabled(), QList<bool>({false, true}));
+        select({u"d"_s});
+        QCOMPARE(enabled(), QList<bool>({true, true}));
+        field<QComboBox>("Content:"_L1)->setCurrentIndex(1);
+        QCOMPARE(enabled(), QList<bool>({false, false}));
+    }
+
+    void aFailedUnpinIsTold()
+    {
+        node->answer("/cid/format", FakeAnswer::error("no"));
+        node->answer("/pin/rm", FakeAnswer::error("pin is locked"));
+        open(*node);
+        QVERIFY(waitForRows(3));
+        node->clearRequests();
+        field<QLineEdit>("Search:"_L1)->setText(u"r2"_s);
+        QTRY_COMPARE(rows(), 1);
+        trigger(u"Unpin all listed CIDs"_s); // what the search hides is listed as well
+        QTRY_VERIFY(status().startsWith(u"Error: Unpin failed: "_s));
+        QCOMPARE(node->requests("/pin/rm").constFirst().values(u"arg"_s), QStringList({u"r1"_s, u"r2"_s, u"d"_s}));
+        QVERIFY(window->statusLog().filter(u"Unpinned"_s).isEmpty());
+        QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
+        QTRY_COMPARE_WITH_TIMEOUT(status(), u"Ready"_s, 20'000);
+    }
+
+    void toolWindows()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        QPointer<LogDialog> log = openLog(u"RPC log"_s, false);
+        QVERIFY(log && log->isVisible());
+        QVERIFY(log->parentWidget() == window.get() && !log->isModal());
+        log->resize(700, 500);
+        QCOMPARE(openLog(u"RPC log"_s, true), log); // moves over
+        QVERIFY(!log->parentWidget() && log->isVisible());
+        QCOMPARE(log->windowFlags() & Qt::WindowType_Mask, Qt::Window);
+        QCOMPARE(log->size(), QSize(700, 500));
+        log->close();
+        QTRY_VERIFY(!log);
+        log = openLog(u"RPC log"_s, true);
+        QVERIFY(log);
+        close(); // it goes with what it shows, though it is no child
+        QVERIFY(!log);
+    }
+
+    /// Start, search, sort, copy, unpin, see the list anew, read both logs, look at what is not pinned, and come back.
+    void aPersonsRoundTrip()
+    {
+        const DemoNode demo({.port = 0, .pins = 30});
+        setting("typeFilter"_L1, u"recursive+direct"_s);
+        open(demo);
+        QVERIFY(waitForRows(30));
+        auto* search = field<QLineEdit>("Search:"_L1);
+        search->setText(u"bafybeigu66"_s);
+        QTRY_COMPARE(cells(PinModel::NameColumn), QStringList(u"notes"_s));
+        for (auto* radio : window->findChildren<QRadioButton*>()) {
+            if (radio->text() == u"Name"_s)
+                radio->click();
+        }
+        search->setText(u"PHOTO"_s);
+        QTRY_COMPARE(rows(), 2);
+        search->clear();
+        QTRY_COMPARE(rows(), 30);
+        table()->sortByColumn(PinModel::NameColumn, Qt::DescendingOrder);
+        QCOMPARE(cells(PinModel::NameColumn).constFirst(), u"talk-recording.ogg"_s);
+
+        const QStringList victims = cidsNamed({u"docs (first version)"_s, u"notes"_s, u"hello.txt"_s});
+        select(victims);
+        QTest::keySequence(window.get(), QKeySequence::Copy);
+        QCOMPARE(clipboard(), victims.join(u'\n'));
+        const MenuAnswer menu(u"Unpin"_s);
+        rightClick(victims.constLast());
+        QCOMPARE(menu.entries, QStringList(u"Unpin"_s));
+        QTRY_COMPARE(label("notification"_L1)->text(), u"Unpinned 3 CID(s). Refreshing list…"_s);
+        QVERIFY(waitForRows(27));
+        QCOMPARE(demo.allPins().size(), 27);
+        QVERIFY(cidsNamed({u"notes"_s}).isEmpty());
+
+        const QString rpcLog = openLog(u"RPC log"_s, false)->findChild<QTextEdit*>()->toPlainText();
+        QVERIFY(rpcLog.contains(u"/api/v0/cid/format?arg="_s) && rpcLog.contains(u"/api/v0/pin/rm?arg="_s));
+        auto* statusLog = openLog(u"Status log"_s, true)->findChild<QTextEdit*>();
+        QVERIFY(statusLog->toPlainText().contains(u"  Unpinned 3 CID(s)\n"_s));
+
+        field<QComboBox>("Content:"_L1)->setCurrentIndex(1);
+        QTRY_VERIFY_WITH_TIMEOUT(status().startsWith(u"Loaded "_s) && status().contains(u"unpinned CID(s)"_s), 20'000);
+        QVERIFY(rows() > 0);
+        field<QComboBox>("Content:"_L1)->setCurrentIndex(0);
+        field<QComboBox>("Filter:"_L1)->setCurrentIndex(2); // while the list is loading: recursive pins alone
+        QVERIFY(waitForRows(24));
+        QCOMPARE(cells(PinModel::TypeColumn), QStringList(24, u"recursive"_s));
+        QVERIFY(statusLog->toPlainText().contains(u"  Loaded 24 pin(s) — "_s));
+        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
+    }
+
+private:
+    static QString clipboard() { return QGuiApplication::clipboard()->text(); }
+    QModelIndex indexOf(const QString& cid) const
+    {
+        return table()->model()->index(static_cast<int>(cells(PinModel::CidColumn).indexOf(cid)), 0);
+    }
+    void select(const QStringList& cids) const
+    {
+        table()->clearSelection();
+        for (const QString& cid : cids)
+            table()->selectionModel()->select(indexOf(cid), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    QStringList selectedCids() const
+    {
+        QStringList cids;
+        for (const QModelIndex& index : table()->selectionModel()->selectedRows())
+            cids.append(index.data().toString());
+        return cids;
+    }
+    QStringList cidsNamed(const QStringList& names) const
+    {
+        QStringList cids;
+        for (int row = 0; row < rows(); ++row) {
+            if (names.contains(cells(PinModel::NameColumn).at(row)))
+                cids.append(cells(PinModel::CidColumn).at(row));
+        }
+        return cids;
+    }
+    /// Empty space for an empty text.
+    QPoint placeOf(const QString& cid) const
+    {
+        if (cid.isEmpty())
+            return {20, table()->viewport()->height() - 4};
+        table()->scrollTo(indexOf(cid));
+        return table()->visualRect(indexOf(cid)).center();
+    }
+    void rightClick(const QString& cid) const { emit table()->customContextMenuRequested(placeOf(cid)); }
+    void doubleClick(const QString& cid) const
+    {
+        QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
+        QTest::mouseDClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
+    }
+    QAction* action(const QString& text) const
+    {
+        for (auto* candidate : window->menuBar()->findChildren<QAction*>()) {
+            if (candidate->text().remove(u'&') == text)
+                return candidate;
+        }
+        return nullptr;
+    }
+    void trigger(const QString& text) const { action(text)->trigger(); }
+    bool selectedEnabled() const { return action(u"Unpin selected"_s)->isEnabled(); }
+    bool allEnabled() const { return action(u"Unpin all listed CIDs"_s)->isEnabled(); }
+    /// By a button's first half, or by its second one.
+    LogDialog* openLog(const QString& caption, bool inNewWindow) const
+    {
+        for (auto* button : window->findChildren<SplitActionButton*>()) {
+            auto* first = button->findChild<QPushButton*>(u"actionBtn"_s);
+            if (first->text() == caption)
+                (inNewWindow ? button->findChild<QPushButton*>(u"actionBtnSecondary"_s) : first)->click();
+        }
+        const bool rpc = caption == u"RPC log"_s;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            auto* log = qobject_cast<LogDialog*>(widget);
+            if (log && log->windowTitle().contains(u"RPC"_s) == rpc)
+                return log;
+        }
+        return nullptr;
+    }
+
+    QStringList opened;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_Table)
+#include "tst_table.moc"
