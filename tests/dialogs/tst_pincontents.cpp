@@ -79,7 +79,7 @@ private slots:
         client->setEndpoint(u"127.0.0.1"_s, node->port());
         folder = std::make_unique<QTemporaryDir>();
         setKind("directory");
-        node->route("/cat", [this](const FakeRequest& request) { return cat(request.value(u"arg"_s)); });
+        node->route("/cat", [](const FakeRequest& request) { return cat(request.value(u"arg"_s)); });
         haveListings({{root, {folderEntry(u"docs"_s, u"docs"_s), fileEntry(u"a.txt"_s, u"a"_s)}},
                       {u"docs"_s, {fileEntry(u"b.txt"_s, u"b"_s), folderEntry(u"deep"_s, u"deep"_s)}},
                       {u"deep"_s, {fileEntry(u"c.txt"_s, u"c"_s, 2048)}}});
@@ -287,7 +287,7 @@ private slots:
         QFETCH(const FakeAnswer, answer);
         QVERIFY(QDir(folder->path()).mkpath(u"taken"_s));
         served[root].prepend(fileEntry(name, u"bad"_s));
-        node->route("/cat", [this, answer](const FakeRequest& request) {
+        node->route("/cat", [answer](const FakeRequest& request) {
             const QString cid = request.value(u"arg"_s);
             return cid == u"bad"_s ? answer : cat(cid);
         });
