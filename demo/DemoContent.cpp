@@ -9,6 +9,8 @@ namespace {
 enum UnixFsType : quint8 { UnixFsFile = 2, UnixFsDirectory = 1, UnixFsSymlink = 4 };
 
 constexpr qsizetype photoChunk = 4096;
+constexpr int treeFolderSize = 100;
+constexpr int firstTreeNote = 1'000'000'000; // far from the notes that are pins themselves
 
 void appendVarint(QByteArray& out, quint64 value)
 {
@@ -246,4 +248,16 @@ QList<DemoPin> demoPins(DemoStore& store, int count)
         pins.append(notePin(store, number));
     pins.resize(std::min<qsizetype>(pins.size(), count));
     return pins;
+}
+
+DemoPin bigTreePin(DemoStore& store, int entries)
+{
+    QList<DemoLink> folders;
+    for (int first = 0; first < entries; first += treeFolderSize) {
+        QList<DemoLink> files;
+        for (int i = first; i < std::min(first + treeFolderSize, entries); ++i)
+            files.append(store.link(numbered("note-%06d.txt", i), store.addNote(firstTreeNote + i)));
+        folders.append(store.link(numbered("folder-%05d", first / treeFolderSize), store.addDirectory(files)));
+    }
+    return {.cid = store.addDirectory(folders), .name = u"big tree"_s};
 }

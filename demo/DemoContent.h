@@ -72,3 +72,6 @@ struct DemoPin
 
 /// A small believable set of pins with what lies under them, and numbered notes up to `count` pins in all.
 QList<DemoPin> demoPins(DemoStore& store, int count);
+
+/// A pin named "big tree": `entries` small numbered files, a hundred in a folder.
+DemoPin bigTreePin(DemoStore& store, int entries);

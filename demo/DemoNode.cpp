@@ -70,6 +70,8 @@ DemoNode::DemoNode(const DemoOptions& newOptions, QObject* parent)
 {
     for (int i = 1; i <= options.looseBlocks; ++i)
         store.addNote(-i);
+    if (options.treeEntries > 0)
+        pins.append(bigTreePin(store, options.treeEntries));
     listen(options.port);
     keepRequests(false);
     for (const QString& type : {u"recursive"_s, u"direct"_s})

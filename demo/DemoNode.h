@@ -11,6 +11,7 @@ struct DemoOptions
     quint16 port = 5001;
     int pins = 10;
     int looseBlocks = 0; ///< small blocks that no pin accounts for, besides a few that are always there
+    int treeEntries = 0; ///< files under one more pin, named "big tree"; 0 for no such pin
     int chunkBytes = 0;  ///< size of a list's chunks; 0 sends each line by itself, as a node does
     std::chrono::milliseconds chunkPause {0};
     std::chrono::milliseconds latency {0}; ///< before each answer

@@ -25,14 +25,16 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
     const auto port = numberOf(parser, u"port"_s, 65535);
     const auto pins = numberOf(parser, u"pins"_s, 10'000'000);
     const auto loose = numberOf(parser, u"loose-blocks"_s, 10'000'000);
+    const auto tree = numberOf(parser, u"tree"_s, 10'000'000);
     const auto chunk = numberOf(parser, u"chunk-bytes"_s, 64 * 1024 * 1024);
     const auto pause = numberOf(parser, u"pause"_s, 600'000);
     const auto latency = numberOf(parser, u"latency"_s, 600'000);
-    if (!port || !pins || !loose || !chunk || !pause || !latency)
+    if (!port || !pins || !loose || !tree || !chunk || !pause || !latency)
         return std::nullopt;
     return DemoOptions {.port = static_cast<quint16>(*port),
                         .pins = *pins,
                         .looseBlocks = *loose,
+                        .treeEntries = *tree,
                         .chunkBytes = *chunk,
                         .chunkPause = std::chrono::milliseconds(*pause),
                         .latency = std::chrono::milliseconds(*latency)};
@@ -50,6 +52,7 @@ int main(int argc, char* argv[])
     parser.addOptions({{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
                        {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},
                        {u"loose-blocks"_s, u"Number of blocks without a pin."_s, u"number"_s, u"0"_s},
+                       {u"tree"_s, u"Number of files under one more pin."_s, u"number"_s, u"0"_s},
                        {u"chunk-bytes"_s, u"Size of a list's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s},
                        {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
                        {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s}});

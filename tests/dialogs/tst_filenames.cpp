@@ -1,4 +1,5 @@
 #include "FileNames.h"
+#include "FileWriter.h"
 #include "TestMain.h"
 
 #include <QDir>
@@ -6,6 +7,11 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -58,6 +64,36 @@ private:
     const QStringList pieces = hostilePieces();
     QRandomGenerator random {20240611};
 };
+
+#ifdef Q_OS_UNIX
+/// While it lives no file can grow beyond `bytes`, which stands for a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit {.rlim_cur = bytes, .rlim_max = before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
+
+private:
+    rlimit before {};
+};
+#endif
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+QStringList entriesOf(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden);
+}
 
 bool isSafeName(const QString& name)
 {
@@ -143,11 +179,9 @@ private slots:
             if (file.open(QIODevice::WriteOnly))
                 file.write("x");
         }
-        QVERIFY(folder.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden).size() > 100);
-        QCOMPARE(QDir(outside.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
-                 QStringList {u"in"_s});
-        QCOMPARE(QDir(outside.filePath(u"in"_s)).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
-                 QStringList {u"side"_s});
+        QVERIFY(entriesOf(folder.path()).size() > 100);
+        QCOMPARE(entriesOf(outside.path()), QStringList {u"in"_s});
+        QCOMPARE(entriesOf(outside.filePath(u"in"_s)), QStringList {u"side"_s});
     }
 
     void deviceNames()
@@ -203,6 +237,51 @@ private slots:
     {
         QFETCH(const QByteArray, bytes);
         QTEST(suffixOf(bytes), "suffix");
+    }
+
+    void files_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("ordinary") << u"a.txt"_s << true;
+        QTest::newRow("longest name") << QString(255, u'n') << true;
+        QTest::newRow("just room for a suffix") << QString(248, u'n') << true;
+        QTest::newRow("too long") << QString(256, u'n') << false;
+        QTest::newRow("in a folder that is not there") << u"no/a.txt"_s << false;
+    }
+    void files()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const bool, ok);
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(name);
+        for (const QByteArray& data : {QByteArray(5000, 'x'), QByteArray("short\0er", 8), QByteArray()}) {
+            const WriteResult result = writeFile(path, data);
+            QVERIFY2(result.ok == ok, qPrintable(result.message));
+            QCOMPARE(result.message.isEmpty(), ok);
+            QCOMPARE(contentOf(path), ok ? data : QByteArray("unreadable"));
+        }
+        QCOMPARE(entriesOf(folder.path()).size(), ok ? 1 : 0);
+    }
+
+    void aFileThatDoesNotFitLeavesNothing()
+    {
+#ifdef Q_OS_UNIX
+        constexpr int room = 1024 * 1024;
+        const FileSizeLimit limit(room);
+        for (const QString& name : {u"a.txt"_s, QString(255, u'n')}) {
+            const QTemporaryDir folder;
+            const QString path = folder.filePath(name);
+            QCOMPARE(writeFile(path, QByteArray(room + 1, 'x')).message, u"Failed to write "_s + name);
+            QCOMPARE(entriesOf(folder.path()), QStringList());
+            QVERIFY(writeFile(path, "before").ok);
+            QCOMPARE(writeFile(path, QByteArray(room + 1, 'x')).message, u"Failed to write "_s + name);
+            QCOMPARE(contentOf(path), "before");
+            QCOMPARE(entriesOf(folder.path()), QStringList {name});
+        }
+#else
+        QSKIP("no limit can be set here");
+#endif
     }
 };
 
