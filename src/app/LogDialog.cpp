@@ -1,9 +1,11 @@
 #include "LogDialog.h"
 
 #include "DialogSizing.h"
+#include "LogLayout.h"
 #include "MainWindow.h"
 
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -21,7 +23,19 @@ QTextEdit* newLogView(QWidget* parent)
     QFont font(u"Monospace"_s, logPointSize);
     font.setStyleHint(QFont::Monospace); // where no family has that name
     view->setFont(font);
+    // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
+    view->setLineWrapMode(QTextEdit::NoWrap);
+    view->document()->setDocumentLayout(new LogLayout(view->document()));
     return view;
+}
+
+/// Moves down to the last line and leaves the columns in view as they are.
+void followEnd(QTextEdit* view)
+{
+    const int left = view->horizontalScrollBar()->value();
+    view->moveCursor(QTextCursor::End);
+    view->horizontalScrollBar()->setValue(left);
+    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
 }
 
 } // namespace
@@ -67,7 +81,7 @@ void LogDialog::refreshLog()
     if (!mainWindow)
         return;
     textEdit->setPlainText((mainWindow->*source.lines)().join(u'\n'));
-    textEdit->moveCursor(QTextCursor::End);
+    followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
 
@@ -79,7 +93,7 @@ void LogDialog::appendLogLine(const QString& line)
     QTextCursor end(textEdit->document());
     end.movePosition(QTextCursor::End);
     end.insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
-    textEdit->setTextCursor(end);
+    followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
 
