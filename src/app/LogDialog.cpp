@@ -29,11 +29,18 @@ QTextEdit* newLogView(QWidget* parent)
     return view;
 }
 
+QTextCursor endOf(const QTextEdit* view)
+{
+    QTextCursor cursor(view->document());
+    cursor.movePosition(QTextCursor::End);
+    return cursor;
+}
+
 /// Moves down to the last line and leaves the columns in view as they are.
 void followEnd(QTextEdit* view)
 {
     const int left = view->horizontalScrollBar()->value();
-    view->moveCursor(QTextCursor::End);
+    view->setTextCursor(endOf(view));
     view->horizontalScrollBar()->setValue(left);
     view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
 }
@@ -80,7 +87,8 @@ void LogDialog::refreshLog()
 {
     if (!mainWindow)
         return;
-    textEdit->setPlainText((mainWindow->*source.lines)().join(u'\n'));
+    // The document's own; the view's goes over all lines a second time.
+    textEdit->document()->setPlainText((mainWindow->*source.lines)().join(u'\n'));
     followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
@@ -90,9 +98,7 @@ void LogDialog::appendLogLine(const QString& line)
     if (line.isEmpty())
         return;
     // QTextEdit::append would take a line with a tag in it for markup.
-    QTextCursor end(textEdit->document());
-    end.movePosition(QTextCursor::End);
-    end.insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
+    endOf(textEdit).insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
     followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }

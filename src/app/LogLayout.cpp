@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr char16_t lastNarrowLetter = 0x24f;
+constexpr qreal everything = 1e9; // pixels, as Qt's own layouts have it
 
 /// How many letters of a fixed pitch the text is wide, at the most: what is not Latin may take two.
 qsizetype cellsOf(const QString& text)
@@ -80,10 +81,11 @@ void LogLayout::draw(QPainter* painter, const PaintContext& context)
 int LogLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
 {
     const QTextBlock block = document()->findBlockByNumber(lineAt(point.y()));
-    QTextLayout layout(block.text(), document()->defaultFont(), paintDevice());
-    shape(layout);
+    QTextLayout* layout = block.layout(); // stays shaped: words are selected by the line that a block has
+    if (layout->lineCount() == 0)
+        shape(*layout);
     const QPointF inBlock = point - blockBoundingRect(block).topLeft();
-    const QTextLine line = layout.lineAt(0);
+    const QTextLine line = layout->lineAt(0);
     if (accuracy == Qt::ExactHit && !line.naturalTextRect().contains(inBlock))
         return -1;
     return block.position() + line.xToCursor(inBlock.x());
@@ -116,7 +118,7 @@ QRectF LogLayout::blockBoundingRect(const QTextBlock& block) const
 void LogLayout::widenFor(QTextBlock block)
 {
     mostCells = std::max(mostCells, cellsOf(block.text()));
-    block.clearLayout(); // one that a cursor has asked for
+    block.clearLayout(); // a cursor made one when it stood here
 }
 
 /// An append looks at what has come; any other change looks at all lines.
@@ -127,8 +129,9 @@ void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
         measureFont();
         mostCells = 0;
     }
-    for (QTextBlock block = document()->findBlock(append ? from : 0); block.isValid(); block = block.next())
+    const QTextBlock first = document()->findBlock(append ? from : 0);
+    for (QTextBlock block = first; block.isValid(); block = block.next())
         widenFor(block);
     emit documentSizeChanged(documentSize());
-    emit update();
+    emit update({0, blockBoundingRect(first).top(), everything, everything});
 }
