@@ -1,9 +1,11 @@
 #include "LogDialog.h"
 
 #include "DialogSizing.h"
+#include "LogLayout.h"
 #include "MainWindow.h"
 
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <QVBoxLayout>
 
@@ -21,7 +23,26 @@ QTextEdit* newLogView(QWidget* parent)
     QFont font(u"Monospace"_s, logPointSize);
     font.setStyleHint(QFont::Monospace); // where no family has that name
     view->setFont(font);
+    // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
+    view->setLineWrapMode(QTextEdit::NoWrap);
+    view->document()->setDocumentLayout(new LogLayout(view->document()));
     return view;
+}
+
+QTextCursor endOf(const QTextEdit* view)
+{
+    QTextCursor cursor(view->document());
+    cursor.movePosition(QTextCursor::End);
+    return cursor;
+}
+
+/// Moves down to the last line and leaves the columns in view as they are.
+void followEnd(QTextEdit* view)
+{
+    const int left = view->horizontalScrollBar()->value();
+    view->setTextCursor(endOf(view));
+    view->horizontalScrollBar()->setValue(left);
+    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
 }
 
 } // namespace
@@ -66,8 +87,9 @@ void LogDialog::refreshLog()
 {
     if (!mainWindow)
         return;
-    textEdit->setPlainText((mainWindow->*source.lines)().join(u'\n'));
-    textEdit->moveCursor(QTextCursor::End);
+    // The document's own; the view's goes over all lines a second time.
+    textEdit->document()->setPlainText((mainWindow->*source.lines)().join(u'\n'));
+    followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
 
@@ -76,10 +98,8 @@ void LogDialog::appendLogLine(const QString& line)
     if (line.isEmpty())
         return;
     // QTextEdit::append would take a line with a tag in it for markup.
-    QTextCursor end(textEdit->document());
-    end.movePosition(QTextCursor::End);
-    end.insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
-    textEdit->setTextCursor(end);
+    endOf(textEdit).insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
+    followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
 

@@ -1,0 +1,137 @@
+#include "LogLayout.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char16_t lastNarrowLetter = 0x24f;
+constexpr qreal everything = 1e9; // pixels, as Qt's own layouts have it
+
+/// How many letters of a fixed pitch the text is wide, at the most: what is not Latin may take two.
+qsizetype cellsOf(const QString& text)
+{
+    return text.size() + std::ranges::count_if(text, [](QChar c) { return c.unicode() > lastNarrowLetter; });
+}
+
+/// The parts of the selections that lie in `block`.
+QList<QTextLayout::FormatRange> selectionsIn(const QTextBlock& block,
+                                             const QList<QAbstractTextDocumentLayout::Selection>& selections)
+{
+    QList<QTextLayout::FormatRange> ranges;
+    for (const auto& selection : selections) {
+        const int start = std::max(selection.cursor.selectionStart() - block.position(), 0);
+        const int end = std::min(selection.cursor.selectionEnd() - block.position(), block.length() - 1);
+        if (start < end)
+            ranges.append({.start = start, .length = end - start, .format = selection.format});
+    }
+    return ranges;
+}
+
+} // namespace
+
+LogLayout::LogLayout(QTextDocument* document)
+    : QAbstractTextDocumentLayout(document)
+{
+    setProperty("contentHasAlignment", false); // tells the view that its width changes nothing
+    measureFont();
+}
+
+void LogLayout::measureFont()
+{
+    const QFontMetricsF metrics(document()->defaultFont(), paintDevice());
+    lineHeight = std::ceil(metrics.lineSpacing());
+    cellWidth = metrics.horizontalAdvance(u'W');
+}
+
+void LogLayout::shape(QTextLayout& layout) const
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::NoWrap);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+}
+
+void LogLayout::draw(QPainter* painter, const PaintContext& context)
+{
+    const QRectF clip = context.clip.isValid() ? context.clip : QRectF({}, documentSize());
+    const int last = lineAt(clip.bottom());
+    painter->setPen(context.palette.color(QPalette::Text));
+    QTextBlock block = document()->findBlockByNumber(lineAt(clip.top()));
+    for (; block.isValid() && block.blockNumber() <= last; block = block.next()) {
+        QTextLayout layout(block.text(), document()->defaultFont(), paintDevice());
+        shape(layout);
+        painter->save();
+        painter->translate(blockBoundingRect(block).topLeft()); // a layout's own numbers end at 33 million pixels
+        layout.draw(painter, {}, selectionsIn(block, context.selections));
+        painter->restore();
+    }
+}
+
+int LogLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
+{
+    const QTextBlock block = document()->findBlockByNumber(lineAt(point.y()));
+    QTextLayout* layout = block.layout(); // stays shaped: words are selected by the line that a block has
+    if (layout->lineCount() == 0)
+        shape(*layout);
+    const QPointF inBlock = point - blockBoundingRect(block).topLeft();
+    const QTextLine line = layout->lineAt(0);
+    if (accuracy == Qt::ExactHit && !line.naturalTextRect().contains(inBlock))
+        return -1;
+    return block.position() + line.xToCursor(inBlock.x());
+}
+
+/// Of the line nearest to `y`.
+int LogLayout::lineAt(qreal y) const
+{
+    const qreal line = std::floor((y - document()->documentMargin()) / lineHeight);
+    return static_cast<int>(std::clamp(line, 0.0, static_cast<qreal>(document()->blockCount() - 1)));
+}
+
+QSizeF LogLayout::documentSize() const
+{
+    const qreal margins = 2 * document()->documentMargin();
+    return {static_cast<qreal>(mostCells) * cellWidth + margins, document()->blockCount() * lineHeight + margins};
+}
+
+QRectF LogLayout::frameBoundingRect(QTextFrame* /*frame*/) const
+{
+    return {{}, documentSize()};
+}
+
+QRectF LogLayout::blockBoundingRect(const QTextBlock& block) const
+{
+    const qreal margin = document()->documentMargin();
+    return {margin, margin + block.blockNumber() * lineHeight, static_cast<qreal>(mostCells) * cellWidth, lineHeight};
+}
+
+void LogLayout::widenFor(QTextBlock block)
+{
+    mostCells = std::max(mostCells, cellsOf(block.text()));
+    block.clearLayout(); // a cursor made one when it stood here
+}
+
+/// An append looks at what has come; any other change looks at all lines.
+void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
+{
+    const bool append = from > 0 && charsRemoved == 0;
+    if (!append) {
+        measureFont();
+        mostCells = 0;
+    }
+    const QTextBlock first = document()->findBlock(append ? from : 0);
+    for (QTextBlock block = first; block.isValid(); block = block.next())
+        widenFor(block);
+    emit documentSizeChanged(documentSize());
+    emit update({0, blockBoundingRect(first).top(), everything, everything});
+}
