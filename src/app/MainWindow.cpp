@@ -66,6 +66,7 @@ MainWindow::MainWindow(QWidget* parent)
     setupToolBar();
     setupCentralWidget();
     setupStatusBar();
+    pinTable->setFocus();
     connectClient();
     setupTimers();
 

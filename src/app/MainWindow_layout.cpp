@@ -52,11 +52,12 @@ constexpr std::array sections {Section {PinModel::CidColumn, 420, QHeaderView::I
                                Section {PinModel::SizeColumn, 100, QHeaderView::Interactive},
                                Section {PinModel::NameColumn, 0, QHeaderView::Stretch}};
 
-/// A caption in the tool bar that belongs to the field behind it.
+/// A caption in the tool bar that belongs to the field behind it; it ends in a colon.
 void addCaption(QToolBar* bar, const QString& text, QWidget* field)
 {
     auto* caption = new QLabel(text, bar);
     caption->setBuddy(field);
+    field->setAccessibleName(text.trimmed().chopped(1)); // else a combo box is called by what it shows
     bar->addWidget(caption);
 }
 
@@ -155,6 +156,8 @@ void MainWindow::addSearchField(QToolBar* bar)
     };
     searchCidRadio = addMode(tr("CID"), PinFilterProxyModel::SearchByCid, tr("Filter by CID…"));
     searchNameRadio = addMode(tr("Name"), PinFilterProxyModel::SearchByName, tr("Filter by name…"));
+    searchCidRadio->setAccessibleName(tr("Search in CIDs"));
+    searchNameRadio->setAccessibleName(tr("Search in names"));
     const QSignalBlocker initial(searchCidRadio);
     searchCidRadio->setChecked(true);
 }

@@ -7,6 +7,7 @@
 #include "SplitActionButton.h"
 #include "WindowTest.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -194,6 +195,29 @@ private slots:
         QVERIFY(!log);
     }
 
+    void everyControlIsReachedByTab()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        QCOMPARE(QApplication::focusWidget(), table()); // after the load
+        window->resize(2400, 600);
+        QTRY_VERIFY(window->findChildren<SplitActionButton*>().constLast()->isVisible());
+        QTRY_VERIFY(label("peerIdLabel"_L1)->focusPolicy() == Qt::TabFocus);
+        QStringList reached;
+        for (int i = 0; i < 30 && (reached.isEmpty() || QApplication::focusWidget() != table()); ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            reached.append(spokenName());
+        }
+        QCOMPARE(reached,
+                 QStringList({u"PeerID: x  |  "_s, u"⟳  Refresh"_s, u"Content"_s, u"Filter"_s, u"Search"_s,
+                              u"Search in CIDs"_s, u"Status log"_s, u"Status log in a new window"_s, u"RPC log"_s,
+                              u"RPC log in a new window"_s, u"Pins"_s}));
+        QGuiApplication::clipboard()->clear();
+        QTest::keyClick(table(), Qt::Key_Tab);
+        QTest::keyClick(label("peerIdLabel"_L1), Qt::Key_Space);
+        QCOMPARE(clipboard(), u"x"_s);
+    }
+
     /// Start, search, sort, copy, unpin, see the list anew, read both logs, look at what is not pinned, and come back.
     void aPersonsRoundTrip()
     {
@@ -311,6 +335,13 @@ private:
                 return log;
         }
         return nullptr;
+    }
+
+    /// What a screen reader says of the control that has the focus.
+    static QString spokenName()
+    {
+        const QAccessibleInterface* control = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+        return control ? control->text(QAccessible::Name) : QString();
     }
 
     QStringList opened;
