@@ -337,11 +337,13 @@ private:
         return nullptr;
     }
 
-    /// What a screen reader says of the control that has the focus.
+    /// The name of the control that has the focus: the one it was given, else what it shows.
     static QString spokenName()
     {
-        const QAccessibleInterface* control = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
-        return control ? control->text(QAccessible::Name) : QString();
+        QWidget* control = QApplication::focusWidget();
+        return control->accessibleName().isEmpty()
+            ? QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name)
+            : control->accessibleName();
     }
 
     QStringList opened;
