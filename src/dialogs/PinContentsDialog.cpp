@@ -262,8 +262,8 @@ void PinContentsDialog::addRootAsSingleFileLeaf()
 QString PinContentsDialog::rootFileName() const
 {
     for (const LsEntry& entry : pendingRootEntries) {
-        if (const QString name = entry.objectName.trimmed(); !name.isEmpty())
-            return name;
+        if (!entry.objectName.trimmed().isEmpty())
+            return entry.objectName.trimmed();
     }
     const QString name = rootName.trimmed();
     return name.isEmpty() ? tr("root-file-%1").arg(rootCid.left(shortCidLength)) : name;
