@@ -106,7 +106,7 @@ private slots:
         const QString oneFile = u"1 file(s), 0 folder(s)"_s;
         row("folders in folders", u"root>d=D/,f=F=1024;D>1=G"_s, "directory", {}, u"d||D d/1|1|G f|1.0 KB|F"_s,
             u"2 file(s), 1 folder(s)"_s, 0);
-        row("chunks without names are one file", u"root>=k=1500,=k=-9, =k=1500"_s, "file", u" film "_s,
+        row("chunks without names are one file", u"root>=k=1500,=k=-900, =k=1500"_s, "file", u" film "_s,
             u"film|2.9 KB|root"_s, oneFile, 1);
         row("the object's name comes first", u"root>=k=10= talk.ogg "_s, "file", u"film"_s, u"talk.ogg|10|root"_s,
             oneFile, 1);
@@ -149,8 +149,8 @@ private slots:
             return cid == u"docs"_s ? FakeAnswer::hold() : FakeAnswer::json(listing(served.value(cid)));
         });
         open();
-        QTRY_COMPARE(node->heldCount("/ls"), 1);
         emit client->kindReceived(root, u"File"_s); // nobody here has asked
+        QTRY_COMPARE(node->heldCount("/ls"), 1);
         emit client->lsReceived(u"other"_s, entries(u"x=x"_s));
         QVERIFY(!saveAll()->isEnabled());
         emit client->errorOccurred(u"<b>busy</b>"_s); // whoever's it is
@@ -179,6 +179,8 @@ private slots:
         QCOMPARE(node->mostOpen("/cat"), 1);
         QVERIFY(saveAll()->isEnabled() && saveSelected()->isEnabled());
         QVERIFY(dialog->findChild<QProgressBar*>()->isHidden());
+        emit client->errorOccurred(u"of something else"_s);
+        QVERIFY(status().startsWith(u"Saved "_s));
     }
 
     void savesWhatLiesBelowTheSelection()
