@@ -146,6 +146,7 @@ void PinContentsDialog::setupTree()
     tree->setAlternatingRowColors(true);
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree->setUniformRowHeights(true);
+    tree->setTextElideMode(Qt::ElideMiddle); // CIDs differ at their ends, and so do the suffixes of files
     tree->setFocus();
 }
 
