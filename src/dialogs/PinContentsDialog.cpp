@@ -146,6 +146,7 @@ void PinContentsDialog::setupTree()
     tree->setAlternatingRowColors(true);
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree->setUniformRowHeights(true);
+    tree->setTextElideMode(Qt::ElideMiddle); // CIDs differ at their ends, and so do the suffixes of files
     tree->setFocus();
 }
 
@@ -262,8 +263,8 @@ void PinContentsDialog::addRootAsSingleFileLeaf()
 QString PinContentsDialog::rootFileName() const
 {
     for (const LsEntry& entry : pendingRootEntries) {
-        if (const QString name = entry.objectName.trimmed(); !name.isEmpty())
-            return name;
+        if (!entry.objectName.trimmed().isEmpty())
+            return entry.objectName.trimmed();
     }
     const QString name = rootName.trimmed();
     return name.isEmpty() ? tr("root-file-%1").arg(rootCid.left(shortCidLength)) : name;

@@ -83,11 +83,13 @@ void PinContentsDialog::saveNextSelectedFile()
         return;
     }
     status->showProgress(tr("Downloading %1…").arg(file.relativePath));
-    if (file.cid.isEmpty()) // no request would leave, and no answer ever come
-        QMetaObject::invokeMethod(
-            this, [this] { onCatFailed({}, tr("it has no CID")); }, Qt::QueuedConnection);
-    else
+    if (!file.cid.isEmpty()) {
         client->fetchCat(file.cid);
+        return;
+    }
+    // No request would leave, and no answer ever come.
+    QMetaObject::invokeMethod(
+        this, [this] { onCatFailed({}, tr("it has no CID")); }, Qt::QueuedConnection);
 }
 
 void PinContentsDialog::endSave()

@@ -20,33 +20,12 @@ namespace {
 /// Texts that have led somewhere else on some system, and what they are mixed with.
 QStringList hostilePieces()
 {
-    return {u".."_s,
-            u"."_s,
-            u"/"_s,
-            u"\\"_s,
-            u"C:"_s,
-            u"//host/share"_s,
-            u"CON"_s,
-            u"nul.txt"_s,
-            u" "_s,
-            u"\t"_s,
-            u"~"_s,
-            u"$HOME"_s,
-            u"%2e%2e"_s,
-            u"\r\n"_s,
-            u"\u00a0"_s,
-            u"\u2003."_s,
-            u"\u202e"_s,
-            u"a"_s,
-            u"é"_s,
-            u"😀"_s,
-            QString(QChar(0)),
-            QString(QChar(0xd800)),
-            QString(QChar(0xdfff)),
-            QString(QChar(0xffff)),
-            u"..\\.."_s,
-            u"／"_s,
-            u"．．"_s};
+    QStringList pieces
+        = u".. . / \\ C: //host/share CON nul.txt ~ $HOME %2e%2e a é 😀 ..\\.. ／ ．． \u202e"_s.split(u' ');
+    pieces.append({u" "_s, u"\t"_s, u"\r\n"_s, u"\u00a0"_s, u"\u2003."_s});
+    for (const char16_t unit : {u'\0', char16_t {0xd800}, char16_t {0xdfff}, char16_t {0xffff}})
+        pieces.append(QString(QChar(unit)));
+    return pieces;
 }
 
 class HostileNames
@@ -199,21 +178,16 @@ private slots:
 #endif
     }
 
-    void sizes_data()
-    {
-        QTest::addColumn<qint64>("bytes");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("below 0") << qint64 {-1} << u"-1"_s;
-        QTest::newRow("no unit yet") << qint64 {1023} << u"1023"_s;
-        QTest::newRow("first unit") << qint64 {1024} << u"1.0 KB"_s;
-        QTest::newRow("last of a unit") << qint64 {1'048'575} << u"1024.0 KB"_s;
-        QTest::newRow("next unit") << qint64 {1'048'576} << u"1.0 MB"_s;
-        QTest::newRow("no unit above") << qint64 {1'099'511'627'776} << u"1024.0 GB"_s;
-    }
     void sizes()
     {
-        QFETCH(const qint64, bytes);
-        QTEST(formatFileSize(bytes), "text");
+        const QList<std::pair<qint64, QString>> texts {{-1, u"-1"_s},
+                                                       {1023, u"1023"_s},
+                                                       {1024, u"1.0 KB"_s},
+                                                       {1'048'575, u"1024.0 KB"_s},
+                                                       {1'048'576, u"1.0 MB"_s},
+                                                       {1'099'511'627'776, u"1024.0 GB"_s}};
+        for (const auto& [bytes, text] : texts)
+            QCOMPARE(formatFileSize(bytes), text);
     }
 
     void suffixes_data()

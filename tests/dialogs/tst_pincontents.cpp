@@ -26,39 +26,42 @@ const QString root = u"root"_s;
 constexpr int directory = 1;
 constexpr int file = 2;
 
-using Listings = QHash<QString, QList<LsEntry>>;
-
-QByteArray listing(const QList<LsEntry>& entries)
+QByteArray listing(const QList<LsEntry>& list)
 {
     QJsonArray links;
-    for (const LsEntry& entry : entries) {
+    for (const LsEntry& entry : list) {
         links.append(QJsonObject {
             {u"Name"_s, entry.name}, {u"Hash"_s, entry.hash}, {u"Size"_s, entry.size}, {u"Type"_s, entry.type}});
     }
-    const QString name = entries.isEmpty() ? QString() : entries.constFirst().objectName;
+    const QString name = list.isEmpty() ? QString() : list.constFirst().objectName;
     const QJsonObject object {{u"Name"_s, name}, {u"Links"_s, links}};
     return QJsonDocument(QJsonObject {{u"Objects"_s, QJsonArray {object}}}).toJson();
 }
 
-LsEntry folderEntry(const QString& name, const QString& cid)
+/// "name=cid/" for a folder, "name=cid" or "name=cid=size=name of the listed object" for a file; with commas between.
+QList<LsEntry> entries(const QString& text)
 {
-    return {.name = name, .hash = cid, .type = directory};
+    QList<LsEntry> list;
+    for (const QString& entry : text.split(u',', Qt::SkipEmptyParts)) {
+        const QStringList parts = entry.split(u'=');
+        const bool folder = parts.at(1).endsWith(u'/');
+        list.append({.name = parts.at(0),
+                     .objectName = parts.value(3),
+                     .hash = folder ? parts.at(1).chopped(1) : parts.at(1),
+                     .size = parts.value(2, folder ? u"0"_s : u"1"_s).toLongLong(),
+                     .type = folder ? directory : file});
+    }
+    return list;
 }
 
-LsEntry fileEntry(const QString& name, const QString& cid, qint64 size = 1)
-{
-    return {.name = name, .hash = cid, .size = size, .type = file};
-}
-
-/// "path text size cid" of each item below `item`, deepest first within each.
+/// "path|size|cid" of each item below `item`, deepest first within each.
 QStringList linesOf(const QTreeWidgetItem* item)
 {
     QStringList lines;
     for (int i = 0; i < item->childCount(); ++i) {
         const QTreeWidgetItem* child = item->child(i);
-        lines.append(
-            QStringList {child->data(0, Qt::UserRole).toString(), child->text(0), child->text(1), child->text(2)}.join(
-                u'|'));
+        const QString path = child->data(0, Qt::UserRole).toString();
+        lines.append(QStringList {path, child->text(1), child->text(2)}.join(u'|'));
         lines += linesOf(child);
     }
     return lines;
@@ -80,9 +83,7 @@ private slots:
         folder = std::make_unique<QTemporaryDir>();
         setKind("directory");
         node->route("/cat", [](const FakeRequest& request) { return cat(request.value(u"arg"_s)); });
-        haveListings({{root, {folderEntry(u"docs"_s, u"docs"_s), fileEntry(u"a.txt"_s, u"a"_s)}},
-                      {u"docs"_s, {fileEntry(u"b.txt"_s, u"b"_s), folderEntry(u"deep"_s, u"deep"_s)}},
-                      {u"deep"_s, {fileEntry(u"c.txt"_s, u"c"_s, 2048)}}});
+        haveListings(u"root>docs=docs/,a.txt=a;docs>b.txt=b,deep=deep/;deep>c.txt=c=2048"_s);
     }
     void cleanup()
     {
@@ -92,56 +93,42 @@ private slots:
 
     void trees_data()
     {
-        QTest::addColumn<Listings>("listings");
+        QTest::addColumn<QString>("listings");
         QTest::addColumn<QByteArray>("kind");
         QTest::addColumn<QString>("rootName");
-        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("lines");
         QTest::addColumn<QString>("outcome");
         QTest::addColumn<int>("kindRequests");
-        const LsEntry chunk {.hash = u"k"_s, .size = 1500, .type = file};
-        const LsEntry negative {.hash = u"k"_s, .size = -9, .type = file};
-        const LsEntry named {.objectName = u" talk.ogg "_s, .hash = u"k"_s, .size = 10, .type = file};
-        const auto row = [](const char* name, const Listings& listings, const QByteArray& kind, const QString& rootName,
-                            const QStringList& lines, const QString& outcome, int kindRequests) {
+        const auto row = [](const char* name, const QString& listings, const QByteArray& kind, const QString& rootName,
+                            const QString& lines, const QString& outcome, int kindRequests) {
             QTest::newRow(name) << listings << kind << rootName << lines << outcome << kindRequests;
         };
-        row("folders in folders",
-            {{root, {folderEntry(u"d"_s, u"D"_s), fileEntry(u"f"_s, u"F"_s, 1024)}},
-             {u"D"_s, {fileEntry(u"1"_s, u"G"_s)}}},
-            "directory", {}, {u"d|d||D"_s, u"d/1|1|1|G"_s, u"f|f|1.0 KB|F"_s}, u"2 file(s), 1 folder(s)"_s, 0);
-        row("chunks without names are one file", {{root, {chunk, negative, chunk}}}, "file", u" film "_s,
-            {u"film|film|2.9 KB|root"_s}, u"1 file(s), 0 folder(s)"_s, 1);
-        row("the object's name comes first", {{root, {named}}}, "file", u"film"_s, {u"talk.ogg|talk.ogg|10|root"_s},
-            u"1 file(s), 0 folder(s)"_s, 1);
-        row("numbered files in a folder", {{root, {fileEntry(u"1"_s, u"F"_s), fileEntry(u" ٣ "_s, u"G"_s)}}},
-            "directory", {}, {u"1|1|1|F"_s, u"٣|٣|1|G"_s}, u"2 file(s), 0 folder(s)"_s, 1);
-        row("a numbered folder is no chunk",
-            {{root, {fileEntry(u"1"_s, u"F"_s), folderEntry(u"2"_s, u"D"_s)}}, {u"D"_s, {}}}, "file", {},
-            {u"1|1|1|F"_s, u"2|2||D"_s}, u"1 file(s), 1 folder(s)"_s, 0);
-        row("small file", {{root, {}}}, "file", u" "_s, {u"root-file-root|root-file-root||root"_s},
-            u"1 file(s), 0 folder(s)"_s, 1);
-        row("empty folder", {{root, {}}}, "directory", u"x"_s, {}, u"0 file(s), 0 folder(s)"_s, 1);
-        row("one folder at two places",
-            {{root, {folderEntry(u"x"_s, u"D"_s), folderEntry(u"y"_s, u"D"_s)}}, {u"D"_s, {fileEntry(u"f"_s, u"F"_s)}}},
-            "directory", {}, {u"x|x||D"_s, u"x/f|f|1|F"_s, u"y|y||D"_s, u"y/f|f|1|F"_s}, u"2 file(s), 2 folder(s)"_s,
-            0);
-        row("names that lead elsewhere",
-            {{root,
-              {folderEntry(u".."_s, u"D"_s), fileEntry(u"<b>/a:b. "_s, u"F"_s),
-               fileEntry(u"  "_s, u"bafyabcdefghijk"_s), folderEntry(u"lost"_s, {})}},
-             {u"D"_s, {fileEntry(u"../../x"_s, u"G"_s)}}},
-            "directory", {},
-            {u"file|file||D"_s, u"file/.._.._x|.._.._x|1|G"_s, u"_b__a_b|_b__a_b|1|F"_s,
-             u"bafyabcdefgh|bafyabcdefgh|1|bafyabcdefghijk"_s, u"lost|lost||"_s},
+        const QString oneFile = u"1 file(s), 0 folder(s)"_s;
+        row("folders in folders", u"root>d=D/,f=F=1024;D>1=G"_s, "directory", {}, u"d||D d/1|1|G f|1.0 KB|F"_s,
+            u"2 file(s), 1 folder(s)"_s, 0);
+        row("chunks without names are one file", u"root>=k=1500,=k=-900, =k=1500"_s, "file", u" film "_s,
+            u"film|2.9 KB|root"_s, oneFile, 1);
+        row("the object's name comes first", u"root>=k=10= talk.ogg "_s, "file", u"film"_s, u"talk.ogg|10|root"_s,
+            oneFile, 1);
+        row("numbered files in a folder", u"root>1=F, ٣ =G"_s, "directory", {}, u"1|1|F ٣|1|G"_s,
+            u"2 file(s), 0 folder(s)"_s, 1);
+        row("the word for a file is exact", u"root>1=F"_s, "symlink", {}, u"1|1|F"_s, oneFile, 1);
+        row("a numbered folder is no chunk", u"root>1=F,2=D/;D>"_s, "file", {}, u"1|1|F 2||D"_s,
+            u"1 file(s), 1 folder(s)"_s, 0);
+        row("small file", u"root>"_s, "file", u" "_s, u"root-file-root||root"_s, oneFile, 1);
+        row("empty folder", u"root>"_s, "directory", u"x"_s, {}, u"0 file(s), 0 folder(s)"_s, 1);
+        row("one folder at two places", u"root>x=D/,y=D/;D>f=F"_s, "directory", {}, u"x||D x/f|1|F y||D y/f|1|F"_s,
+            u"2 file(s), 2 folder(s)"_s, 0);
+        row("names that lead elsewhere", u"root>..=D/,<b>/a:b. =F,  =bafyabcdefghijk,lost=/;D>../../x=G"_s, "directory",
+            {}, u"file||D file/.._.._x|1|G _b__a_b|1|F bafyabcdefgh|1|bafyabcdefghijk lost||"_s,
             u"3 file(s), 2 folder(s)"_s, 0);
-        row("a folder that can't be listed stays empty",
-            {{root, {folderEntry(u"d"_s, u"gone"_s), fileEntry(u"f"_s, u"F"_s)}}}, "directory", {},
-            {u"d|d||gone"_s, u"f|f|1|F"_s}, u"1 file(s), 1 folder(s)"_s, 0);
+        row("a folder that can't be listed stays empty", u"root>d=gone/,f=F"_s, "directory", {}, u"d||gone f|1|F"_s,
+            u"1 file(s), 1 folder(s)"_s, 0);
         row("a root that can't be listed", {}, "nonsense", {}, {}, u"0 file(s), 0 folder(s)"_s, 1);
     }
     void trees()
     {
-        QFETCH(const Listings, listings);
+        QFETCH(const QString, listings);
         QFETCH(const QByteArray, kind);
         QFETCH(const QString, rootName);
         QFETCH(const int, kindRequests);
@@ -150,7 +137,7 @@ private slots:
         open(rootName);
         QTRY_VERIFY(saveAll()->isEnabled() && node->openNow() == 0);
         QTEST(status(), "outcome");
-        QTEST(linesOf(tree()->topLevelItem(0)), "lines");
+        QTEST(linesOf(tree()->topLevelItem(0)).join(u' '), "lines");
         QCOMPARE(node->count("/files/stat"), kindRequests);
         QVERIFY(tree()->topLevelItem(0)->isExpanded());
     }
@@ -162,9 +149,9 @@ private slots:
             return cid == u"docs"_s ? FakeAnswer::hold() : FakeAnswer::json(listing(served.value(cid)));
         });
         open();
-        QTRY_COMPARE(node->heldCount("/ls"), 1);
         emit client->kindReceived(root, u"File"_s); // nobody here has asked
-        emit client->lsReceived(u"other"_s, {fileEntry(u"x"_s, u"x"_s)});
+        QTRY_COMPARE(node->heldCount("/ls"), 1);
+        emit client->lsReceived(u"other"_s, entries(u"x=x"_s));
         QVERIFY(!saveAll()->isEnabled());
         emit client->errorOccurred(u"<b>busy</b>"_s); // whoever's it is
         QCOMPARE(status(), u"1 file(s), 1 folder(s)"_s);
@@ -174,15 +161,14 @@ private slots:
         node->route("/cat", [](const FakeRequest&) { return FakeAnswer::hold(); });
         save(saveAll());
         QTRY_COMPARE(node->heldCount("/cat"), 1);
-        node->release("/ls", FakeAnswer::json(listing({fileEntry(u"late"_s, u"l"_s)})));
+        node->release("/ls", FakeAnswer::json(listing(entries(u"late=l"_s))));
         QTRY_COMPARE(status(), u"2 file(s), 1 folder(s)"_s);
         QVERIFY(!saveAll()->isEnabled());
     }
 
     void savesAll()
     {
-        served[root].append(
-            {fileEntry(u"../up"_s, u"u"_s), fileEntry(u"again.txt"_s, u"a"_s), fileEntry(u"nothing"_s, {})});
+        served[root].append(entries(u"../up=u,again.txt=a,nothing="_s));
         load();
         save(saveAll());
         QVERIFY(!saveSelected()->isEnabled());
@@ -193,6 +179,8 @@ private slots:
         QCOMPARE(node->mostOpen("/cat"), 1);
         QVERIFY(saveAll()->isEnabled() && saveSelected()->isEnabled());
         QVERIFY(dialog->findChild<QProgressBar*>()->isHidden());
+        emit client->errorOccurred(u"of something else"_s);
+        QVERIFY(status().startsWith(u"Saved "_s));
     }
 
     void savesWhatLiesBelowTheSelection()
@@ -221,7 +209,7 @@ private slots:
     {
         QFETCH(const bool, all);
         QFETCH(const bool, select);
-        haveListings({{root, {folderEntry(u"d"_s, u"D"_s)}}, {u"D"_s, {}}});
+        haveListings(u"root>d=D/;D>"_s);
         load();
         tree()->topLevelItem(0)->child(0)->setSelected(select);
         QString text;
@@ -258,7 +246,7 @@ private slots:
     {
         QFETCH(const QString, rootName);
         QFETCH(const QByteArray, bytes);
-        haveListings({{root, {{.hash = u"chunk"_s, .size = 3}}}});
+        haveListings(u"root>=chunk"_s);
         setKind("file");
         node->answer("/cat", FakeAnswer::text(200, bytes));
         load(rootName);
@@ -286,7 +274,7 @@ private slots:
         QFETCH(const QString, name);
         QFETCH(const FakeAnswer, answer);
         QVERIFY(QDir(folder->path()).mkpath(u"taken"_s));
-        served[root].prepend(fileEntry(name, u"bad"_s));
+        served[root].prepend({.name = name, .hash = u"bad"_s, .type = file});
         node->route("/cat", [answer](const FakeRequest& request) {
             const QString cid = request.value(u"arg"_s);
             return cid == u"bad"_s ? answer : cat(cid);
@@ -343,7 +331,7 @@ private slots:
     {
         QFETCH(const QByteArray, heldPath);
         if (heldPath == "/files/stat")
-            haveListings({{root, {}}});
+            haveListings(u"root>"_s);
         if (!heldPath.isEmpty())
             node->answer(heldPath, FakeAnswer::hold());
         open();
@@ -388,9 +376,12 @@ private slots:
     }
 
 private:
-    void haveListings(const Listings& listings)
+    /// "cid>entries" with semicolons between; every other CID can't be listed.
+    void haveListings(const QString& text)
     {
-        served = listings;
+        served.clear();
+        for (const QString& one : text.split(u';', Qt::SkipEmptyParts))
+            served.insert(one.section(u'>', 0, 0), entries(one.section(u'>', 1)));
         node->route("/ls", [this](const FakeRequest& request) {
             const QString cid = request.value(u"arg"_s);
             return served.contains(cid) ? FakeAnswer::json(listing(served.value(cid))) : FakeAnswer::error("no");
@@ -447,7 +438,7 @@ private:
     std::unique_ptr<IpfsClient> client;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<PinContentsDialog> dialog;
-    Listings served;
+    QHash<QString, QList<LsEntry>> served;
 };
 
 int main(int argc, char* argv[])
