@@ -102,11 +102,13 @@ private slots:
     void anyErrorTakesTheRows()
     {
         openWith({u"a"_s, u"b"_s});
-        emit client->errorOccurred(u"<b>of another call</b>"_s);
-        QCOMPARE(rows(), QStringList {u"Error: <b>of another call</b>"_s});
+        emit client->errorOccurred(u"<b>of another call</b>\nthat takes two lines"_s);
+        QCOMPARE(rows(), QStringList {u"Error: <b>of another call</b>\nthat takes two lines"_s});
+        QVERIFY(table()->rowHeight(0) > 24);
         QCOMPARE(countLabel()->text(), u"2 indirect pins"_s);
         emit client->refsReceived(u"r"_s, {u"c"_s});
         QCOMPARE(rows(), QStringList {u"c"_s});
+        QCOMPARE(table()->rowHeight(0), 24);
     }
 
     void onlySomeRowsAreUsable_data()
