@@ -46,7 +46,7 @@ IndirectPinsDialog::IndirectPinsDialog(const QString& cid, IpfsClient* newClient
     connect(client, &IpfsClient::refsReceived, this, &IndirectPinsDialog::onRefsReceived);
     connect(client, &IpfsClient::errorOccurred, this, &IndirectPinsDialog::onErrorOccurred);
     client->fetchRefs(rootCid);
-    showPlaceholder(tr("Loading…"));
+    showRows({tr("Loading…")});
 }
 
 void IndirectPinsDialog::setupUi()
@@ -79,10 +79,8 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
 {
     if (root != rootCid)
         return;
-    if (cids.isEmpty())
-        showPlaceholder(tr("(no refs)", "keep the parenthesis in front: it marks the row as no CID"));
-    else
-        model->setStringList(cids);
+    showRows(cids.isEmpty() ? QStringList {tr("(no refs)", "keep the parenthesis in front: it marks the row as no CID")}
+                            : cids);
     const QString count = cids.size() == 1 ? tr("1 indirect pin") : tr("%1 indirect pins").arg(cids.size());
     countLabel->setText(count);
     setWindowTitle(tr("Indirect pins under %1 (%2)").arg(titleCid(rootCid), count));
@@ -92,13 +90,14 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
 /// Whatever the error was about: the client doesn't tell whose call has failed.
 void IndirectPinsDialog::onErrorOccurred(const QString& message)
 {
-    showPlaceholder(tr("Error:") + u' ' + messageForLabel(message));
+    showRows({tr("Error:") + u' ' + messageForLabel(message)});
     table->resizeRowToContents(0); // an address in a message is longer than a line
 }
 
-void IndirectPinsDialog::showPlaceholder(const QString& text)
+void IndirectPinsDialog::showRows(const QStringList& texts)
 {
-    model->setStringList({text});
+    model->setStringList(texts);
+    table->setRowHeight(0, rowHeight); // an error before may have made it higher
 }
 
 /// "Loading…" passes: until the answer has come, that row is treated like a CID, and this is meant so.

@@ -27,7 +27,7 @@ private slots:
 private:
     void setupUi();
     void setupTable();
-    void showPlaceholder(const QString& text);
+    void showRows(const QStringList& texts);
     bool isUsable(const QString& text) const;
     QString cidAtRow(int row) const;
     QStringList selectedTexts() const;
