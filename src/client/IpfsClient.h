@@ -60,12 +60,15 @@ public:
 
     /// Facts about one CID, each from a queue of its own with a limit of open replies: 8 for refs, 24 for the other
     /// two. A CID that is queued or open already is not asked for again; its one answer reaches all who asked.
+    /// What a person waits for is asked for AtOnce: beside the queues, so that nothing is waited for, and no cancel
+    /// drops it.
+    enum Urgency { InTurn, AtOnce };
     /// "/refs", recursive. Ends with refsReceived; on a failure errorOccurred comes before it and the list is empty.
-    void fetchRefs(const QString& cid);
+    void fetchRefs(const QString& cid, Urgency urgency = InTurn);
     /// "/dag/stat". Ends with dagStatReceived; on a failure errorOccurred comes before it and the size is -1.
     void fetchObjectStat(const QString& cid);
     /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
-    void fetchKind(const QString& cid);
+    void fetchKind(const QString& cid, Urgency urgency = InTurn);
 
     /// Removes pins by one "/pin/rm", with `normalizeCids` after each CID was rewritten to version 0 by "/cid/format",
     /// as far as it can be. Ends with unpinned or errorOccurred. Where the node has no pin under a rewritten CID, the
@@ -166,6 +169,9 @@ private:
     void pumpQueue(MetadataQueue& queue, const MetadataRequest& request);
     void sendMetadataRequest(const MetadataQueue& queue, const MetadataRequest& request, const QString& cid,
                              const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    void askAtOnce(const MetadataRequest& request, const QString& cid);
+    static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid);
+    void askListingForKind(const QString& cid, bool queued);
     void pumpRefsQueue();
     void pumpDagStatQueue();
     void pumpKindQueue();
@@ -180,6 +186,7 @@ private:
     void removePins(const std::shared_ptr<UnpinBatch>& batch);
     void removeNextPin(const std::shared_ptr<UnpinBatch>& batch);
     void finishUnpin(const UnpinBatch& batch);
+    void tellOpenUnpins(const QStringList& removed);
 
     QNetworkAccessManager* network;
     QString host {};
@@ -192,7 +199,8 @@ private:
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;
-    QSet<QString> indirectCids {}; ///< those that the last list told to be pinned through a parent only
+    QSet<QString> indirectCids {};               ///< those that the last list told to be pinned through a parent only
+    QList<std::weak_ptr<UnpinBatch>> openUnpins; ///< those with rewritten CIDs
 
     bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
     bool unpinnedPinsDone = false;

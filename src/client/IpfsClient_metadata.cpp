@@ -59,6 +59,12 @@ bool isCancelled(const QNetworkReply* reply)
     return reply->property(ReplyProperty::cancelledByClient).toBool();
 }
 
+/// Whether the reply belongs to a queue, which then has to be told of its end.
+bool isQueued(const QNetworkReply* reply)
+{
+    return !reply->property(ReplyProperty::outsideQueues).toBool();
+}
+
 QUrlQuery argQuery(const QString& cid)
 {
     return rpcQuery({{u"arg"_s, cid}});
@@ -102,9 +108,11 @@ const IpfsClient::MetadataRequest& IpfsClient::kindRequest()
     return request;
 }
 
-void IpfsClient::fetchRefs(const QString& cid)
+void IpfsClient::fetchRefs(const QString& cid, Urgency urgency)
 {
-    if (enqueueUnique(refsRequests, cid))
+    if (urgency == AtOnce)
+        askAtOnce(refsRequest(), cid);
+    else if (enqueueUnique(refsRequests, cid))
         pumpRefsQueue();
 }
 
@@ -114,10 +122,26 @@ void IpfsClient::fetchObjectStat(const QString& cid)
         pumpDagStatQueue();
 }
 
-void IpfsClient::fetchKind(const QString& cid)
+void IpfsClient::fetchKind(const QString& cid, Urgency urgency)
 {
-    if (enqueueUnique(kindRequests, cid))
+    if (urgency == AtOnce)
+        askAtOnce(kindRequest(), cid);
+    else if (enqueueUnique(kindRequests, cid))
         pumpKindQueue();
+}
+
+/// Over the ordinary connections, and no load's: a queue full of silent replies doesn't hold it up, nor a cancel end
+/// it.
+void IpfsClient::askAtOnce(const MetadataRequest& request, const QString& cid)
+{
+    if (!cid.isEmpty())
+        markOutsideQueues(call(request.path, request.query(cid), request.handler), request, cid);
+}
+
+void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid)
+{
+    reply->setProperty(request.cidProperty, cid);
+    reply->setProperty(ReplyProperty::outsideQueues, true);
 }
 
 void IpfsClient::pumpRefsQueue()
@@ -175,20 +199,23 @@ void IpfsClient::finishKindRequest(const QString& cid)
 void IpfsClient::onRefsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::rootCid).toString();
+    const bool queued = isQueued(reply);
     reply->deleteLater();
     if (reply->error() == QNetworkReply::NoError) {
-        parseList(reply->readAll(), parseRefs, [this, cid, cancels = cancelCount](const QStringList& cids) {
-            if (cancels != cancelCount)
+        parseList(reply->readAll(), parseRefs, [this, cid, queued, cancels = cancelCount](const QStringList& cids) {
+            if (queued && cancels != cancelCount)
                 return;
             emit refsReceived(cid, cids);
-            finishRefsRequest(cid);
+            if (queued)
+                finishRefsRequest(cid);
         });
         return;
     }
     if (!isCancelled(reply))
         reportFailure(tr("Failed to get refs for %1: %2").arg(cid, reply->errorString()), &IpfsClient::refsReceived,
                       cid, QStringList());
-    finishRefsRequest(cid);
+    if (queued)
+        finishRefsRequest(cid);
 }
 
 void IpfsClient::onObjectStatReplyFinished(QNetworkReply* reply)
@@ -213,18 +240,28 @@ void IpfsClient::onFilesStatReplyFinished(QNetworkReply* reply)
     }
     const QString kind = reply->error() == QNetworkReply::NoError ? parseFileKind(reply->readAll()) : QString();
     if (kind.isEmpty()) {
-        // The CID keeps its place in the queue and its lane until the listing has told.
-        sendMetadataRequest(kindRequests, kindRequest(), cid, u"/ls"_s, listingQuery(cid),
-                            &IpfsClient::onKindLsReplyFinished);
+        askListingForKind(cid, isQueued(reply));
         return;
     }
     emit kindReceived(cid, kind);
-    finishKindRequest(cid);
+    if (isQueued(reply))
+        finishKindRequest(cid);
+}
+
+/// A queued CID keeps its place in the queue and its lane until the listing has told.
+void IpfsClient::askListingForKind(const QString& cid, bool queued)
+{
+    const auto handler = &IpfsClient::onKindLsReplyFinished;
+    if (queued)
+        sendMetadataRequest(kindRequests, kindRequest(), cid, u"/ls"_s, listingQuery(cid), handler);
+    else
+        markOutsideQueues(call(u"/ls"_s, listingQuery(cid), handler), kindRequest(), cid);
 }
 
 void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::cid).toString();
+    const bool queued = isQueued(reply);
     reply->deleteLater();
     if (isCancelled(reply)) {
         finishKindRequest(cid);
@@ -232,11 +269,12 @@ void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
     }
     const bool good = reply->error() == QNetworkReply::NoError;
     parseList(good ? reply->readAll() : QByteArray(), parseLs,
-              [this, cid, good, cancels = cancelCount](const Listing& listing) {
-                  if (cancels != cancelCount)
+              [this, cid, good, queued, cancels = cancelCount](const Listing& listing) {
+                  if (queued && cancels != cancelCount)
                       return;
                   emit kindReceived(cid, good ? kindOfListing(listing.entries) : codecKindFromCid(cid));
-                  finishKindRequest(cid);
+                  if (queued)
+                      finishKindRequest(cid);
               });
 }
 

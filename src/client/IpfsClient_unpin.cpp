@@ -54,6 +54,8 @@ void IpfsClient::unpin(const QList<QString>& cids, bool normalizeCids)
         removePins(batch);
         return;
     }
+    batch->knownAsNoPins = indirectCids;
+    openUnpins.append(batch);
     batch->unpinFormattedCids.resize(count);
     batch->unpinFormatPending = static_cast<int>(count);
     while (batch->nextToFormat < std::min(count, openFormats))
@@ -110,10 +112,22 @@ void IpfsClient::onUnpinReplyFinished(QNetworkReply* reply)
         return;
     }
     const auto removed = parseRemovedPins(body);
-    if (!removed)
+    if (!removed) {
         emit errorOccurred(tr("Unpin: invalid response from node"));
-    else
-        emit unpinned(removed->isEmpty() ? requested : *removed);
+        return;
+    }
+    tellOpenUnpins(requested);
+    emit unpinned(removed->isEmpty() ? requested : *removed);
+}
+
+/// What one unpin has removed, another one that is still on its way hasn't.
+void IpfsClient::tellOpenUnpins(const QStringList& removed)
+{
+    openUnpins.removeIf([](const std::weak_ptr<UnpinBatch>& batch) { return batch.expired(); });
+    for (const std::weak_ptr<UnpinBatch>& open : std::as_const(openUnpins)) {
+        if (const auto batch = open.lock())
+            batch->knownAsNoPins.unite(QSet<QString>(removed.begin(), removed.end()));
+    }
 }
 
 /// The node keeps a pin under its exact CID and stops at the first argument that it has no pin for, so a batch that
@@ -135,7 +149,8 @@ void IpfsClient::onSingleUnpinReplyFinished(QNetworkReply* reply)
     reply->deleteLater();
     const QByteArray body = reply->readAll();
     const bool failed = reply->error() != QNetworkReply::NoError;
-    if (failed && reply->error() <= QNetworkReply::UnknownNetworkError)
+    const bool brokenOff = reply->error() == QNetworkReply::RemoteHostClosedError; // the next one may go well
+    if (failed && reply->error() <= QNetworkReply::UnknownNetworkError && !brokenOff)
         batch->failTheRest(reply->errorString()); // nobody is there to ask
     else if (failed)
         batch->takeFailure(wordsOf(reply, body), tellsNotPinned(body));
@@ -149,9 +164,11 @@ void IpfsClient::onSingleUnpinReplyFinished(QNetworkReply* reply)
 /// `unpinned` comes first, so that what the window shows in the end is what went wrong.
 void IpfsClient::finishUnpin(const UnpinBatch& batch)
 {
-    const UnpinOutcome outcome = batch.outcome(indirectCids);
-    if (!outcome.removed.isEmpty())
+    const UnpinOutcome outcome = batch.outcome();
+    if (!outcome.removed.isEmpty()) {
+        tellOpenUnpins(outcome.gone);
         emit unpinned(outcome.removed);
+    }
     if (!outcome.failures.isEmpty())
         emit errorOccurred(tr("Unpin failed: %1").arg(outcome.failures));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QStringList>
@@ -8,17 +9,20 @@
 struct UnpinOutcome
 {
     QStringList removed {}; ///< the pins, as the node names them
+    QStringList gone {};    ///< the same CIDs as they were asked for
     QString failures {};    ///< what the node said of the rest, empty if there is none
 };
 
-/// One unpin on its way. Its replies hold it, so unpins that overlap know nothing of each other.
+/// One unpin on its way. Its replies hold it, so unpins that overlap do not meet.
 class UnpinBatch
 {
 public:
-    QList<QString> unpinRequestedCids; ///< as asked for, trimmed
-    QList<QString> unpinFormattedCids; ///< of the same length: as rewritten, empty until known
-    int unpinFormatPending = 0;        ///< answers of "/cid/format" still to come
-    qsizetype nextToFormat = 0;        ///< first CID whose "/cid/format" has not left
+    QList<QString> unpinRequestedCids {}; ///< as asked for, trimmed
+    QList<QString> unpinFormattedCids {}; ///< of the same length: as rewritten, empty until known
+    int unpinFormatPending = 0;           ///< answers of "/cid/format" still to come
+    qsizetype nextToFormat = 0;           ///< first CID whose "/cid/format" has not left
+    /// CIDs as asked for that are known to have been no pins of their own when the first call ran.
+    QSet<QString> knownAsNoPins {};
 
     /// Whether every CID has been gone through.
     bool isThrough() const { return results.size() >= unpinRequestedCids.size(); }
@@ -31,21 +35,20 @@ public:
     /// Nothing more can be asked.
     void failTheRest(const QString& words);
 
-    /// Once all are gone through. `indirectCids` are those known to have been pinned through a parent only.
-    UnpinOutcome outcome(const QSet<QString>& indirectCids) const;
+    /// Once all are gone through.
+    UnpinOutcome outcome() const;
 
 private:
     struct Result
     {
         QStringList pins {};
-        QString failure {}; ///< empty for a success
-        bool notPinned = false;
-        bool asAsked = false; ///< the answer was to the CID as asked for, not as rewritten
+        QString failure {};     ///< empty for a success
+        bool notPinned = false; ///< what the node said of the CID as rewritten, which the first call named
+        bool asAsked = false;   ///< the CID was refused as rewritten, and this is the answer as asked for
     };
 
-    qsizetype stopOfFirstCall(const QSet<QString>& indirectCids) const;
-    static QString told(const QList<std::pair<QString, QStringList>>& cidsByWords);
+    qsizetype stopOfFirstCall() const;
 
     QList<Result> results;
-    bool asAsked = false; ///< the current CID was refused as rewritten
+    Result refused; ///< of the current CID as rewritten
 };

@@ -18,6 +18,8 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -45,7 +47,7 @@ IndirectPinsDialog::IndirectPinsDialog(const QString& cid, IpfsClient* newClient
     setupUi();
     connect(client, &IpfsClient::refsReceived, this, &IndirectPinsDialog::onRefsReceived);
     connect(client, &IpfsClient::errorOccurred, this, &IndirectPinsDialog::onErrorOccurred);
-    client->fetchRefs(rootCid);
+    client->fetchRefs(rootCid, IpfsClient::AtOnce);
     showRows({tr("Loading…")});
 }
 
@@ -79,6 +81,10 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
 {
     if (root != rootCid)
         return;
+    if (std::exchange(ownCallFailed, false) && cids.isEmpty()) {
+        countLabel->setText(u"—"_s); // a failed call ends in an empty list as well, and it is not one without refs
+        return;
+    }
     showRows(cids.isEmpty() ? QStringList {tr("(no refs)", "keep the parenthesis in front: it marks the row as no CID")}
                             : cids);
     const QString count = cids.size() == 1 ? tr("1 indirect pin") : tr("%1 indirect pins").arg(cids.size());
@@ -90,6 +96,7 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
 /// Whatever the error was about: the client doesn't tell whose call has failed.
 void IndirectPinsDialog::onErrorOccurred(const QString& message)
 {
+    ownCallFailed = message.contains(rootCid);
     showRows({tr("Error:") + u' ' + messageForLabel(message)});
     table->resizeRowToContents(0); // an address in a message is longer than a line
 }

@@ -38,4 +38,5 @@ private:
     QStringListModel* model;
     QTableView* table;
     QLabel* countLabel;
+    bool ownCallFailed = false; ///< the last error names the root, so an empty list tells nothing
 };

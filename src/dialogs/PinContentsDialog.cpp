@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -172,6 +173,8 @@ void PinContentsDialog::startLoading()
     pendingRootEntries.clear();
     rootKindRequested = false;
     waitingForRootKind = false;
+    fileCount = 0;
+    folderCount = 0;
     auto* root = newItem(u"."_s, {}, {.cid = rootCid, .isDirectory = true});
     tree->addTopLevelItem(root);
     pendingLsCount = 0;
@@ -217,7 +220,7 @@ void PinContentsDialog::askForRootKind()
     rootKindRequested = true;
     waitingForRootKind = true;
     status->showProgress(tr("Detecting root type…"));
-    client->fetchKind(rootCid);
+    client->fetchKind(rootCid, IpfsClient::AtOnce);
 }
 
 void PinContentsDialog::addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent, const QString& parentPath)
@@ -226,6 +229,9 @@ void PinContentsDialog::addLsEntries(const QList<LsEntry>& entries, QTreeWidgetI
     children.reserve(entries.size());
     for (const LsEntry& entry : entries)
         children.append(newEntryItem(entry, parentPath));
+    const auto folders = static_cast<int>(std::ranges::count_if(children, isDirectory));
+    folderCount += folders;
+    fileCount += static_cast<int>(children.size()) - folders;
     parent->addChildren(children); // at one go: the view looks at them once
     for (QTreeWidgetItem* child : std::as_const(children)) {
         if (isDirectory(child))
@@ -253,8 +259,9 @@ void PinContentsDialog::addRootAsSingleFileLeaf()
         return;
     qint64 total = 0;
     for (const LsEntry& entry : std::as_const(pendingRootEntries))
-        total += std::max<qint64>(entry.size, 0);
+        total += std::clamp<qint64>(entry.size, 0, std::numeric_limits<qint64>::max() - total);
     const QString safe = sanitizeFileName(rootFileName());
+    ++fileCount;
     root->addChild(
         newItem(safe, total > 0 ? formatFileSize(total) : QString(),
                 {.relativePath = sanitizeRelativePath(safe), .cid = rootCid, .size = total, .isRootSingleFile = true}));
@@ -282,12 +289,8 @@ void PinContentsDialog::maybeFinishLoading()
 
 void PinContentsDialog::showCounts()
 {
-    QTreeWidgetItem* root = tree->topLevelItem(0);
-    const QList<QTreeWidgetItem*> items = withDescendants({root});
-    const auto folders = std::ranges::count_if(items, isDirectory) - 1; // the root is not counted
-    const auto files = items.size() - 1 - folders;
-    status->showProgress(tr("%1 file(s), %2 folder(s)").arg(QString::number(files), QString::number(folders)));
-    tree->expandItem(root);
+    status->showProgress(tr("%1 file(s), %2 folder(s)").arg(QString::number(fileCount), QString::number(folderCount)));
+    tree->expandItem(tree->topLevelItem(0));
     // A listing that comes late may end the loading once more, in the middle of a save.
     setButtonsEnabled(!isSaving());
     DialogSizing::requestRefit(this);

@@ -92,6 +92,8 @@ private:
 
     int pendingLsCount = 0;                        ///< below 0 once a failed listing has been counted twice
     QMultiHash<QString, PendingNode> pendingNodes; ///< listings in flight; one CID may stand at several places
+    int fileCount = 0; ///< items of the tree, kept along: late listings may end the loading many times
+    int folderCount = 0;
     bool rootKindRequested = false;
     bool waitingForRootKind = false;
     QList<LsEntry> pendingRootEntries; ///< held until the root's kind is known

@@ -168,7 +168,10 @@ private slots:
         QCOMPARE(node->openNow(dagStatPath), 24);
         QCOMPARE(node->openNow(filesStatPath), 24);
 
-        // All of them silent for ever: what a person waits for goes through.
+        // All of them silent for ever: what a person waits for goes through, and no cancel drops it.
+        client->fetchRefs(u"cid1"_s, IpfsClient::AtOnce);
+        client->fetchKind(u"cid1"_s, IpfsClient::AtOnce);
+        QTRY_COMPARE(node->openNow(), 58);
         node->answer("/pin/ls", FakeAnswer::json("{\"Cid\":\"p\"}\n"));
         node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
         node->answer("/pin/rm", FakeAnswer::json("{}"));
@@ -178,7 +181,17 @@ private slots:
         QTRY_VERIFY(log->lines.contains(u"pins p:"_s) && log->lines.contains(u"node x "_s));
         QTRY_COMPARE(node->count("/pin/rm"), 1);
         unpin->deleteLater();
-        QCOMPARE(node->openNow(refsPath) + node->openNow(dagStatPath) + node->openNow(filesStatPath), 56);
+        QCOMPARE(node->openNow(), 58);
+        client->cancelActiveLoading();
+        QTRY_COMPARE(node->openNow(), 2);
+        log->lines.clear();
+        node->answer(lsPath, FakeAnswer::json(links({"1"})));
+        while (node->heldCount(refsPath) > 0)
+            node->release(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n"));
+        while (node->heldCount(filesStatPath) > 0)
+            node->release(filesStatPath, FakeAnswer::error("no"));
+        QTRY_COMPARE(log->lines.size(), 2);
+        QVERIFY(log->lines.contains(u"refs cid1 a"_s) && log->lines.contains(u"kind cid1 File"_s));
     }
 
     void aFinishedRequestMakesRoomForTheNext_data()

@@ -2,6 +2,7 @@
 #include "FakeNode.h"
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
+#include "ModalAnswer.h"
 #include "ProductInfo.h"
 #include "TestMain.h"
 
@@ -11,10 +12,8 @@
 #include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QSettings>
 #include <QTableView>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -141,11 +140,14 @@ private slots:
         QCOMPARE(opened.size(), 2);
     }
 
-    void ownErrorsAreNeverCopied()
+    /// The client tells of the error, and then of an empty list.
+    void aFailedCallIsNoListWithoutRefs()
     {
+        node->answer(refsPath, FakeAnswer::error("no such block"));
         open(u"r"_s);
-        emit client->errorOccurred(u"no"_s);
-        useFirstRow();
+        QTRY_COMPARE(countLabel()->text(), u"—"_s);
+        QVERIFY(rows().constFirst().startsWith(u"Error: Failed to get refs for r: "_s));
+        useActions();
         QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
         QVERIFY(opened.isEmpty());
         QVERIFY(!chooseFromMenu(0, {}));
@@ -214,23 +216,11 @@ private:
     /// Asks for the menu at a row and takes an entry; tells whether there was a menu.
     bool chooseFromMenu(int row, const QString& entry)
     {
-        bool shown = false;
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] {
-            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            if (!menu || std::exchange(shown, true))
-                return;
-            for (QAction* action : menu->actions()) {
-                if (action->text() == entry)
-                    action->trigger();
-            }
-            menu->close();
-        });
-        timer.start(5ms);
+        const MenuAnswer menu(entry);
         const QPoint pos = pointIn(row);
         QContextMenuEvent event(QContextMenuEvent::Mouse, pos, table()->viewport()->mapToGlobal(pos));
         QApplication::sendEvent(table()->viewport(), &event);
-        return shown;
+        return !menu.entries.isEmpty();
     }
     QTableView* table() const { return dialog->findChild<QTableView*>(); }
     QLabel* countLabel() const { return dialog->findChild<QLabel*>(u"countLabel"_s); }

@@ -7,6 +7,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr auto messageKey = "Message"_L1;
+
 QString failedTo(const QString& action, const QString& detail)
 {
     return QCoreApplication::translate("JsonReply", "Failed to %1: %2").arg(action, detail);
@@ -31,7 +33,7 @@ JsonReply judgeJsonReply(const QByteArray& body, const QString& action)
     reply.object = document.object();
     QString detail = trimmedText(reply.object, "Error"_L1);
     if (detail.isEmpty())
-        detail = trimmedText(reply.object, "Message"_L1);
+        detail = trimmedText(reply.object, messageKey);
     if (detail.isEmpty())
         reply.ok = true;
     else
@@ -43,4 +45,9 @@ JsonReply failedJsonReply(const QByteArray& body, const QString& errorString, co
 {
     const QString told = QString::fromUtf8(body).trimmed();
     return {.body = body, .errorMessage = failedTo(action, told.isEmpty() ? errorString : told)};
+}
+
+QString rpcErrorMessage(const QByteArray& body)
+{
+    return QJsonDocument::fromJson(body)[messageKey].toString();
 }

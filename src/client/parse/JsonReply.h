@@ -19,3 +19,6 @@ JsonReply judgeJsonReply(const QByteArray& body, const QString& action);
 
 /// The answer of a reply that failed: tells the trimmed body, or `errorString` where there is none.
 JsonReply failedJsonReply(const QByteArray& body, const QString& errorString, const QString& action);
+
+/// The node's own words of a call that failed, the "Message" of its JSON error; empty if there are none.
+QString rpcErrorMessage(const QByteArray& body);

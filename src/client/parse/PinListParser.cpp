@@ -215,5 +215,9 @@ QSet<QString> indirectCidsOf(const QList<PinEntry>& entries)
         if (entry.type == PinType::indirect)
             cids.insert(entry.cid);
     }
+    for (qsizetype i = 0; i < entries.size() && !cids.isEmpty(); ++i) {
+        if (entries.at(i).type != PinType::indirect)
+            cids.remove(entries.at(i).cid);
+    }
     return cids;
 }

@@ -35,5 +35,6 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);
 /// version 1, codec raw, base32.
 QSet<QString> textsAccountedFor(const QList<PinEntry>& entries);
 
-/// The CIDs of the entries of type "indirect".
+/// The CIDs of the entries of type "indirect" that no entry of another type has as well: lifted to version 1, a pin of
+/// version 0 reads like a block below another pin.
 QSet<QString> indirectCidsOf(const QList<PinEntry>& entries);

@@ -1,5 +1,7 @@
 #include "UnpinParser.h"
 
+#include "JsonReply.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -27,9 +29,4 @@ std::optional<QStringList> parseRemovedPins(const QByteArray& body)
 bool tellsNotPinned(const QByteArray& body)
 {
     return rpcErrorMessage(body) == "not pinned or pinned indirectly"_L1;
-}
-
-QString rpcErrorMessage(const QByteArray& body)
-{
-    return QJsonDocument::fromJson(body)["Message"_L1].toString();
 }

@@ -13,6 +13,3 @@ std::optional<QStringList> parseRemovedPins(const QByteArray& body);
 
 /// Whether a failed "/pin/rm" stopped at a CID that no pin of its own stands for under that very text.
 bool tellsNotPinned(const QByteArray& body);
-
-/// The node's own words of a failed call, the "Message" of its JSON error; empty if there are none.
-QString rpcErrorMessage(const QByteArray& body);
