@@ -147,7 +147,7 @@ private slots:
         open(u"r"_s);
         QTRY_COMPARE(countLabel()->text(), u"—"_s);
         QVERIFY(rows().constFirst().startsWith(u"Error: Failed to get refs for r: "_s));
-        useActions();
+        useFirstRow();
         QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
         QVERIFY(opened.isEmpty());
         QVERIFY(!chooseFromMenu(0, {}));
