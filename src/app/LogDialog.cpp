@@ -79,7 +79,7 @@ void LogDialog::showEvent(QShowEvent* event)
 {
     refreshLog();
     if (mainWindow)
-        connect(mainWindow, source.appended, this, &LogDialog::appendLogLine, Qt::UniqueConnection);
+        follow(mainWindow);
     QDialog::showEvent(event);
 }
 

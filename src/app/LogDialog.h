@@ -26,13 +26,14 @@ protected:
     struct Source
     {
         QStringList (MainWindow::*lines)() const;
-        void (MainWindow::*appended)(QString line);
         void (MainWindow::*clear)();
     };
 
     LogDialog(MainWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent);
     /// What the empty log says.
     void setPlaceholder(const QString& text);
+    /// Connects the log's signal to appendLogLine, once however often it is called.
+    virtual void follow(MainWindow* window) = 0;
 
     void showEvent(QShowEvent* event) override;
 

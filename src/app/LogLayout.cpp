@@ -27,6 +27,7 @@ QList<QTextLayout::FormatRange> selectionsIn(const QTextBlock& block,
                                              const QList<QAbstractTextDocumentLayout::Selection>& selections)
 {
     QList<QTextLayout::FormatRange> ranges;
+    ranges.reserve(selections.size());
     for (const auto& selection : selections) {
         const int start = std::max(selection.cursor.selectionStart() - block.position(), 0);
         const int end = std::min(selection.cursor.selectionEnd() - block.position(), block.length() - 1);
@@ -121,7 +122,7 @@ void LogLayout::widenFor(QTextBlock block)
     block.clearLayout(); // a cursor made one when it stood here
 }
 
-/// An append looks at what has come; any other change looks at all lines.
+/// An append looks at what has come and repaints no line before it; any other change looks at all lines.
 void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
 {
     const bool append = from > 0 && charsRemoved == 0;
@@ -129,7 +130,11 @@ void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
         measureFont();
         mostCells = 0;
     }
-    const QTextBlock first = document()->findBlock(append ? from : 0);
+    QTextBlock first = document()->findBlock(append ? from : 0);
+    if (append && first.next().isValid() && from == first.next().position() - 1) { // begun behind this line
+        first.clearLayout();
+        first = first.next();
+    }
     for (QTextBlock block = first; block.isValid(); block = block.next())
         widenFor(block);
     emit documentSizeChanged(documentSize());

@@ -9,4 +9,7 @@ class RpcLogDialog : public LogDialog
 
 public:
     explicit RpcLogDialog(MainWindow* window, QWidget* parent = nullptr);
+
+private:
+    void follow(MainWindow* window) override;
 };

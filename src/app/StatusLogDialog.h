@@ -9,4 +9,7 @@ class StatusLogDialog : public LogDialog
 
 public:
     explicit StatusLogDialog(MainWindow* window, QWidget* parent = nullptr);
+
+private:
+    void follow(MainWindow* window) override;
 };

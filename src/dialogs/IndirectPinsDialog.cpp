@@ -121,8 +121,10 @@ QString IndirectPinsDialog::cidAtRow(int row) const
 /// In the order of the selection, whether usable or not.
 QStringList IndirectPinsDialog::selectedTexts() const
 {
+    const QModelIndexList rows = table->selectionModel()->selectedRows();
     QStringList texts;
-    for (const QModelIndex& index : table->selectionModel()->selectedRows())
+    texts.reserve(rows.size());
+    for (const QModelIndex& index : rows)
         texts.append(cidAtRow(index.row()));
     return texts;
 }
