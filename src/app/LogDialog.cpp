@@ -73,6 +73,7 @@ LogDialog::LogDialog(MainWindow* newWindow, const Source& newSource, const QStri
 void LogDialog::setPlaceholder(const QString& text)
 {
     textEdit->setPlaceholderText(text);
+    textEdit->setAccessibleName(windowTitle());
 }
 
 void LogDialog::showEvent(QShowEvent* event)

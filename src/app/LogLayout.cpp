@@ -16,10 +16,23 @@ namespace {
 constexpr char16_t lastNarrowLetter = 0x24f;
 constexpr qreal everything = 1e9; // pixels, as Qt's own layouts have it
 
+constexpr qsizetype tabCells = 8;
+/// A line is shaped with each repaint. The address of an unpin of thousands is hundreds of kilobytes long: what stands
+/// behind this many letters is in the text, for copying, and not in sight.
+constexpr qsizetype longestShown = 8000;
+
+/// What is drawn of a line. Where a letter stands for the end of a line, Qt would draw nothing behind it.
+QString shownText(const QTextBlock& block)
+{
+    QString text = block.text().left(longestShown);
+    return text.replace(QChar::LineSeparator, u' ');
+}
+
 /// How many letters of a fixed pitch the text is wide, at the most: what is not Latin may take two.
 qsizetype cellsOf(const QString& text)
 {
-    return text.size() + std::ranges::count_if(text, [](QChar c) { return c.unicode() > lastNarrowLetter; });
+    return text.size() + tabCells * text.count(u'\t')
+        + std::ranges::count_if(text, [](QChar c) { return c.unicode() > lastNarrowLetter; });
 }
 
 /// The parts of the selections that lie in `block`.
@@ -70,7 +83,7 @@ void LogLayout::draw(QPainter* painter, const PaintContext& context)
     painter->setPen(context.palette.color(QPalette::Text));
     QTextBlock block = document()->findBlockByNumber(lineAt(clip.top()));
     for (; block.isValid() && block.blockNumber() <= last; block = block.next()) {
-        QTextLayout layout(block.text(), document()->defaultFont(), paintDevice());
+        QTextLayout layout(shownText(block), document()->defaultFont(), paintDevice());
         shape(layout);
         painter->save();
         painter->translate(blockBoundingRect(block).topLeft()); // a layout's own numbers end at 33 million pixels
@@ -118,7 +131,7 @@ QRectF LogLayout::blockBoundingRect(const QTextBlock& block) const
 
 void LogLayout::widenFor(QTextBlock block)
 {
-    mostCells = std::max(mostCells, cellsOf(block.text()));
+    mostCells = std::max(mostCells, cellsOf(shownText(block)));
     block.clearLayout(); // a cursor made one when it stood here
 }
 

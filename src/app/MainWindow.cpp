@@ -65,16 +65,13 @@ MainWindow::MainWindow(QWidget* parent)
     setupShortcuts();
     setupToolBar();
     setupCentralWidget();
+    setupToolBarOverflow();
     setupStatusBar();
     pinTable->setFocus();
     connectClient();
     setupTimers();
 
-    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        pinTable->setUpdatesEnabled(state == Qt::ApplicationActive);
-        if (state == Qt::ApplicationActive)
-            pinTable->update();
-    });
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);
 
     loadSettings();
     QTimer::singleShot(firstRefreshDelay, this, &MainWindow::onRefreshClicked);
@@ -84,6 +81,13 @@ MainWindow::~MainWindow()
 {
     deleteToolWindows();
     saveSettings();
+}
+
+void MainWindow::onApplicationStateChanged(Qt::ApplicationState state)
+{
+    pinTable->setUpdatesEnabled(state == Qt::ApplicationActive);
+    if (state == Qt::ApplicationActive)
+        pinTable->update();
 }
 
 void MainWindow::updateWindowTitleForActivationState()
@@ -126,10 +130,7 @@ void MainWindow::setupTimers()
     countUpdateTimer->setInterval(firstCountInterval);
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
     planTimer->setSingleShot(true);
-    connect(planTimer, &QTimer::timeout, this, [this] {
-        planNextFacts();
-        updateCountLabelsSoon();
-    });
+    connect(planTimer, &QTimer::timeout, this, &MainWindow::planNextFacts);
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)

@@ -49,6 +49,7 @@ public:
     QStringList rpcLog() const { return rpcLogLines; }
     /// Every status message of this run, a line each, oldest first.
     QStringList statusLog() const { return statusLogLines; }
+    /// Empty the list; nothing is emitted.
     void clearRpcLog() { rpcLogLines.clear(); }
     void clearStatusLog() { statusLogLines.clear(); }
 
@@ -63,6 +64,7 @@ public:
     void showRpcLogDialog(AuxWindowMode mode);
 
 signals:
+    /// A line has come to the log; it is in the list already.
     void rpcLogAppended(QString line);
     void statusLogAppended(QString line);
 
@@ -80,6 +82,7 @@ private slots:
     void onSearchTextChanged(const QString& text);
     void onSearchDebounceTimeout();
     void onAutoRefreshTick();
+    void onApplicationStateChanged(Qt::ApplicationState state);
     void onRefsReceivedForTable(const QString& rootCid, const QStringList& cids);
     void onDagStatReceived(const QString& cid, long long cumulativeSize);
     void onKindReceived(const QString& cid, const QString& kind);
@@ -114,6 +117,7 @@ private:
     void addSearchField(QToolBar* bar);
     void addToolWindowButtons(QToolBar* bar);
     void setupCentralWidget();
+    void setupToolBarOverflow();
     void setupPinTable();
     QWidget* newStatsFrame();
     QLabel* newStatsLine(const QString& name, const QString& text);
@@ -143,8 +147,10 @@ private:
     void setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint);
 
     // table
-    QModelIndexList selectedRows() const;
+    bool hasSeveralRowsSelected() const;
+    QString firstSelectedCid() const;
     QStringList selectedCids() const;
+    void openCurrentRow();
     bool isRecursivePin(const QModelIndex& index) const;
     void fillRowMenu(QMenu* menu, const QModelIndex& index);
     void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
@@ -170,6 +176,7 @@ private:
     void planNextFacts();
     void dropPlan();
     void planFacts(const QString& cid);
+    void startCountTimer();
     void updateCountLabelsSoon();
     void updateCountLabels();
     int countUpdateIntervalMs() const;

@@ -68,9 +68,10 @@ void makeCopyable(QLabel* label, const QString& entry)
     label->setCursor(Qt::IBeamCursor);
     label->setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(label, &QWidget::customContextMenuRequested, label, [label, entry](const QPoint& position) {
-        QMenu menu(label);
-        menu.addAction(entry, label, [label] { QGuiApplication::clipboard()->setText(label->text()); });
-        menu.exec(label->mapToGlobal(position));
+        auto* menu = new QMenu(label);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->addAction(entry, label, [label] { QGuiApplication::clipboard()->setText(label->text()); });
+        menu->popup(label->mapToGlobal(position));
     });
 }
 
@@ -82,10 +83,6 @@ void MainWindow::setupToolBar()
     bar->setObjectName(u"mainToolBar"_s);
     bar->setMovable(false);
     bar->setIconSize(toolBarIconSize);
-    if (auto* more = bar->findChild<QToolButton*>(u"qt_toolbar_ext_button"_s)) {
-        more->setIcon(overflowIcon(palette()));
-        more->setToolTip(tr("More"));
-    }
     addLoadButtons(bar);
     bar->addSeparator();
     addListSelectors(bar);
@@ -93,6 +90,21 @@ void MainWindow::setupToolBar()
     addSearchField(bar);
     bar->addSeparator();
     addToolWindowButtons(bar);
+}
+
+/// The button for what the bar has no room for. To be called once the other controls are there: Qt takes an order that
+/// holds in a circle for one that is set already.
+void MainWindow::setupToolBarOverflow()
+{
+    auto* more = findChild<QToolButton*>(u"qt_toolbar_ext_button"_s);
+    if (!more)
+        return;
+    more->setIcon(overflowIcon(palette()));
+    more->setToolTip(tr("More"));
+    more->setAccessibleName(tr("More tools"));
+    more->setFocusPolicy(Qt::StrongFocus); // its tools are reached by no other way
+    const QWidget* lastTool = findChildren<SplitActionButton*>().constLast();
+    setTabOrder(lastTool->findChildren<QPushButton*>().constLast(), more);
 }
 
 void MainWindow::addLoadButtons(QToolBar* bar)
@@ -240,8 +252,10 @@ void MainWindow::setupPinTable()
     connect(pinTable, &QWidget::customContextMenuRequested, this, &MainWindow::onTableContextMenuRequested);
     connect(pinTable, &QTableView::doubleClicked, this, &MainWindow::onTableDoubleClicked);
     connect(pinTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::onSelectionChanged);
-    const auto* open = new QShortcut(Qt::Key_Return, pinTable, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(open, &QShortcut::activated, this, [this] { onTableDoubleClicked(pinTable->currentIndex()); });
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        const auto* open = new QShortcut(key, pinTable, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(open, &QShortcut::activated, this, &MainWindow::openCurrentRow);
+    }
 }
 
 QWidget* MainWindow::newStatsFrame()

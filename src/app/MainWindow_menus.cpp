@@ -88,7 +88,10 @@ void MainWindow::showAboutBox()
     box.setDefaultButton(QMessageBox::Close);
     box.setEscapeButton(QMessageBox::Close);
     box.addButton(tr("Check for update"), QMessageBox::ActionRole)->setEnabled(false);
-    for (QLabel* label : box.findChildren<QLabel*>())
+    for (QLabel* label : box.findChildren<QLabel*>()) {
         label->setOpenExternalLinks(true);
+        if (label->text().contains("href="_L1))
+            label->setTextInteractionFlags(Qt::TextBrowserInteraction); // the link is reached by Tab
+    }
     box.exec();
 }

@@ -81,6 +81,7 @@ void MainWindow::planNextFacts()
     }
     if (planPosition < pinModel->rowCount())
         planTimer->start();
+    startCountTimer();
 }
 
 void MainWindow::dropPlan()
@@ -164,10 +165,15 @@ int MainWindow::countUpdateIntervalMs() const
 }
 
 /// A burst of results costs one update an interval, and its first result is not put off by the later ones.
-void MainWindow::updateCountLabelsSoon()
+void MainWindow::startCountTimer()
 {
     if (!countUpdateTimer->isActive())
         countUpdateTimer->start(countUpdateIntervalMs());
+}
+
+void MainWindow::updateCountLabelsSoon()
+{
+    startCountTimer();
     if (metadataTargets.size() <= manyTargets)
         return;
     const qint64 now = QDateTime::currentMSecsSinceEpoch();

@@ -51,7 +51,8 @@ void MainWindow::onContentChanged()
 {
     contentMode = contentCombo->currentData().toString();
     filterCombo->setEnabled(contentMode == ContentMode::pinned);
-    onSelectionChanged(); // in the view of what is not pinned there is nothing to unpin
+    if (showsUnpinned())
+        onSelectionChanged(); // there is nothing to unpin; the other way round the rows are not pins until they come
     triggerRefresh(true);
 }
 

@@ -51,16 +51,25 @@ void MainWindow::onSelectionChanged()
     unpinAllAction->setEnabled(pinned && pinModel->rowCount() > 0);
 }
 
-QModelIndexList MainWindow::selectedRows() const
+/// Looks at ranges: all of a long list may be selected.
+bool MainWindow::hasSeveralRowsSelected() const
 {
-    return pinTable->selectionModel()->selectedRows();
+    const QItemSelection ranges = pinTable->selectionModel()->selection();
+    return ranges.size() > 1 || (!ranges.isEmpty() && ranges.constFirst().height() > 1);
+}
+
+/// Empty if nothing is selected.
+QString MainWindow::firstSelectedCid() const
+{
+    const QItemSelection ranges = pinTable->selectionModel()->selection();
+    return ranges.isEmpty() ? QString() : cidOf(ranges.constFirst().topLeft());
 }
 
 /// Those of the selected rows that have one, in the order of the selection.
 QStringList MainWindow::selectedCids() const
 {
     QStringList cids;
-    for (const QModelIndex& row : selectedRows()) {
+    for (const QModelIndex& row : pinTable->selectionModel()->selectedRows()) {
         if (const QString cid = cidOf(row); !cid.isEmpty())
             cids.append(cid);
     }
@@ -80,7 +89,7 @@ void MainWindow::onTableContextMenuRequested(const QPoint& pos)
         return;
     QItemSelectionModel* selection = pinTable->selectionModel();
     const bool several
-        = contentMode == ContentMode::pinned && selection->isRowSelected(index.row()) && selectedRows().size() > 1;
+        = contentMode == ContentMode::pinned && selection->isRowSelected(index.row()) && hasSeveralRowsSelected();
     auto* menu = new QMenu(this); // on the stack it would go twice, if the window went while it is open
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (several) {
@@ -123,6 +132,15 @@ void MainWindow::onTableDoubleClicked(const QModelIndex& index)
         onCopySelectedCID();
 }
 
+/// The Return key's double click. It acts on the current row, so that one is to be selected.
+void MainWindow::openCurrentRow()
+{
+    const QModelIndex current = pinTable->currentIndex();
+    if (current.isValid() && !pinTable->selectionModel()->isSelected(current))
+        pinTable->selectRow(current.row());
+    onTableDoubleClicked(current);
+}
+
 void MainWindow::onShowIndirectPins(const QString& rootCid)
 {
     showOnce(new IndirectPinsDialog(rootCid, client, this));
@@ -152,8 +170,7 @@ void MainWindow::onOpenFromLocal()
 /// The status reads the same whether or not a browser could be started.
 void MainWindow::openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf)
 {
-    const QModelIndexList rows = selectedRows();
-    const QString cid = rows.isEmpty() ? QString() : cidOf(rows.constFirst());
+    const QString cid = firstSelectedCid();
     if (cid.isEmpty())
         return;
     QDesktopServices::openUrl(urlOf(ipfsPath(cid)));

@@ -19,6 +19,7 @@ public:
     /// Trimmed; "127.0.0.1" if the field is empty.
     QString host() const;
     unsigned short port() const;
+    /// As PinType names it.
     QString pinTypeFilter() const;
     int refreshIntervalSeconds() const;
     bool autoRefresh() const;

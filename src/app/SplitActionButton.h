@@ -12,10 +12,12 @@ class SplitActionButton : public QWidget
 public:
     explicit SplitActionButton(const QString& text, QWidget* parent = nullptr);
 
+    /// The tool tip of one half.
     void setPrimaryToolTip(const QString& text);
     void setSecondaryToolTip(const QString& text);
 
 signals:
+    /// One half was clicked.
     void primaryClicked();
     void secondaryClicked();
 

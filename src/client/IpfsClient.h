@@ -159,6 +159,7 @@ private:
 
     void resetUnpinnedState();
     int takeLocalRef(QByteArrayView line);
+    void takeLocalRefsLater(QNetworkReply* reply);
     void countLocalRefs(QNetworkReply* reply, int lines);
     void onRefsLocalReplyFailed(const QNetworkReply* reply);
     void finishUnpinnedFetch();

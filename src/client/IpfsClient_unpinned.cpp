@@ -4,7 +4,6 @@
 #include "ReplyProperties.h"
 
 #include <QNetworkReply>
-#include <QPointer>
 
 using namespace Qt::StringLiterals;
 
@@ -73,10 +72,21 @@ void IpfsClient::onRefsLocalReplyReadyRead(QNetworkReply* reply)
     }
     buffer.remove(0, start);
     reply->setProperty(ReplyProperty::streamBuffer, buffer);
-    if (reply->bytesAvailable() > 0 && !reply->isFinished()) // a finished reply is drained by its end
-        QMetaObject::invokeMethod(
-            reply, [this, reply] { onRefsLocalReplyReadyRead(reply); }, Qt::QueuedConnection);
+    takeLocalRefsLater(reply);
     countLocalRefs(reply, lines);
+}
+
+/// One turn is posted at a time, however many pieces have come. A finished reply is drained by its end.
+void IpfsClient::takeLocalRefsLater(QNetworkReply* reply)
+{
+    if (reply->bytesAvailable() <= 0 || reply->isFinished() || reply->property(ReplyProperty::turnPosted).toBool())
+        return;
+    reply->setProperty(ReplyProperty::turnPosted, true);
+    const auto turn = [this, reply] {
+        reply->setProperty(ReplyProperty::turnPosted, false);
+        onRefsLocalReplyReadyRead(reply);
+    };
+    QMetaObject::invokeMethod(reply, turn, Qt::QueuedConnection);
 }
 
 void IpfsClient::countLocalRefs(QNetworkReply* reply, int lines)
@@ -95,6 +105,10 @@ void IpfsClient::onRefsLocalReplyFinished(QNetworkReply* reply)
         return;
     }
     onRefsLocalReplyReadyRead(reply);
+    if (!isCurrent(reply)) { // a listener of the count has begun another load
+        reply->deleteLater();
+        return;
+    }
     if (reply->isOpen() && reply->bytesAvailable() > 0) {
         QMetaObject::invokeMethod(
             reply, [this, reply] { onRefsLocalReplyFinished(reply); }, Qt::QueuedConnection);
@@ -105,9 +119,8 @@ void IpfsClient::onRefsLocalReplyFinished(QNetworkReply* reply)
         onRefsLocalReplyFailed(reply);
         return;
     }
-    const quint64 epoch = pinsEpoch;
     countLocalRefs(reply, takeLocalRef(takeBytes(reply, ReplyProperty::streamBuffer)));
-    if (epoch != pinsEpoch) // a listener of the count has begun another load
+    if (!isCurrent(reply))
         return;
     unpinnedRefsDone = true;
     finishUnpinnedFetch();

@@ -18,6 +18,7 @@ inline constexpr const char* pinsEpoch = "pinsEpoch";                 ///< quint
 inline constexpr const char* cancelledByClient = "cancelledByClient"; ///< bool, aborted by cancelActiveLoading
 inline constexpr const char* cid = "cid";                             ///< QString, the CID asked for
 inline constexpr const char* rootCid = "rootCid";                     ///< QString, the CID whose refs were asked for
+inline constexpr const char* turnPosted = "turnPosted";       ///< bool, a turn that takes more of the body is posted
 inline constexpr const char* outsideQueues = "outsideQueues"; ///< bool, a fact asked for beside the metadata queues
 inline constexpr const char* cids = "cids";                   ///< QStringList, the CIDs whose unpinning was asked for
 inline constexpr const char* unpinIndex = "unpinIndex";       ///< int, a CID's place in its batch

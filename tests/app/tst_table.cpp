@@ -200,9 +200,10 @@ private slots:
         open(*node);
         QVERIFY(waitForRows(3));
         QCOMPARE(QApplication::focusWidget(), table()); // after the load
-        window->resize(2400, 600);
-        QTRY_VERIFY(window->findChildren<SplitActionButton*>().constLast()->isVisible());
         QTRY_VERIFY(label("peerIdLabel"_L1)->focusPolicy() == Qt::TabFocus);
+        const auto* lastTool = window->findChildren<SplitActionButton*>().constLast();
+        window->resize(2400, 600);
+        QTRY_VERIFY(lastTool->isVisible());
         QStringList reached;
         for (int i = 0; i < 30 && (reached.isEmpty() || QApplication::focusWidget() != table()); ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -216,6 +217,14 @@ private slots:
         QTest::keyClick(table(), Qt::Key_Tab);
         QTest::keyClick(label("peerIdLabel"_L1), Qt::Key_Space);
         QCOMPARE(clipboard(), u"x"_s);
+
+        window->resize(1060, 640); // too narrow for all
+        QTRY_VERIFY(!lastTool->isVisible());
+        table()->setFocus();
+        QTest::keyClick(table(), Qt::Key_Tab, Qt::ShiftModifier);
+        QCOMPARE(spokenName(), u"More tools"_s);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QTRY_VERIFY(lastTool->isVisible());
     }
 
     /// Start, search, sort, copy, unpin, see the list anew, read both logs, look at what is not pinned, and come back.
