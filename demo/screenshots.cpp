@@ -1,5 +1,4 @@
-// Takes the pictures of the user guide: the real window and its dialogs, asking a demo node. `make screenshots` runs
-// it.
+// Takes the pictures of the user guide, of the real window and its dialogs before a demo node, for `make screenshots`.
 
 #include "Appearance.h"
 #include "DemoNode.h"
