@@ -1,14 +1,15 @@
 # The front door. `make` alone says what there is.
-.PHONY: help run test check bench demo fuzz format clean
+.PHONY: help run test check bench demo fuzz screenshots format clean
 
 help:
-	@echo "make run     build Norvo and start it (with the demo node where no node answers)"
-	@echo "make test    build and run all tests"
-	@echo "make check   the whole gate: format, warnings, sanitizers, static analysis, fuzz corpora"
-	@echo "make bench   measure against the demo node"
-	@echo "make demo    start the demo node on 127.0.0.1:5001"
-	@echo "make fuzz    fuzz each parser for a minute"
-	@echo "make format  format all sources"
+	@echo "make run          build Norvo and start it (with the demo node where no node answers)"
+	@echo "make test         build and run all tests"
+	@echo "make check        the whole gate: format, warnings, sanitizers, static analysis, fuzz corpora"
+	@echo "make bench        measure against the demo node"
+	@echo "make demo         start the demo node on 127.0.0.1:5001"
+	@echo "make fuzz         fuzz each parser for a minute"
+	@echo "make screenshots  take the pictures of the user guide anew"
+	@echo "make format       format all sources"
 
 run:
 	@tools/install-deps show
@@ -42,6 +43,11 @@ fuzz:
 		[ -x $$target ] && [ -f $$target ] || continue; name=$$(basename $$target); \
 		mkdir -p build/fuzz/found/$$name; \
 		$$target -max_total_time=60 build/fuzz/found/$$name fuzz/corpus/$$name || exit 1; done
+
+screenshots:
+	@tools/install-deps show
+	@cmake --preset release >/dev/null && cmake --build --preset release --target norvo-screenshots
+	@tools/with-display build/release/demo/norvo-screenshots docs/images
 
 format:
 	@git ls-files -co --exclude-standard '*.cpp' '*.h' | xargs clang-format -i

@@ -23,6 +23,7 @@ protected:
         setting(QLatin1StringView("port"), served.port());
         window = std::make_unique<MainWindow>();
         window->show();
+        window->activateWindow(); // nobody else does where there is no window manager
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
     }
     void close()
