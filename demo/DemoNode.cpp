@@ -32,14 +32,14 @@ void appendPinLine(QByteArray& body, const QByteArray& cid, const QString& name,
     body.append(",\"Type\":\"").append(type).append("\"}\n");
 }
 
-/// Everything below the recursive pins that is not pinned by itself.
+/// Everything below the recursive pins that is not pinned by itself, under that very CID.
 QList<ListedPin> indirectPins(const DemoStore& store, const QList<DemoPin>& pins)
 {
     QSet<QByteArray> listed;
     QSet<QByteArray> walked;
     QList<Cid> open;
     for (const DemoPin& pin : pins) {
-        listed.insert(pin.cid.multihash);
+        listed.insert(cidBytes(pin.cid));
         if (pin.recursive)
             open.append(pin.cid);
     }
@@ -52,8 +52,8 @@ QList<ListedPin> indirectPins(const DemoStore& store, const QList<DemoPin>& pins
         const auto object = store.find(parent);
         for (const DemoLink& link : object ? object->links : QList<DemoLink>()) {
             open.append(link.cid);
-            if (!listed.contains(link.cid.multihash)) {
-                listed.insert(link.cid.multihash);
+            if (const QByteArray key = cidBytes(link.cid); !listed.contains(key)) {
+                listed.insert(key);
                 found.append({.cid = link.cid, .type = "indirect"});
             }
         }

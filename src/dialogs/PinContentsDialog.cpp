@@ -25,6 +25,7 @@ namespace {
 constexpr int margin = 8;
 constexpr int nameWidth = 220;
 constexpr int sizeWidth = 80;
+constexpr int rowHeight = 22;
 constexpr int lsDirectory = 1; // a listing's number for a directory
 constexpr qsizetype shortCidLength = 12;
 
@@ -176,6 +177,7 @@ void PinContentsDialog::startLoading()
     fileCount = 0;
     folderCount = 0;
     auto* root = newItem(u"."_s, {}, {.cid = rootCid, .isDirectory = true});
+    root->setSizeHint(0, {0, rowHeight}); // all rows are as high as the first
     tree->addTopLevelItem(root);
     pendingLsCount = 0;
     askForListing(root);
