@@ -2,9 +2,11 @@
 #include "ReplyProperties.h"
 
 #include <QMetaMethod>
+#include <QRegularExpression>
 #include <QTimer>
 
 #include <ctime>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -15,21 +17,19 @@ const QByteArray lineA = "{\"Cid\":\"a\",\"Name\":\"n\",\"Type\":\"recursive\"}\
 const QByteArray lineB = "{\"Cid\":\"b\",\"Type\":\"direct\"}\n";
 const QByteArray path = "/pin/ls";
 
-/// A reply that hands out a body in chunks of one size, without a network.
+/// A reply that hands out a body in chunks, without a network.
 class ChunkedReply : public QNetworkReply
 {
 public:
-    ChunkedReply(const QByteArray& newBody, qsizetype newSize)
+    explicit ChunkedReply(const QByteArray& newBody)
         : body(newBody)
-        , size(newSize)
     {
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
     /// False at the end of the body.
-    bool nextChunk()
+    bool nextChunk(qsizetype size)
     {
-        start = end;
-        end = std::min(end + size, body.size());
+        start = std::exchange(end, std::min(end + size, body.size()));
         return start < end;
     }
     qint64 bytesAvailable() const override { return end - start; }
@@ -39,36 +39,27 @@ protected:
     qint64 readData(char* data, qint64 most) override
     {
         const qint64 taken = std::min<qint64>(most, end - start);
-        std::copy_n(body.constData() + start, taken, data);
-        start += taken;
+        std::copy_n(body.constData() + std::exchange(start, start + taken), taken, data);
         return taken;
     }
 
 private:
     QByteArray body;
-    qsizetype size;
     qsizetype start = 0;
     qsizetype end = 0;
 };
 
-double cpuSeconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
-
-/// CPU time that the client takes for the body in chunks of `size` bytes.
+/// CPU seconds that the client takes for the body in chunks of `size` bytes.
 double secondsToTake(IpfsClient& client, const QByteArray& body, qsizetype size)
 {
-    ChunkedReply reply(body, size);
+    ChunkedReply reply(body);
     reply.setProperty(ReplyProperty::pinsEpoch, quint64 {0});
     const QMetaObject* meta = client.metaObject();
     const QMetaMethod slot = meta->method(meta->indexOfSlot("onPinsReplyReadyRead(QNetworkReply*)"));
-    const double start = cpuSeconds();
-    while (reply.nextChunk())
+    const std::clock_t start = std::clock();
+    while (reply.nextChunk(size))
         slot.invoke(&client, Qt::DirectConnection, Q_ARG(QNetworkReply*, &reply));
-    const double taken = cpuSeconds() - start;
+    const auto taken = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
     return reply.property(ReplyProperty::rawData).toByteArray() == body ? taken : -1;
 }
 
@@ -82,28 +73,25 @@ private slots:
     void requests_data()
     {
         QTest::addColumn<QString>("type");
-        QTest::addColumn<QList<QByteArray>>("queries");
-        const auto query = [](const QByteArray& type) {
-            return "type=" + type + "&names=true&stream=true&cid-base=base32&upgrade-cidv0-in-output=true";
-        };
-        QTest::newRow("empty is all") << QString() << QList<QByteArray> {query("all")};
-        QTest::newRow("one type") << u"indirect"_s << QList<QByteArray> {query("indirect")};
-        QTest::newRow("composite") << u"recursive+direct"_s << QList<QByteArray> {query("recursive"), query("direct")};
+        QTest::addColumn<QByteArrayList>("asked"); // in the order of the alphabet
+        QTest::newRow("empty is all") << QString() << QByteArrayList {"all"};
+        QTest::newRow("one type") << u"indirect"_s << QByteArrayList {"indirect"};
+        QTest::newRow("composite") << u"recursive+direct"_s << QByteArrayList {"direct", "recursive"};
     }
     void requests()
     {
         QFETCH(const QString, type);
-        QFETCH(const QList<QByteArray>, queries);
+        QFETCH(QByteArrayList, asked);
+        for (QByteArray& query : asked)
+            query = "type=" + query + "&names=true&stream=true&cid-base=base32&upgrade-cidv0-in-output=true";
         node->answer(path, FakeAnswer::json({}));
         fetch(type);
         QTRY_COMPARE(log->count("pins"_L1), 1);
-        QList<QByteArray> sent;
+        QByteArrayList sent;
         for (const FakeRequest& request : node->requests())
             sent.append(request.rawQuery);
         std::ranges::sort(sent); // the two travel on connections of their own
-        QList<QByteArray> expected = queries;
-        std::ranges::sort(expected);
-        QCOMPARE(sent, expected);
+        QCOMPARE(sent, asked);
     }
 
     void streams_data()
@@ -111,16 +99,16 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("count"); // 0 for no count at all
         QTest::addColumn<QString>("pins");
-        QTest::newRow("empty") << QByteArray() << 0 << u"pins"_s;
-        QTest::newRow("two lines") << lineB + lineA << 2 << u"pins b:direct a:recursive:n"_s;
-        QTest::newRow("no last line feed") << lineB + lineA.trimmed() << 2 << u"pins b:direct a:recursive:n"_s;
-        QTest::newRow("last line does not parse") << lineB + "{\"Cid\"" << 1 << u"pins b:direct"_s;
-        QTest::newRow("garbage counts but gives nothing") << "garbage\n" + lineB + " \r\n" << 2 << u"pins b:direct"_s;
-        QTest::newRow("single line with a CID") << lineB.trimmed() << 1 << u"pins b:direct"_s;
-        QTest::newRow("CRLF") << "{\"Cid\":\"b\",\"Type\":\"direct\"}\r\n\r\n" + lineA << 2
-                              << u"pins b:direct a:recursive:n"_s;
-        QTest::newRow("document of keys")
-            << QByteArray(R"({"Keys":{"b":{"Type":"direct"},"a":{},"c":{}}})") << 3 << u"pins a: b:direct c:"_s;
+        const auto row = [](const char* name, const QByteArray& bytes, int total, const QString& line) {
+            QTest::newRow(name) << bytes << total << line;
+        };
+        row("empty", {}, 0, u"pins"_s);
+        row("no last line feed", lineB + lineA.trimmed(), 2, u"pins b:direct a:recursive:n"_s);
+        row("last line does not parse", lineB + "{\"Cid\"", 1, u"pins b:direct"_s);
+        row("garbage counts but gives nothing", "garbage\n" + lineB + " \r\n", 2, u"pins b:direct"_s);
+        row("single line with a CID", lineB.trimmed(), 1, u"pins b:direct"_s);
+        row("CRLF", lineB.trimmed() + "\r\n\r\n" + lineA, 2, u"pins b:direct a:recursive:n"_s);
+        row("document of keys", R"({"Keys":{"b":{"Type":"direct"},"a":{},"c":{}}})", 3, u"pins a: b:direct c:"_s);
     }
     void streams()
     {
@@ -130,7 +118,9 @@ private slots:
         for (const qsizetype size : {qsizetype {1}, qsizetype {7}, qsizetype {100'000}}) {
             log->lines.clear();
             log->loaded.clear();
-            node->answer(path, FakeAnswer::chunked(body, size));
+            FakeAnswer answer = FakeAnswer::chunked(body, size);
+            answer.streamError = size == 7 ? "merkledag: not found" : ""; // the list is a good one all the same
+            node->answer(path, answer);
             fetch(u"all"_s);
             QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, pins}));
             QCOMPARE(log->loaded.isEmpty() ? 0 : log->loaded.constLast(), count);
@@ -150,52 +140,44 @@ private slots:
 
     void compositeJoinsInAnyOrder_data()
     {
-        QTest::addColumn<bool>("directFirst");
-        QTest::addColumn<bool>("recursiveFails");
-        QTest::addColumn<bool>("directFails");
+        QTest::addColumn<QByteArrayList>("order"); // a half behind "!" fails
         QTest::addColumn<QStringList>("outcome");
-        const QString error = u"error Network error: Error transferring http://127.0.0.1:%1/api/v0/pin/ls?type=TYPE"
-                              "&names=true&stream=true&cid-base=base32&upgrade-cidv0-in-output=true"
-                              " - server replied: Internal Server Error"_s;
-        const auto failed = [&error](const QString& type) { return QString(error).replace(u"TYPE"_s, type); };
         const QString on = u"connected"_s;
         const QString off = u"disconnected"_s;
-        QTest::newRow("recursive, direct")
-            << false << false << false << QStringList({on, on, u"pins a:direct b:recursive c:direct"_s});
-        QTest::newRow("direct, recursive")
-            << true << false << false << QStringList({on, on, u"pins a:recursive b:recursive c:direct"_s});
-        QTest::newRow("recursive fails first")
-            << false << true << false << QStringList({failed(u"recursive"_s), off, on, u"pins a:direct c:direct"_s});
-        QTest::newRow("recursive fails last")
-            << true << true << false << QStringList({on, u"pins a:direct c:direct"_s, failed(u"recursive"_s), off});
-        QTest::newRow("direct fails last")
-            << false << false << true << QStringList({on, u"pins a:recursive b:recursive"_s, failed(u"direct"_s), off});
-        QTest::newRow("both fail") << false << true << true
-                                   << QStringList({failed(u"recursive"_s), off, u"pins"_s, failed(u"direct"_s), off});
+        const QString onlyDirect = u"pins a:direct c:direct"_s;
+        const auto row = [](const char* name, const QByteArrayList& halves, const QStringList& lines) {
+            QTest::newRow(name) << halves << lines;
+        };
+        row("recursive, direct", {"recursive", "direct"}, {on, on, u"pins a:direct b:recursive c:direct"_s});
+        row("direct, recursive", {"direct", "recursive"}, {on, on, u"pins a:recursive b:recursive c:direct"_s});
+        row("recursive fails first", {"!recursive", "direct"}, {u"error recursive"_s, off, on, onlyDirect});
+        row("recursive fails last", {"direct", "!recursive"}, {on, onlyDirect, u"error recursive"_s, off});
+        row("direct fails last", {"recursive", "!direct"},
+            {on, u"pins a:recursive b:recursive"_s, u"error direct"_s, off});
+        row("both fail", {"!recursive", "!direct"}, {u"error recursive"_s, off, u"pins"_s, u"error direct"_s, off});
     }
     void compositeJoinsInAnyOrder()
     {
-        QFETCH(const bool, directFirst);
-        QFETCH(const bool, recursiveFails);
-        QFETCH(const bool, directFails);
-        QFETCH(QStringList, outcome);
-        outcome.replaceInStrings(u"%1"_s, QString::number(node->port()));
+        QFETCH(const QByteArrayList, order);
+        QFETCH(const QStringList, outcome);
         node->answer(path, FakeAnswer::hold());
         fetch(u"recursive+direct"_s);
         QTRY_COMPARE(node->heldCount(path), 2);
-        const bool recursiveCameFirst = node->requests().constFirst().value(u"type"_s) == u"recursive"_s;
-        const auto recursive = recursiveFails
-            ? FakeAnswer::error("no")
-            : FakeAnswer::json("{\"Cid\":\"b\",\"Type\":\"recursive\"}\n{\"Cid\":\"a\",\"Type\":\"recursive\"}\n");
-        const auto direct = directFails
-            ? FakeAnswer::error("no")
-            : FakeAnswer::json("{\"Cid\":\"c\",\"Type\":\"direct\"}\n{\"Cid\":\"a\",\"Type\":\"direct\"}\n");
-        node->release(path, directFirst ? direct : recursive, directFirst == recursiveCameFirst ? 1 : 0);
-        QTRY_VERIFY(log->count("connected"_L1) + log->count("disconnected"_L1) == 1);
-        QVERIFY(waitForDetached(10s));
-        QCoreApplication::processEvents(); // the first half is parsed and delivered before the second one answers
-        node->release(path, directFirst ? recursive : direct);
-        QTRY_COMPARE(log->outcome(), outcome);
+        const bool asSent = order.constFirst().endsWith(node->requests().constFirst().value(u"type"_s).toLatin1());
+        int index = asSent ? 0 : 1;
+        for (const QByteArray& half : order) {
+            const QByteArray line = "{\"Cid\":\"%\",\"Type\":\"" + half + "\"}\n";
+            const QByteArray other = half == "recursive" ? "b" : "c";
+            const QByteArray body = QByteArray(line).replace('%', other) + QByteArray(line).replace('%', "a");
+            node->release(path, half.startsWith('!') ? FakeAnswer::error("no") : FakeAnswer::json(body), index);
+            QTRY_COMPARE(node->openNow(path), half == order.constFirst() ? 1 : 0);
+            QTRY_VERIFY(log->count("connected"_L1) + log->count("disconnected"_L1) > 0);
+            QVERIFY(waitForDetached(10s));
+            QCoreApplication::processEvents(); // the first half is parsed and delivered before the second one answers
+            index = 0;
+        }
+        const QRegularExpression message(u"^error Network error: .*type=(\\w+)&.*"_s);
+        QTRY_COMPARE(log->outcome().replaceInStrings(message, u"error \\1"_s), outcome);
     }
 
     void failures_data()
@@ -203,7 +185,6 @@ private slots:
         QTest::addColumn<FakeAnswer>("answer");
         QTest::addColumn<QString>("ending");
         QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
-        QTest::newRow("server error") << FakeAnswer::error("boom") << u"server replied: Internal Server Error"_s;
         QTest::newRow("break in mid-line") << FakeAnswer::dropAt(lineA + lineB, 50) << u"Connection closed"_s;
     }
     void failures()
@@ -216,15 +197,6 @@ private slots:
         const QString message = log->outcome().constFirst();
         QVERIFY2(message.startsWith(u"error Network error: "_s) && message.endsWith(ending), qPrintable(message));
         QCOMPARE(log->outcome().constLast(), u"disconnected"_s);
-    }
-
-    void aTrailerLeavesAShorterList()
-    {
-        FakeAnswer answer = FakeAnswer::json(lineA);
-        answer.streamError = "merkledag: not found";
-        node->answer(path, answer);
-        fetch(u"all"_s);
-        QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, u"pins a:recursive:n"_s}));
     }
 
     void cancelEndsInSilence_data()
@@ -251,15 +223,14 @@ private slots:
 
     void aParseThatEndsAfterACancelIsDropped()
     {
-        connect(client.get(), &IpfsClient::connectionStatusChanged, client.get(), [this] {
-            QTimer::singleShot(0, client.get(), [this] {
+        bool cancelled = false;
+        connect(client.get(), &IpfsClient::connectionStatusChanged, client.get(), [&] {
+            QTimer::singleShot(0, client.get(), [&] {
                 client->cancelActiveLoading(); // the parse has begun with the end of the reply
                 cancelled = true;
             });
         });
-        const auto body = QByteArray(lineA).repeated(300'000);
-        node->answer(path, FakeAnswer::chunked(body, 1024 * 1024));
-        cancelled = false;
+        node->answer(path, FakeAnswer::chunked(QByteArray(lineA).repeated(300'000), 1024 * 1024));
         fetch(u"all"_s);
         QTRY_VERIFY_WITH_TIMEOUT(cancelled, 20'000);
         QVERIFY(waitForDetached(30s));
@@ -291,11 +262,11 @@ private slots:
         QTRY_COMPARE(node->openNow(path), 1);
         node->release(path, olderFirst ? FakeAnswer::json(lineA) : older);
         QTRY_COMPARE(node->openNow(path), 0);
-        QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, u"pins a:recursive:n"_s}));
+        const QStringList newest {u"connected"_s, u"pins a:recursive:n"_s};
+        QTRY_COMPARE(log->outcome(), newest);
         QVERIFY(waitForDetached(10s));
         QTest::qWait(20); // the older one has had its chance
-        QCOMPARE(log->lines.filter(u"pins"_s).size(), 1);
-        QCOMPARE(log->count("error"_L1), 0);
+        QCOMPARE(log->outcome(), newest);
     }
 
     void aHalfOfAnOlderCompositeLoadIsNotJoined()
@@ -357,7 +328,6 @@ private slots:
     }
 
 private:
-    bool cancelled = false;
     void fetch(const QString& type)
     {
         client->fetchPins(type, u"base32"_s, true);
