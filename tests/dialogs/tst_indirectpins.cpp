@@ -18,20 +18,6 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace {
-
-const QByteArray refsPath = "/refs";
-
-QByteArray refLines(const QByteArrayList& cids)
-{
-    QByteArray body;
-    for (const QByteArray& cid : cids)
-        body += "{\"Ref\":\"" + cid + "\",\"Err\":\"\"}\n";
-    return body;
-}
-
-} // namespace
-
 class tst_IndirectPins : public QObject
 {
     Q_OBJECT
@@ -45,11 +31,9 @@ private slots:
         failOnWarnings();
         QSettings(u"Norvo"_s, u"settings"_s).clear();
         node = std::make_unique<FakeNode>();
-        node->answer(refsPath, FakeAnswer::hold());
+        node->answer("/refs", FakeAnswer::hold());
         client = std::make_unique<IpfsClient>();
         client->setEndpoint(u"127.0.0.1"_s, node->port());
-        opened.clear();
-        QGuiApplication::clipboard()->setText(u"before"_s);
         for (const auto scheme : {"http"_L1, "https"_L1})
             QDesktopServices::setUrlHandler(scheme, this, "keepUrl");
     }
@@ -62,40 +46,27 @@ private slots:
         QVERIFY(waitForDetached(10s));
     }
 
-    void answers_data()
-    {
-        QTest::addColumn<QString>("root");
-        QTest::addColumn<QByteArrayList>("cids");
-        QTest::addColumn<QStringList>("rows");
-        QTest::addColumn<QString>("count");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("none") << u"r"_s << QByteArrayList {} << QStringList {u"(no refs)"_s} << u"0 indirect pins"_s
-                              << u"Indirect pins under r"_s;
-        QTest::newRow("one, of a root that just fits")
-            << QString(50, u'r') << QByteArrayList {"a"} << QStringList {u"a"_s} << u"1 indirect pin"_s
-            << "Indirect pins under "_L1 + QString(50, u'r');
-        QTest::newRow("several, in order, of a long root")
-            << QString(51, u'r') << QByteArrayList {"b", "a", "b"} << QStringList {u"b"_s, u"a"_s, u"b"_s}
-            << u"3 indirect pins"_s << "Indirect pins under "_L1 + QString(47, u'r') + u'…';
-    }
     void answers()
     {
-        QFETCH(const QString, root);
-        QFETCH(const QByteArrayList, cids);
-        QFETCH(const QString, title);
-        open(root);
-        QCOMPARE(rows(), QStringList {u"Loading…"_s});
-        QCOMPARE(countLabel()->text(), u"Loading…"_s);
-        QCOMPARE(dialog->windowTitle(), title);
-        emit client->refsReceived(u"other"_s, {u"x"_s});
-        QCOMPARE(rows(), QStringList {u"Loading…"_s});
-        QTRY_COMPARE(node->heldCount(refsPath), 1);
-        node->release(refsPath, FakeAnswer::json(refLines(cids)));
-        QTRY_VERIFY(countLabel()->text() != u"Loading…"_s);
-        QTEST(rows(), "rows");
-        QTEST(countLabel()->text(), "count");
-        QCOMPARE(dialog->windowTitle(), title + u" (%1)"_s.arg(countLabel()->text()));
-        QVERIFY(table()->hasFocus());
+        const QList<std::tuple<QString, QString, QStringList, QString>> answers {
+            {u"r"_s, u"r"_s, {}, u"0 indirect pins"_s},
+            {QString(50, u'r'), QString(50, u'r'), {u"a"_s}, u"1 indirect pin"_s},
+            {QString(51, u'r'), QString(47, u'r') + u'…', {u"b"_s, u"a"_s, u"b"_s}, u"3 indirect pins"_s}};
+        for (const auto& [root, titleCid, cids, count] : answers) {
+            open(root);
+            emit client->refsReceived(u"other"_s, {u"x"_s});
+            QCOMPARE(rows() + QStringList(countLabel()->text()), QStringList({u"Loading…"_s, u"Loading…"_s}));
+            QCOMPARE(dialog->windowTitle(), "Indirect pins under "_L1 + titleCid);
+            QTRY_COMPARE(node->heldCount("/refs"), 1);
+            QByteArray body;
+            for (const QString& cid : cids)
+                body += "{\"Ref\":\"" + cid.toUtf8() + "\",\"Err\":\"\"}\n";
+            node->release("/refs", FakeAnswer::json(body));
+            QTRY_COMPARE(countLabel()->text(), count);
+            QCOMPARE(rows(), cids.isEmpty() ? QStringList {u"(no refs)"_s} : cids);
+            QCOMPARE(dialog->windowTitle(), u"Indirect pins under %1 (%2)"_s.arg(titleCid, count));
+            QVERIFY(table()->hasFocus());
+        }
     }
 
     void anyErrorTakesTheRows()
@@ -110,47 +81,28 @@ private slots:
         QCOMPARE(table()->rowHeight(0), 24);
     }
 
-    void onlySomeRowsAreUsable_data()
-    {
-        QTest::addColumn<QStringList>("shown");
-        QTest::addColumn<bool>("usable");
-        QTest::newRow("a CID") << QStringList {u"a"_s} << true;
-        QTest::newRow("other case") << QStringList {u"error: a"_s} << true;
-        QTest::newRow("no refs") << QStringList {} << false;
-        QTest::newRow("from the node, but like a placeholder") << QStringList {u"(a"_s} << false;
-        QTest::newRow("an error") << QStringList {u"Error:a"_s} << false;
-        QTest::newRow("nothing") << QStringList {QString()} << false;
-    }
     void onlySomeRowsAreUsable()
     {
-        QFETCH(const QStringList, shown);
-        QFETCH(const bool, usable);
-        openWith(shown);
-        useFirstRow();
-        QCOMPARE(opened.size(), usable ? 2 : 0);
-        QCOMPARE(QGuiApplication::clipboard()->text(), usable ? shown.constFirst() : u"before"_s);
-        QCOMPARE(chooseFromMenu(0, {}), usable);
-    }
-
-    void theLoadingRowIsUsable()
-    {
         open(u"r"_s);
-        useFirstRow();
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"Loading…"_s);
-        QCOMPARE(opened.size(), 2);
+        verifyFirstRowIsUsable(true); // while it loads
+        for (const QString& cid : {u"a"_s, u"error: a"_s}) {
+            emit client->refsReceived(u"r"_s, {cid});
+            verifyFirstRowIsUsable(true);
+        }
+        for (const QStringList& cids : {QStringList {}, {u"(a"_s}, {u"Error:a"_s}, {QString()}}) {
+            emit client->refsReceived(u"r"_s, cids);
+            verifyFirstRowIsUsable(false);
+        }
     }
 
     /// The client tells of the error, and then of an empty list.
     void aFailedCallIsNoListWithoutRefs()
     {
-        node->answer(refsPath, FakeAnswer::error("no such block"));
+        node->answer("/refs", FakeAnswer::error("no such block"));
         open(u"r"_s);
         QTRY_COMPARE(countLabel()->text(), u"—"_s);
         QVERIFY(rows().constFirst().startsWith(u"Error: Failed to get refs for r: "_s));
-        useFirstRow();
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
-        QVERIFY(opened.isEmpty());
-        QVERIFY(!chooseFromMenu(0, {}));
+        verifyFirstRowIsUsable(false);
     }
 
     void severalAreCopiedAndTheFirstIsOpened()
@@ -160,20 +112,14 @@ private slots:
         click(0, Qt::ControlModifier);
         QVERIFY(chooseFromMenu(1, u"Copy CID"_s)); // the pointer on a row that is not selected
         QCOMPARE(QGuiApplication::clipboard()->text(), u"c\na"_s);
+        opened.clear();
         QVERIFY(chooseFromMenu(1, u"Open from gateway"_s));
         QVERIFY(chooseFromMenu(1, u"Open from local"_s));
         QCOMPARE(opened,
                  QStringList({QString(ProductInfo::gatewayUrl) + u"/ipfs/c"_s, u"http://127.0.0.1:8080/ipfs/c"_s}));
         QVERIFY(!chooseFromMenu(3, {})); // below the last row
-    }
-
-    void nothingSelectedDoesNothing()
-    {
-        openWith({u"a"_s});
         table()->clearSelection();
-        useActions();
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
-        QVERIFY(opened.isEmpty());
+        verifyActionsUse({});
     }
 
     void rowsCannotBeEdited()
@@ -197,16 +143,22 @@ private:
         open(u"r"_s);
         emit client->refsReceived(u"r"_s, cids);
     }
-    void useActions()
+    /// `text` is what they copy and open; they do nothing if it is empty.
+    void verifyActionsUse(const QString& text)
     {
+        opened.clear();
+        QGuiApplication::clipboard()->setText(u"before"_s);
         QTest::keySequence(table(), QKeySequence::Copy);
-        for (const char* slot : {"onCopyCid", "onOpenInGateway", "onOpenFromLocal"})
+        for (const char* slot : {"onOpenInGateway", "onOpenFromLocal"})
             QVERIFY(QMetaObject::invokeMethod(dialog.get(), slot));
+        QCOMPARE(QGuiApplication::clipboard()->text(), text.isEmpty() ? u"before"_s : text);
+        QCOMPARE(opened.size(), text.isEmpty() ? 0 : 2);
     }
-    void useFirstRow()
+    void verifyFirstRowIsUsable(bool usable)
     {
         click(0, {});
-        useActions();
+        verifyActionsUse(usable ? rows().constFirst() : QString());
+        QCOMPARE(chooseFromMenu(0, {}), usable);
     }
     QPoint pointIn(int row) const { return {5, table()->rowHeight(0) * row + 5}; }
     void click(int row, Qt::KeyboardModifiers modifiers)
