@@ -3,17 +3,17 @@
 #include "AppSettings.h"
 #include "IpfsClient.h"
 #include "MainWindow.h"
+#include "PinModel.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QJsonDocument>
-#include <QTemporaryDir>
+#include <QProcess>
+#include <QTableView>
 #include <QUrl>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <ctime>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -23,58 +23,90 @@ namespace {
 constexpr int demoStartMs = 60'000;
 constexpr auto giveUpAfter = 30min;
 
-double clockSeconds(clockid_t clock)
+bool measureDemo(const Demo& demo)
 {
-    timespec now {};
-    clock_gettime(clock, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+    QProcess node;
+    node.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    node.start(QStringLiteral(DEMO_NODE), QStringList {u"--port"_s, u"0"_s} + demo.nodeArguments);
+    bool good = node.waitForReadyRead(demoStartMs);
+    const QString url = QString::fromLatin1(node.readLine()).trimmed();
+    const QStringList arguments = QCoreApplication::arguments().mid(1) + QStringList {u"--url"_s, url};
+    for (const QStringList& run : demo.runs)
+        good = good && QProcess::execute(QCoreApplication::applicationFilePath(), arguments + run) == 0;
+    node.kill();
+    node.waitForFinished();
+    return good;
 }
 
 } // namespace
 
-StallMeter::StallMeter()
+Bench::Bench(int& argc, char** argv, const QList<QCommandLineOption>& newOptions)
 {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    app = std::make_unique<QApplication>(argc, argv);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
+    options.addHelpOption();
+    options.addOption({u"url"_s, u"Measure this node alone."_s, u"url"_s});
+    options.addOptions(newOptions);
+    options.process(*app);
     timer.setTimerType(Qt::PreciseTimer);
-    timer.setInterval(1ms);
-    connect(&timer, &QTimer::timeout, this, &StallMeter::beat);
-    timer.start();
+    timer.callOnTimeout([this] { longestMs = takeStallMs(); });
+    timer.start(1ms);
+    start();
+}
+
+int Bench::run(const QList<Demo>& demos)
+{
+    if (options.isSet(u"url"_s))
+        return measure();
+    return static_cast<int>(demos.size() - std::ranges::count_if(demos, measureDemo));
+}
+
+int Bench::measure()
+{
+    const QUrl url(options.value(u"url"_s));
+    settings.insert({{u"host"_s, url.host()}, {u"port"_s, url.port(5001)}});
+    QSettings store = openAppSettings();
+    for (auto setting = settings.cbegin(); setting != settings.cend(); ++setting)
+        store.setValue(setting.key(), setting.value());
+
+    MainWindow window;
+    client = window.findChild<IpfsClient*>();
+    model = window.findChild<PinModel*>();
+    table = window.findChild<QTableView*>();
+    follow();
+    connect(client, &IpfsClient::errorOccurred, this, failBench);
+    window.show();
+    QTimer::singleShot(giveUpAfter, this, [] { QCoreApplication::exit(1); });
+    return QCoreApplication::exec();
+}
+
+void Bench::start()
+{
+    longestMs = 0;
     sinceBeat.start();
+    clock.start();
 }
 
-void StallMeter::beat()
+double Bench::takeStallMs()
 {
-    longest = std::max(longest, static_cast<double>(sinceBeat.nsecsElapsed()) / 1e6);
+    const double lastMs = static_cast<double>(sinceBeat.nsecsElapsed()) / 1e6;
     sinceBeat.start();
+    return std::max(lastMs, std::exchange(longestMs, 0));
 }
 
-double StallMeter::takeLongest()
+void Bench::print() const
 {
-    beat();
-    return std::exchange(longest, 0);
+    std::printf("%s\n", QJsonDocument(rounded(result)).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+    QCoreApplication::exit(0);
 }
 
-DemoProcess::DemoProcess(const QStringList& arguments)
+double cpuSeconds(clockid_t clock)
 {
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(QStringLiteral(DEMO_NODE), QStringList {u"--port"_s, u"0"_s} + arguments);
-    if (process.waitForReadyRead(demoStartMs))
-        address = QString::fromLatin1(process.readLine()).trimmed();
-}
-
-DemoProcess::~DemoProcess()
-{
-    process.kill();
-    process.waitForFinished();
-}
-
-double threadCpuSeconds()
-{
-    return clockSeconds(CLOCK_THREAD_CPUTIME_ID);
-}
-
-double processCpuSeconds()
-{
-    return clockSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    timespec now {};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
 double peakRssMiB()
@@ -82,50 +114,21 @@ double peakRssMiB()
     QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
         return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.simplified().split(' ').value(1).toDouble() / 1024;
+    const QByteArray text = status.readAll().simplified();
+    return text.mid(text.indexOf("VmHWM: ")).split(' ').value(1).toDouble() / 1024;
+}
+
+QJsonObject rounded(QJsonObject object)
+{
+    for (QJsonValueRef value : object) {
+        if (value.isDouble())
+            value = std::round(value.toDouble() * 1000) / 1000;
     }
-    return -1;
+    return object;
 }
 
-double rounded(double value)
+void failBench(const QString& message)
 {
-    return std::round(value * 1000) / 1000;
-}
-
-void printResult(const QJsonObject& result)
-{
-    std::printf("%s\n", QJsonDocument(result).toJson(QJsonDocument::Compact).constData());
-    std::fflush(stdout);
-    QCoreApplication::exit(0);
-}
-
-bool runInOwnProcess(const QStringList& arguments)
-{
-    return QProcess::execute(QCoreApplication::applicationFilePath(), arguments) == 0;
-}
-
-int measureWindow(const QString& url, const QVariantHash& settings,
-                  const std::function<std::unique_ptr<QObject>(MainWindow&)>& attach)
-{
-    const QTemporaryDir folder;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
-    const QUrl endpoint(url);
-    QSettings store = openAppSettings();
-    store.setValue(u"host"_s, endpoint.host());
-    store.setValue(u"port"_s, endpoint.port(5001));
-    for (auto setting = settings.begin(); setting != settings.end(); ++setting)
-        store.setValue(setting.key(), setting.value());
-
-    MainWindow window;
-    const auto measurement = attach(window);
-    const auto* client = window.findChild<IpfsClient*>();
-    QObject::connect(client, &IpfsClient::errorOccurred, qApp, [](const QString& message) {
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-        QCoreApplication::exit(1);
-    });
-    window.show();
-    QTimer::singleShot(giveUpAfter, qApp, [] { QCoreApplication::exit(1); });
-    return QCoreApplication::exec();
+    std::fprintf(stderr, "%s\n", qPrintable(message));
+    QCoreApplication::exit(1);
 }

@@ -1,61 +1,73 @@
 #pragma once
 
+#include <QApplication>
+#include <QCommandLineParser>
 #include <QElapsedTimer>
 #include <QJsonObject>
-#include <QObject>
-#include <QProcess>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QVariantHash>
 
-#include <functional>
+#include <ctime>
 #include <memory>
 
-class MainWindow;
+class IpfsClient;
+class PinModel;
+class QTableView;
 
-/// Watches how long the event loop of its thread goes without a turn.
-class StallMeter : public QObject
+/// A demo node and the measurements made of it one after another, each given by options of its own.
+struct Demo
+{
+    QStringList nodeArguments {};
+    QList<QStringList> runs {QStringList()};
+};
+
+/// The frame of a program that measures: an application off screen with settings of its own, never the user's, a
+/// clock, and a watch over how long the event loop goes without a turn.
+class Bench : public QObject
 {
 public:
-    StallMeter();
-    /// The longest stall since the last call, in milliseconds.
-    double takeLongest();
+    Bench(int& argc, char** argv, const QList<QCommandLineOption>& newOptions = {});
+
+    /// Measures the node given by "--url". Without one, runs this program anew for each measurement of the demo nodes,
+    /// with its options and those of the run, so that the peak memory is that of one measurement. 0 if all went well.
+    int run(const QList<Demo>& demos);
+    /// Starts the clock, and forgets the stalls until now.
+    void start();
+    double seconds() const { return static_cast<double>(clock.nsecsElapsed()) / 1e9; }
+    /// The longest stall since the last call or start().
+    double takeStallMs();
+    /// Prints the result as one line of JSON and ends the event loop with success.
+    void print() const;
+
+    QCommandLineParser options;
+    QJsonObject result;
+    QVariantHash settings; ///< the window's
+
+protected:
+    /// Shows the window, and lasts until print(), the client's first error or half an hour is over; the exit code.
+    virtual int measure();
+    /// Called before the first request of the window, whose parts are set.
+    virtual void follow() { }
+
+    IpfsClient* client = nullptr;
+    PinModel* model = nullptr;
+    QTableView* table = nullptr;
 
 private:
-    void beat();
-
+    std::unique_ptr<QApplication> app;
+    QTemporaryDir folder;
     QTimer timer;
     QElapsedTimer sinceBeat;
-    double longest = 0;
+    QElapsedTimer clock;
+    double longestMs = 0;
 };
 
-/// A demo node in a process of its own; ends with this object.
-class DemoProcess
-{
-public:
-    explicit DemoProcess(const QStringList& arguments);
-    ~DemoProcess();
-    /// Empty if the node did not start.
-    const QString& url() const { return address; }
-
-private:
-    QProcess process;
-    QString address;
-};
-
-/// CPU time of the calling thread in seconds.
-double threadCpuSeconds();
-/// CPU time of the whole process in seconds.
-double processCpuSeconds();
+/// CPU time in seconds, of a thread or the process.
+double cpuSeconds(clockid_t clock);
 /// The most memory that this process has held, in MiB.
 double peakRssMiB();
-/// Rounded to three places.
-double rounded(double value);
-/// One line of JSON on standard output; ends the event loop with success.
-void printResult(const QJsonObject& result);
-/// Runs this program anew with `arguments`, so that its peak memory is its own; tells whether it succeeded.
-bool runInOwnProcess(const QStringList& arguments);
-
-/// Runs the real window against the node at `url` with settings of its own, never the user's, and `attach` called
-/// before the first request. Ends with printResult, with the client's first error or when half an hour is over.
-int measureWindow(const QString& url, const QVariantHash& settings,
-                  const std::function<std::unique_ptr<QObject>(MainWindow&)>& attach);
+/// The object with its numbers rounded to three places.
+QJsonObject rounded(QJsonObject object);
+/// Prints the message on standard error and ends the event loop with failure.
+void failBench(const QString& message);

@@ -5,12 +5,12 @@
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
 
-#include <QApplication>
 #include <QScrollBar>
-#include <QSettings>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QThread>
+
+#include <algorithm>
+#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -28,90 +28,65 @@ QByteArray refLines()
     return body;
 }
 
-/// A node on a thread of its own, so that its work is no stall of ours.
-class NodeThread
+/// A node until its thread quits; on a thread of its own, so that its work is no stall of ours.
+void serve(std::promise<quint16>& port)
 {
-public:
-    NodeThread()
-    {
-        worker.moveToThread(&thread);
-        thread.start();
-        QMetaObject::invokeMethod(
-            &worker,
-            [this] {
-                auto* node = new FakeNode(&worker);
-                node->answer("/refs", FakeAnswer::chunked(refLines(), chunkBytes));
-                nodePort = node->port();
-            },
-            Qt::BlockingQueuedConnection);
-    }
-    ~NodeThread()
-    {
-        QMetaObject::invokeMethod(
-            &worker, [this] { qDeleteAll(worker.children()); }, Qt::BlockingQueuedConnection);
-        thread.quit();
-        thread.wait();
-    }
-    quint16 port() const { return nodePort; }
-
-private:
-    QThread thread;
-    QObject worker;
-    quint16 nodePort = 0;
-};
-
-double milliseconds(const QElapsedTimer& clock)
-{
-    return static_cast<double>(clock.nsecsElapsed()) / 1e6;
+    FakeNode node;
+    node.answer("/refs", FakeAnswer::chunked(refLines(), chunkBytes));
+    port.set_value(node.port());
+    QEventLoop().exec();
 }
 
-/// The longest of a thousand steps from the top to the end, each painted.
-double scrolled(QTableView* table)
+/// The longest of a thousand steps from the top to the end, each painted; in milliseconds.
+double scrolled(QScrollBar* bar)
 {
-    QScrollBar* bar = table->verticalScrollBar();
-    double longest = 0;
+    qint64 longest = 0;
     for (int step = 0; step <= 1000; ++step) {
         QElapsedTimer clock;
         clock.start();
         bar->setValue(static_cast<int>(static_cast<qint64>(bar->maximum()) * step / 1000));
         QCoreApplication::processEvents();
-        longest = std::max(longest, milliseconds(clock));
+        longest = std::max(longest, clock.nsecsElapsed());
     }
-    return longest;
+    return static_cast<double>(longest) / 1e6;
+}
+
+/// Tells whether all refs came.
+bool measure(Bench& bench, quint16 port)
+{
+    IpfsClient client;
+    client.setEndpoint(u"127.0.0.1"_s, port);
+    bench.start();
+    IndirectPinsDialog dialog(u"root"_s, &client);
+    dialog.show();
+    auto* table = dialog.findChild<QTableView*>();
+    while (table->model()->rowCount() != refCount && bench.seconds() < 60)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+    QCoreApplication::processEvents();
+    bench.result = {{u"refs"_s, table->model()->rowCount()},
+                    {u"shownMs"_s, bench.seconds() * 1000},
+                    {u"stallMs"_s, bench.takeStallMs()},
+                    {u"scrollStepMs"_s, scrolled(table->verticalScrollBar())}};
+    bench.start();
+    table->selectAll();
+    QMetaObject::invokeMethod(&dialog, "onCopyCid");
+    QCoreApplication::processEvents();
+    bench.result[u"copyAllMs"_s] = bench.seconds() * 1000;
+    bench.result[u"peakRssMiB"_s] = peakRssMiB();
+    bench.print();
+    return table->model()->rowCount() == refCount;
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication app(argc, argv);
-    const QTemporaryDir folder;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
-    const NodeThread node;
-    IpfsClient client;
-    client.setEndpoint(u"127.0.0.1"_s, node.port());
-    StallMeter stalls;
-    QElapsedTimer clock;
-    clock.start();
-
-    IndirectPinsDialog dialog(u"root"_s, &client);
-    dialog.show();
-    auto* table = dialog.findChild<QTableView*>();
-    while (table->model()->rowCount() != refCount && milliseconds(clock) < 60'000)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-    QCoreApplication::processEvents();
-    QJsonObject result {{u"refs"_s, table->model()->rowCount()},
-                        {u"shownMs"_s, rounded(milliseconds(clock))},
-                        {u"stallMs"_s, rounded(stalls.takeLongest())}};
-    result.insert(u"scrollStepMs"_s, rounded(scrolled(table)));
-    clock.start();
-    table->selectAll();
-    QMetaObject::invokeMethod(&dialog, "onCopyCid");
-    QCoreApplication::processEvents();
-    result.insert(u"copyAllMs"_s, rounded(milliseconds(clock)));
-    result.insert(u"peakRssMiB"_s, rounded(peakRssMiB()));
-    const bool whole = table->model()->rowCount() == refCount;
-    printResult(result);
+    Bench bench(argc, argv);
+    std::promise<quint16> port;
+    const std::unique_ptr<QThread> node(QThread::create(serve, std::ref(port)));
+    node->start();
+    const bool whole = measure(bench, port.get_future().get());
+    node->quit();
+    node->wait();
     return whole ? 0 : 1;
 }

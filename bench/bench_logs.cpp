@@ -6,15 +6,11 @@
 #include "MainWindow.h"
 #include "RpcLogDialog.h"
 
-#include <QApplication>
 #include <QScrollBar>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextEdit>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -27,11 +23,6 @@ QString requestLine(int number)
     return u"[2025-03-08 14:05:%1] POST http://127.0.0.1:5001/api/v0/dag/stat"
            "?arg=bafybeigdyrzt5sfp7udm7hu76uh7y26nf3efuylqabf3oclgtq%2&progress=false"_s.arg(
                QString::number(10 + number % 50), QString::number(number).rightJustified(7, u'a'));
-}
-
-double seconds(const QElapsedTimer& clock)
-{
-    return static_cast<double>(clock.nsecsElapsed()) / 1e9;
 }
 
 /// Turns the event loop until nothing is left to do.
@@ -49,72 +40,61 @@ void settle()
 }
 
 /// Shows the dialog and turns the event loop until it has been painted and nothing is left to do.
-QJsonObject opened(RpcLogDialog& dialog, StallMeter& stalls)
+QJsonObject opened(Bench& bench, RpcLogDialog& dialog)
 {
-    QElapsedTimer clock;
-    clock.start();
+    bench.start();
     dialog.show();
-    const double shown = seconds(clock);
+    const double shown = bench.seconds();
     dialog.grab();
-    const double painted = seconds(clock);
+    const double painted = bench.seconds();
     settle();
-    return {{u"showSeconds"_s, rounded(shown)},
-            {u"firstPaintSeconds"_s, rounded(painted)},
-            {u"stallMs"_s, rounded(stalls.takeLongest())},
-            {u"peakRssMiB"_s, rounded(peakRssMiB())}};
+    return rounded({{u"showSeconds"_s, shown},
+                    {u"firstPaintSeconds"_s, painted},
+                    {u"stallMs"_s, bench.takeStallMs()},
+                    {u"peakRssMiB"_s, peakRssMiB()}});
 }
 
 /// Logs more lines while the dialog is open, with a turn of the event loop after each few.
-QJsonObject appended(IpfsClient& client, int linesPerTurn, StallMeter& stalls)
+QJsonObject appended(Bench& bench, IpfsClient* client, int linesPerTurn)
 {
-    QElapsedTimer clock;
-    clock.start();
-    const double cpuBefore = threadCpuSeconds();
+    bench.start();
+    const double cpuBefore = cpuSeconds(CLOCK_THREAD_CPUTIME_ID);
     for (int i = 0; i < openLines; ++i) {
-        emit client.rpcRequestIssued(requestLine(closedLines + i));
+        emit client->rpcRequestIssued(requestLine(closedLines + i));
         if (i % linesPerTurn == 0)
             QCoreApplication::processEvents();
     }
-    return {{u"msPerLine"_s, rounded(seconds(clock) * 1000 / openLines)},
-            {u"cpuMsPerLine"_s, rounded((threadCpuSeconds() - cpuBefore) * 1000 / openLines)},
-            {u"stallMs"_s, rounded(stalls.takeLongest())}};
+    return rounded({{u"msPerLine"_s, bench.seconds() * 1000 / openLines},
+                    {u"cpuMsPerLine"_s, (cpuSeconds(CLOCK_THREAD_CPUTIME_ID) - cpuBefore) * 1000 / openLines},
+                    {u"stallMs"_s, bench.takeStallMs()}});
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication app(argc, argv);
-    const QTemporaryDir folder;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
+    Bench bench(argc, argv);
     MainWindow window;
     auto* client = window.findChild<IpfsClient*>();
-    StallMeter stalls;
-    QElapsedTimer clock;
-
-    clock.start();
+    bench.start();
     for (int i = 0; i < closedLines; ++i)
         emit client->rpcRequestIssued(requestLine(i));
-    QJsonObject result {{u"lines"_s, closedLines},
-                        {u"loggedSeconds"_s, rounded(seconds(clock))},
-                        {u"closedPeakRssMiB"_s, rounded(peakRssMiB())}};
-    stalls.takeLongest();
+    bench.result
+        = {{u"lines"_s, closedLines}, {u"loggedSeconds"_s, bench.seconds()}, {u"closedPeakRssMiB"_s, peakRssMiB()}};
 
     RpcLogDialog dialog(&window);
-    result.insert(u"open"_s, opened(dialog, stalls));
-
+    bench.result[u"open"_s] = opened(bench, dialog);
     for (const int linesPerTurn : {1, 20})
-        result.insert(u"append%1PerTurn"_s.arg(linesPerTurn), appended(*client, linesPerTurn, stalls));
+        bench.result[u"append%1PerTurn"_s.arg(linesPerTurn)] = appended(bench, client, linesPerTurn);
 
     dialog.resize(dialog.width() - 200, dialog.height());
     settle();
-    result.insert(u"resizeStallMs"_s, rounded(stalls.takeLongest()));
+    bench.result[u"resizeStallMs"_s] = bench.takeStallMs();
     const auto* view = dialog.findChild<QTextEdit*>();
     const bool whole = view->document()->blockCount() == window.rpcLog().size()
         && view->verticalScrollBar()->value() == view->verticalScrollBar()->maximum();
-    result.insert(u"showsItsEnd"_s, whole);
-    result.insert(u"peakRssMiB"_s, rounded(peakRssMiB()));
-    printResult(result);
+    bench.result[u"showsItsEnd"_s] = whole;
+    bench.result[u"peakRssMiB"_s] = peakRssMiB();
+    bench.print();
     return whole ? 0 : 1;
 }

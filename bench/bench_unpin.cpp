@@ -1,11 +1,8 @@
 // How long one unpin of 5,000 CIDs takes and holds up the real window: at one go, and gone through one CID at a time.
+// Removes pins of the node.
 
 #include "BenchSupport.h"
 #include "IpfsClient.h"
-#include "MainWindow.h"
-
-#include <QApplication>
-#include <QCommandLineParser>
 
 using namespace Qt::StringLiterals;
 
@@ -13,52 +10,49 @@ namespace {
 
 constexpr qsizetype batchSize = 5000;
 
-class Measurement : public QObject
+class UnpinBench : public Bench
 {
 public:
-    Measurement(MainWindow& window, bool newRawOnly)
-        : client(window.findChild<IpfsClient*>())
-        , rawOnly(newRawOnly)
-    {
-        connect(client, &IpfsClient::pinsReceived, this, &Measurement::begin, Qt::SingleShotConnection);
-        connect(client, &IpfsClient::unpinned, this, &Measurement::finish);
-    }
+    using Bench::Bench;
 
 private:
-    void begin(const QList<PinEntry>& pins)
+    void follow() override
     {
+        connect(client, &IpfsClient::pinsReceived, this, &UnpinBench::choose, Qt::SingleShotConnection);
+        connect(client, &IpfsClient::unpinned, this, &UnpinBench::finish);
+    }
+
+    void choose(const QList<PinEntry>& pins)
+    {
+        const bool rawOnly = options.isSet(u"raw-only"_s);
         for (const PinEntry& pin : pins) {
             if (const bool raw = pin.cid.startsWith("bafkrei"_L1); !raw && !rawOnly)
                 cids.prepend(pin.cid); // the first call stops here
             else if (raw && cids.size() < batchSize)
                 cids.append(pin.cid);
         }
-        QTimer::singleShot(0, this, [this] {
-            stalls.takeLongest();
-            rssBefore = peakRssMiB();
-            clock.start();
-            client->unpin(cids, true);
-            callMs = static_cast<double>(clock.nsecsElapsed()) / 1e6;
-        });
+        result = {{u"asked"_s, cids.size()}, {u"oneByOne"_s, !rawOnly}};
+        QTimer::singleShot(0, this, &UnpinBench::unpin);
+    }
+
+    void unpin()
+    {
+        rssBefore = peakRssMiB();
+        start();
+        client->unpin(cids, true);
+        result[u"callMs"_s] = seconds() * 1000;
     }
 
     void finish(const QStringList& removed)
     {
-        printResult({{u"asked"_s, cids.size()},
-                     {u"removed"_s, removed.size()},
-                     {u"oneByOne"_s, !rawOnly},
-                     {u"callMs"_s, rounded(callMs)},
-                     {u"seconds"_s, rounded(static_cast<double>(clock.nsecsElapsed()) / 1e9)},
-                     {u"longestStallMs"_s, rounded(stalls.takeLongest())},
-                     {u"memoryMiB"_s, rounded(peakRssMiB() - rssBefore)}});
+        result[u"removed"_s] = removed.size();
+        result[u"seconds"_s] = seconds();
+        result[u"longestStallMs"_s] = takeStallMs();
+        result[u"memoryMiB"_s] = peakRssMiB() - rssBefore;
+        print();
     }
 
-    IpfsClient* client;
-    bool rawOnly;
     QStringList cids;
-    StallMeter stalls;
-    QElapsedTimer clock;
-    double callMs = 0;
     double rssBefore = 0;
 };
 
@@ -66,20 +60,7 @@ private:
 
 int main(int argc, char* argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOptions({{u"url"_s, u"Measure this node alone; removes pins of it."_s, u"url"_s},
-                       {u"raw-only"_s, u"Unpin only what has one version."_s}});
-    parser.process(app);
-    const bool rawOnly = parser.isSet(u"raw-only"_s);
-    if (parser.isSet(u"url"_s))
-        return measureWindow(parser.value(u"url"_s), {{u"loadMetadata"_s, false}},
-                             [rawOnly](MainWindow& window) { return std::make_unique<Measurement>(window, rawOnly); });
-    const DemoProcess node({u"--pins"_s, u"12000"_s});
-    return !node.url().isEmpty() && runInOwnProcess({u"--url"_s, node.url(), u"--raw-only"_s})
-            && runInOwnProcess({u"--url"_s, node.url()})
-        ? 0
-        : 1;
+    UnpinBench bench(argc, argv, {{u"raw-only"_s, u"Unpin only what has one version."_s}});
+    bench.settings = {{u"loadMetadata"_s, false}};
+    return bench.run({{{u"--pins"_s, u"12000"_s}, {{u"--raw-only"_s}, {}}}});
 }

@@ -2,55 +2,49 @@
 
 #include "BenchSupport.h"
 #include "IpfsClient.h"
-#include "MainWindow.h"
 #include "PinModel.h"
 
-#include <QApplication>
-#include <QCommandLineParser>
-#include <QTableView>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-class Measurement : public QObject
+class UnpinnedBench : public Bench
 {
 public:
-    explicit Measurement(MainWindow& window)
-        : model(window.findChild<PinModel*>())
-    {
-        auto* client = window.findChild<IpfsClient*>();
-        clock.start(); // the window has asked already, and nothing has come yet
-        connect(client, &IpfsClient::streamEntriesLoaded, this, [this](const QString& source, int count) {
-            if (source == "refs/local"_L1)
-                refs = count;
-            streamingStall = std::max(streamingStall, stalls.takeLongest());
-            lastLine = seconds();
-        });
-        connect(model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { joined = seconds(); });
-        connect(client, &IpfsClient::pinsReceived, this, [this] { QTimer::singleShot(0, this, &Measurement::finish); });
-    }
+    using Bench::Bench;
 
 private:
-    double seconds() const { return static_cast<double>(clock.nsecsElapsed()) / 1e9; }
+    void follow() override
+    {
+        start(); // the window has asked already, and nothing has come yet
+        connect(client, &IpfsClient::streamEntriesLoaded, this, &UnpinnedBench::onEntries);
+        connect(model, &PinModel::modelAboutToBeReset, this, [this] { joined = seconds(); });
+        connect(client, &IpfsClient::pinsReceived, this,
+                [this] { QTimer::singleShot(0, this, &UnpinnedBench::finish); });
+    }
+
+    void onEntries(const QString& source, int count)
+    {
+        if (source == "refs/local"_L1)
+            result[u"localRefs"_s] = count;
+        result[u"streamingStallMs"_s] = streamingStallMs = std::max(streamingStallMs, takeStallMs());
+        lastLine = seconds();
+    }
 
     void finish()
     {
-        printResult({{u"localRefs"_s, refs},
-                     {u"unpinned"_s, model->rowCount()},
-                     {u"lastLineSeconds"_s, rounded(lastLine)},
-                     {u"joinSeconds"_s, rounded(joined - lastLine)},
-                     {u"tableSeconds"_s, rounded(seconds())},
-                     {u"streamingStallMs"_s, rounded(streamingStall)},
-                     {u"joinAndResetStallMs"_s, rounded(stalls.takeLongest())},
-                     {u"peakRssMiB"_s, rounded(peakRssMiB())}});
+        result[u"unpinned"_s] = model->rowCount();
+        result[u"lastLineSeconds"_s] = lastLine;
+        result[u"joinSeconds"_s] = joined - lastLine;
+        result[u"tableSeconds"_s] = seconds();
+        result[u"joinAndResetStallMs"_s] = takeStallMs();
+        result[u"peakRssMiB"_s] = peakRssMiB();
+        print();
     }
 
-    PinModel* model;
-    StallMeter stalls;
-    QElapsedTimer clock;
-    int refs = 0;
-    double streamingStall = 0;
+    double streamingStallMs = 0;
     double lastLine = 0;
     double joined = 0;
 };
@@ -59,17 +53,9 @@ private:
 
 int main(int argc, char* argv[])
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOptions({{u"url"_s, u"Measure this node alone."_s, u"url"_s},
-                       {u"chunk-bytes"_s, u"Size of the demo node's chunks."_s, u"bytes"_s, u"65536"_s}});
-    parser.process(app);
-    if (parser.isSet(u"url"_s))
-        return measureWindow(parser.value(u"url"_s), {{u"contentMode"_s, u"unpinned"_s}},
-                             [](MainWindow& window) { return std::make_unique<Measurement>(window); });
-    const DemoProcess node({u"--pins"_s, u"300000"_s, u"--loose-blocks"_s, u"700000"_s, u"--chunk-bytes"_s,
-                            parser.value(u"chunk-bytes"_s)});
-    return !node.url().isEmpty() && runInOwnProcess({u"--url"_s, node.url()}) ? 0 : 1;
+    const QString chunkBytes = u"chunk-bytes"_s;
+    UnpinnedBench bench(argc, argv, {{chunkBytes, u"Size of the demo node's chunks."_s, u"bytes"_s, u"65536"_s}});
+    bench.settings = {{u"contentMode"_s, u"unpinned"_s}};
+    const QString node = u"--pins 300000 --loose-blocks 700000 --chunk-bytes "_s + bench.options.value(chunkBytes);
+    return bench.run({{node.split(u' ')}});
 }
