@@ -28,6 +28,7 @@ public:
     QString told() const
     {
         QStringList parts;
+        parts.reserve(toldWords + 1);
         for (const QString& words : order.first(std::min(toldWords, order.size())))
             parts.append(u"%1 (%2)"_s.arg(words, named(groups.value(words))));
         if (order.size() > toldWords)
