@@ -151,6 +151,7 @@ private:
     QString firstSelectedCid() const;
     QStringList selectedCids() const;
     void openCurrentRow();
+    void unpin(const QStringList& cids);
     bool isRecursivePin(const QModelIndex& index) const;
     void fillRowMenu(QMenu* menu, const QModelIndex& index);
     void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);

@@ -181,15 +181,22 @@ void MainWindow::openFirstSelected(const QString& message, const std::function<Q
 /// Asks nothing first, as onUnpinAll does: the entries' own texts are the warning.
 void MainWindow::onUnpinSelected()
 {
-    if (contentMode == ContentMode::pinned)
-        client->unpin(selectedCids(), true);
+    unpin(selectedCids());
 }
 
 /// All rows of the list, those hidden by the search included.
 void MainWindow::onUnpinAll()
 {
-    if (contentMode == ContentMode::pinned)
-        client->unpin(pinModel->allCids(), true);
+    unpin(pinModel->allCids());
+}
+
+/// Thousands of CIDs may have to be gone through one by one, so the status tells at once that it is under way.
+void MainWindow::unpin(const QStringList& cids)
+{
+    if (contentMode != ContentMode::pinned || cids.isEmpty())
+        return;
+    setStatusMessage(tr("Unpinning %1 CID(s)…").arg(cids.size()));
+    client->unpin(cids, true);
 }
 
 /// The list comes anew without the refresh flag, so that the notification stays until a later refresh.
