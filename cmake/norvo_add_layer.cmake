@@ -1,5 +1,5 @@
 # The layers from the bottom to the top. A layer may use those before it, never one after it.
-set(NORVO_LAYERS kit model parse client kit_widgets dialogs app)
+set(NORVO_LAYERS kit model parse http client kit_widgets dialogs app)
 
 # norvo_add_layer(<name> FOLDER <dir> QT <modules> [USES <layers>] SOURCES <files in FOLDER>)
 # makes the library norvo_<name> and stops the configuring if the layer points upwards.

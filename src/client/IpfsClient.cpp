@@ -1,90 +1,53 @@
 #include "IpfsClient.h"
 
-#include "AppSettings.h"
-#include "ConnectionGroup.h"
-#include "LogTime.h"
-#include "OriginValue.h"
 #include "ReplyProperties.h"
-#include "RpcQuery.h"
 
-#include <QCoreApplication>
 #include <QJsonDocument>
-#include <QNetworkAccessManager>
 #include <QNetworkReply>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// Read from the store for each request, so that a change is in force for the next one.
-QByteArray originHeader()
-{
-    const QSettings settings = openAppSettings();
-    if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
-        return {};
-    return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
-}
-
-/// A default node refuses Qt's own agent, "Mozilla/5.0", with 403.
-QString userAgent()
-{
-    return u"Norvo/"_s + QCoreApplication::applicationVersion();
-}
-
-} // namespace
-
 IpfsClient::IpfsClient(QObject* parent)
     : QObject(parent)
-    , network(new QNetworkAccessManager(this))
+    , transport(new RpcTransport(this))
+    , endpoint(RpcEndpoint::at(u"127.0.0.1"_s, 5001))
 {
-    setEndpoint(u"127.0.0.1"_s, 5001);
+    connect(transport, &RpcTransport::requestIssued, this, &IpfsClient::rpcRequestIssued);
 }
 
 void IpfsClient::setEndpoint(const QString& newHost, unsigned short newPort)
 {
-    host = newHost;
-    port = newPort;
-    QUrl url;
-    url.setScheme(u"http"_s);
-    url.setHost(host);
-    url.setPort(port);
-    url.setPath(u"/api/v0"_s);
-    hostIsValid = !url.host().isEmpty();
-    base = hostIsValid ? url.toString() : u"http://%1:%2/api/v0"_s.arg(host, QString::number(port));
+    endpoint = RpcEndpoint::at(newHost, newPort);
 }
 
 QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)
 {
-    return post(path, query, {}, 0);
+    return transport->post(endpoint, path, query);
 }
 
-QNetworkReply* IpfsClient::post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane)
+QNetworkReply* IpfsClient::callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler)
 {
-    // A host that can't be one is shown as it was given, and nothing leaves: read as an address the text could name
-    // another host.
-    QUrl url(hostIsValid ? base + path : u"http:///api/v0"_s + path);
-    if (!query.isEmpty())
-        url.setQuery(query);
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
-    request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
-    if (const QByteArray origin = originHeader(); !origin.isEmpty())
-        request.setRawHeader("Origin", origin);
-    useConnectionGroup(request, group, lane);
-    emit rpcRequestIssued(u"[%1] POST %2"_s.arg(logTime(), url.toString(QUrl::FullyEncoded)));
-    return network->post(request, QByteArray());
+    QNetworkReply* reply = postRequest(path, query);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
+    return reply;
 }
 
 QNetworkReply* IpfsClient::call(const QString& path, const QUrlQuery& query, ReplyHandler handler)
 {
     QNetworkReply* reply = postRequest(path, query);
-    handOver(reply, handler);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, path] { reportNodeWords(reply, path); });
+    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
     return reply;
 }
 
-void IpfsClient::handOver(QNetworkReply* reply, ReplyHandler handler)
+/// A reply that is cancelled, or whose load has been replaced, ends in silence.
+void IpfsClient::reportNodeWords(const QNetworkReply* reply, const QString& path)
 {
-    connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
+    const QVariant epoch = reply->property(ReplyProperty::pinsEpoch);
+    if (reply->property(ReplyProperty::cancelledByClient).toBool() || (epoch.isValid() && !isCurrent(reply)))
+        return;
+    if (const QString words = nodeWords(reply); !words.isEmpty())
+        emit nodeSaid(path, words);
 }
 
 void IpfsClient::registerLoadReply(QNetworkReply* reply)

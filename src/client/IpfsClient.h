@@ -5,6 +5,7 @@
 #include "MetadataQueue.h"
 #include "PinEntry.h"
 #include "Records.h"
+#include "RpcTransport.h"
 
 #include <QList>
 #include <QObject>
@@ -13,9 +14,7 @@
 
 #include <memory>
 
-class QNetworkAccessManager;
 class QNetworkReply;
-struct ConnectionGroup;
 struct Listing;
 struct PinList;
 class UnpinBatch;
@@ -31,10 +30,10 @@ public:
 
     /// Takes effect with the next request; requests in flight end against the old endpoint.
     void setEndpoint(const QString& newHost, unsigned short newPort);
-    QString endpointHost() const { return host; }
-    unsigned short endpointPort() const { return port; }
+    QString endpointHost() const { return endpoint.host; }
+    unsigned short endpointPort() const { return endpoint.port; }
     /// Where every call goes, as "http://127.0.0.1:5001/api/v0".
-    QString baseUrl() const { return base; }
+    QString baseUrl() const { return endpoint.base; }
 
     /// Posts to `path`, which starts with a slash, with an empty body. The reply belongs to the caller's handler, which
     /// deletes it later. Emits rpcRequestIssued before the request leaves.
@@ -89,6 +88,9 @@ signals:
     void streamEntriesLoaded(QString source, int count);
     void nodeInfoReceived(QString nodeId, QString agentVersion);
     void errorOccurred(QString message);
+    /// The node's own words of a call to `path` that failed, before the call's own signals. Not of facts that are asked
+    /// for in turn, whose failures are ordinary.
+    void nodeSaid(QString path, QString words);
     /// Only from ping and from pin lists of the current load.
     void connectionStatusChanged(bool connected);
     /// The CIDs below `rootCid` in the node's order, duplicates kept.
@@ -124,10 +126,11 @@ private:
     using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
     struct MetadataRequest;
 
-    QNetworkReply* post(const QString& path, const QUrlQuery& query, const ConnectionGroup& group, int lane);
-    void handOver(QNetworkReply* reply, ReplyHandler handler);
     /// Posts and hands the finished reply to `handler`.
+    QNetworkReply* callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    /// As callQuietly, and reports the node's words of a failure before.
     QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    void reportNodeWords(const QNetworkReply* reply, const QString& path);
     /// Emits errorOccurred and then the call's own signal.
     template <typename... Parameters, typename... Values>
     void reportFailure(const QString& message, void (IpfsClient::*ownSignal)(Parameters...), Values&&... values)
@@ -168,8 +171,8 @@ private:
     static const MetadataRequest& dagStatRequest();
     static const MetadataRequest& kindRequest();
     void pumpQueue(MetadataQueue& queue, const MetadataRequest& request);
-    void sendMetadataRequest(const MetadataQueue& queue, const MetadataRequest& request, const QString& cid,
-                             const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    void sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
+                             const QUrlQuery& query, ReplyHandler handler);
     void askAtOnce(const MetadataRequest& request, const QString& cid);
     static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid);
     void askListingForKind(const QString& cid, bool queued);
@@ -186,14 +189,12 @@ private:
     void formatNextCid(const std::shared_ptr<UnpinBatch>& batch);
     void removePins(const std::shared_ptr<UnpinBatch>& batch);
     void removeNextPin(const std::shared_ptr<UnpinBatch>& batch);
+    void reportFailedUnpin(const QNetworkReply* reply);
     void finishUnpin(const UnpinBatch& batch);
     void tellOpenUnpins(const QStringList& removed);
 
-    QNetworkAccessManager* network;
-    QString host {};
-    unsigned short port = 0;
-    QString base {};
-    bool hostIsValid = false;
+    RpcTransport* transport;
+    RpcEndpoint endpoint;
 
     quint64 pinsEpoch = 0;
     int cancelCount = 0; ///< a metadata list parsed across a cancel is stale

@@ -55,10 +55,12 @@ void IpfsClient::onCatReplyFinished(QNetworkReply* reply)
     const QByteArray data = reply->readAll();
     bool lengthKnown = false;
     const qint64 length = reply->rawHeader("X-Content-Length").toLongLong(&lengthKnown);
-    if (reply->error() != QNetworkReply::NoError)
-        emit catFailed(cid, reply->errorString());
-    else if (lengthKnown && data.size() < length) // a block that failed on the way: the answer ends as a good one does
+    const bool whole = reply->error() == QNetworkReply::NoError;
+    const bool brokenOff = !nodeWords(reply).isEmpty() && reply->error() == QNetworkReply::UnknownServerError;
+    if ((whole || brokenOff) && lengthKnown && data.size() < length) // a block failed on the way
         emit catFailed(cid, tr("%1 of %2 bytes received").arg(QString::number(data.size()), QString::number(length)));
+    else if (!whole)
+        emit catFailed(cid, reply->errorString());
     else
         emit catReceived(cid, data);
 }

@@ -1,6 +1,5 @@
 #include "IpfsClient.h"
 
-#include "ConnectionGroup.h"
 #include "LsParser.h"
 #include "MetadataParser.h"
 #include "RefsParser.h"
@@ -8,8 +7,6 @@
 #include "RpcQuery.h"
 
 #include <QNetworkReply>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -20,7 +17,8 @@ struct IpfsClient::MetadataRequest
     QUrlQuery (*query)(const QString& cid);
     const char* cidProperty = nullptr;
     ReplyHandler handler = nullptr;
-    ConnectionGroup group {}; ///< its width is the limit of open replies
+    int mostOpen = 0;               ///< replies at a time
+    bool failureIsOrdinary = false; ///< another call is made then
 };
 
 namespace {
@@ -37,19 +35,9 @@ bool enqueueUnique(MetadataQueue& queue, const QString& cid)
     return true;
 }
 
-/// The lane with the fewest open replies, so that no reply waits for a connection while another lane has one free.
-int freestLane(const MetadataQueue& queue, const ConnectionGroup& group)
-{
-    QList<int> use(group.lanes(), 0);
-    for (const int lane : queue.lanes)
-        ++use[lane];
-    return static_cast<int>(std::ranges::min_element(use) - use.begin());
-}
-
 void release(MetadataQueue& queue, const QString& cid)
 {
     queue.known.remove(cid);
-    queue.lanes.remove(cid);
     if (queue.inFlight > 0) // the replies that a cancel aborts find it at 0 already
         --queue.inFlight;
 }
@@ -81,7 +69,7 @@ const IpfsClient::MetadataRequest& IpfsClient::refsRequest()
                                               },
                                           .cidProperty = ReplyProperty::rootCid,
                                           .handler = &IpfsClient::onRefsReplyFinished,
-                                          .group = {.name = u"refs"_s, .width = 8}};
+                                          .mostOpen = 8};
     return request;
 }
 
@@ -94,7 +82,7 @@ const IpfsClient::MetadataRequest& IpfsClient::dagStatRequest()
                                               },
                                           .cidProperty = ReplyProperty::cid,
                                           .handler = &IpfsClient::onObjectStatReplyFinished,
-                                          .group = {.name = u"dag-stat"_s, .width = 24}};
+                                          .mostOpen = 24};
     return request;
 }
 
@@ -104,7 +92,8 @@ const IpfsClient::MetadataRequest& IpfsClient::kindRequest()
                                           .query = [](const QString& cid) { return argQuery(u"/ipfs/"_s + cid); },
                                           .cidProperty = ReplyProperty::cid,
                                           .handler = &IpfsClient::onFilesStatReplyFinished,
-                                          .group = {.name = u"kind"_s, .width = 24}};
+                                          .mostOpen = 24,
+                                          .failureIsOrdinary = true};
     return request;
 }
 
@@ -130,12 +119,14 @@ void IpfsClient::fetchKind(const QString& cid, Urgency urgency)
         pumpKindQueue();
 }
 
-/// Over the ordinary connections, and no load's: a queue full of silent replies doesn't hold it up, nor a cancel end
-/// it.
+/// No load's: a queue full of silent replies doesn't hold it up, nor does a cancel end it.
 void IpfsClient::askAtOnce(const MetadataRequest& request, const QString& cid)
 {
-    if (!cid.isEmpty())
-        markOutsideQueues(call(request.path, request.query(cid), request.handler), request, cid);
+    if (cid.isEmpty())
+        return;
+    QNetworkReply* reply = request.failureIsOrdinary ? callQuietly(request.path, request.query(cid), request.handler)
+                                                     : call(request.path, request.query(cid), request.handler);
+    markOutsideQueues(reply, request, cid);
 }
 
 void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid)
@@ -161,21 +152,19 @@ void IpfsClient::pumpKindQueue()
 
 void IpfsClient::pumpQueue(MetadataQueue& queue, const MetadataRequest& request)
 {
-    while (queue.inFlight < request.group.width && !queue.queue.isEmpty()) {
+    while (queue.inFlight < request.mostOpen && !queue.queue.isEmpty()) {
         const QString cid = queue.queue.takeFirst();
         ++queue.inFlight;
-        queue.lanes.insert(cid, freestLane(queue, request.group));
-        sendMetadataRequest(queue, request, cid, request.path, request.query(cid), request.handler);
+        sendMetadataRequest(request, cid, request.path, request.query(cid), request.handler);
     }
 }
 
-void IpfsClient::sendMetadataRequest(const MetadataQueue& queue, const MetadataRequest& request, const QString& cid,
-                                     const QString& path, const QUrlQuery& query, ReplyHandler handler)
+void IpfsClient::sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
+                                     const QUrlQuery& query, ReplyHandler handler)
 {
-    QNetworkReply* reply = post(path, query, request.group, queue.lanes.value(cid));
+    QNetworkReply* reply = callQuietly(path, query, handler);
     registerLoadReply(reply);
     reply->setProperty(request.cidProperty, cid);
-    handOver(reply, handler);
 }
 
 void IpfsClient::finishRefsRequest(const QString& cid)
@@ -224,6 +213,8 @@ void IpfsClient::onObjectStatReplyFinished(QNetworkReply* reply)
     reply->deleteLater();
     if (reply->error() == QNetworkReply::NoError)
         emit dagStatReceived(cid, parseDagSize(reply->readAll()));
+    else if (wasBrokenOffBy(reply, "json: unsupported value: NaN")) // the share of a DAG of no bytes
+        emit dagStatReceived(cid, 0);
     else if (!isCancelled(reply))
         reportFailure(tr("DAG stat failed for %1: %2").arg(cid, reply->errorString()), &IpfsClient::dagStatReceived,
                       cid, -1);
@@ -248,14 +239,14 @@ void IpfsClient::onFilesStatReplyFinished(QNetworkReply* reply)
         finishKindRequest(cid);
 }
 
-/// A queued CID keeps its place in the queue and its lane until the listing has told.
+/// A queued CID keeps its place in the queue until the listing has come.
 void IpfsClient::askListingForKind(const QString& cid, bool queued)
 {
     const auto handler = &IpfsClient::onKindLsReplyFinished;
     if (queued)
-        sendMetadataRequest(kindRequests, kindRequest(), cid, u"/ls"_s, listingQuery(cid), handler);
+        sendMetadataRequest(kindRequest(), cid, u"/ls"_s, listingQuery(cid), handler);
     else
-        markOutsideQueues(call(u"/ls"_s, listingQuery(cid), handler), kindRequest(), cid);
+        markOutsideQueues(callQuietly(u"/ls"_s, listingQuery(cid), handler), kindRequest(), cid);
 }
 
 void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)

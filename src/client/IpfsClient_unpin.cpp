@@ -93,7 +93,7 @@ void IpfsClient::removePins(const std::shared_ptr<UnpinBatch>& batch)
     QUrlQuery query;
     for (const QString& cid : std::as_const(batch->unpinFormattedCids))
         addQueryItem(query, u"arg"_s, cid);
-    QNetworkReply* reply = call(u"/pin/rm"_s, query, &IpfsClient::onUnpinReplyFinished);
+    QNetworkReply* reply = callQuietly(u"/pin/rm"_s, query, &IpfsClient::onUnpinReplyFinished);
     reply->setProperty(ReplyProperty::cids, batch->unpinRequestedCids);
     reply->setProperty(ReplyProperty::unpinBatch, QVariant::fromValue(batch));
 }
@@ -108,7 +108,7 @@ void IpfsClient::onUnpinReplyFinished(QNetworkReply* reply)
         if (batch->unpinFormattedCids != requested && tellsNotPinned(body))
             removeNextPin(batch);
         else
-            emit errorOccurred(tr("Unpin failed: %1").arg(reply->errorString()));
+            reportFailedUnpin(reply);
         return;
     }
     const auto removed = parseRemovedPins(body);
@@ -118,6 +118,12 @@ void IpfsClient::onUnpinReplyFinished(QNetworkReply* reply)
     }
     tellOpenUnpins(requested);
     emit unpinned(removed->isEmpty() ? requested : *removed);
+}
+
+void IpfsClient::reportFailedUnpin(const QNetworkReply* reply)
+{
+    reportNodeWords(reply, u"/pin/rm"_s);
+    emit errorOccurred(tr("Unpin failed: %1").arg(reply->errorString()));
 }
 
 /// What one unpin has removed, another one that is still on its way hasn't.
@@ -138,8 +144,8 @@ void IpfsClient::removeNextPin(const std::shared_ptr<UnpinBatch>& batch)
         finishUnpin(*batch);
         return;
     }
-    QNetworkReply* reply
-        = call(u"/pin/rm"_s, rpcQuery({{u"arg"_s, batch->currentText()}}), &IpfsClient::onSingleUnpinReplyFinished);
+    QNetworkReply* reply = callQuietly(u"/pin/rm"_s, rpcQuery({{u"arg"_s, batch->currentText()}}),
+                                       &IpfsClient::onSingleUnpinReplyFinished);
     reply->setProperty(ReplyProperty::unpinBatch, QVariant::fromValue(batch));
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -8,8 +7,7 @@
 /// A bounded queue of CIDs that one fact is asked for.
 struct MetadataQueue
 {
-    QList<QString> queue {};      ///< not yet sent, oldest first
-    QSet<QString> known {};       ///< queued or in flight
-    int inFlight = 0;             ///< replies open for this queue
-    QHash<QString, int> lanes {}; ///< for each CID in flight the lane of the queue's connection group it goes over
+    QList<QString> queue {}; ///< not yet sent, oldest first
+    QSet<QString> known {};  ///< queued or in flight
+    int inFlight = 0;        ///< replies open for this queue
 };

@@ -118,9 +118,7 @@ private slots:
         for (const qsizetype size : {qsizetype {1}, qsizetype {7}, qsizetype {100'000}}) {
             log->lines.clear();
             log->loaded.clear();
-            FakeAnswer answer = FakeAnswer::chunked(body, size);
-            answer.streamError = size == 7 ? "merkledag: not found" : ""; // the list is a good one all the same
-            node->answer(path, answer);
+            node->answer(path, FakeAnswer::chunked(body, size));
             fetch(u"all"_s);
             QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, pins}));
             QCOMPARE(log->loaded.isEmpty() ? 0 : log->loaded.constLast(), count);
@@ -185,6 +183,9 @@ private slots:
         QTest::addColumn<FakeAnswer>("answer");
         QTest::addColumn<QString>("ending");
         QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
+        FakeAnswer brokenOff = FakeAnswer::json(lineA);
+        brokenOff.streamError = "merkledag: not found";
+        QTest::newRow("broken off by the node") << brokenOff << u"merkledag: not found"_s;
         QTest::newRow("break in mid-line") << FakeAnswer::dropAt(lineA + lineB, 50) << u"Connection closed"_s;
     }
     void failures()

@@ -109,6 +109,45 @@ private slots:
         QCOMPARE(log->lines, outcome);
     }
 
+    /// What the node said comes before the call's own signals, and only where the call itself is worth a word.
+    void nodeWordsComeFirst_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<QStringList>("lines");
+        const FakeAnswer error = FakeAnswer::error("no \\\"such\\\" thing");
+        FakeAnswer brokenOff = FakeAnswer::json("ab");
+        brokenOff.streamError = "block was lost";
+        FakeAnswer shortCat = brokenOff;
+        shortCat.headers.emplaceBack("X-Content-Length", "12");
+        FakeAnswer emptyDag = FakeAnswer::json({});
+        emptyDag.streamError = "json: unsupported value: NaN";
+        QTest::newRow("JSON error") << QByteArray("/ls") << error
+                                    << QStringList {u"said /ls no \"such\" thing"_s, u"error"_s, u"ls a"_s};
+        QTest::newRow("no JSON") << QByteArray("/ls") << FakeAnswer::text(403, "403 - Forbidden\n")
+                                 << QStringList {u"error"_s, u"ls a"_s};
+        QTest::newRow("trailer") << QByteArray("/cat") << brokenOff
+                                 << QStringList {u"said /cat block was lost"_s, u"cat failed a block was lost"_s};
+        QTest::newRow("trailer, short") << QByteArray("/cat") << shortCat
+                                        << QStringList {u"said /cat block was lost"_s,
+                                                        u"cat failed a 2 of 12 bytes received"_s};
+        QTest::newRow("fact in turn") << QByteArray("/dag/stat") << error << QStringList {u"error"_s, u"size a -1"_s};
+        QTest::newRow("DAG of no bytes") << QByteArray("/dag/stat") << emptyDag << QStringList {u"size a 0"_s};
+    }
+    void nodeWordsComeFirst()
+    {
+        QFETCH(const QByteArray, path);
+        QFETCH(const FakeAnswer, answer);
+        QFETCH(const QStringList, lines);
+        node->answer(path, answer);
+        path == "/ls"        ? client->fetchLs(u"a"_s)
+            : path == "/cat" ? client->fetchCat(u"a"_s)
+                             : client->fetchObjectStat(u"a"_s);
+        QTRY_COMPARE(log->lines.size(), lines.size());
+        for (qsizetype i = 0; i < lines.size(); ++i)
+            QVERIFY2(log->lines.at(i).startsWith(lines.at(i)), qPrintable(log->lines.at(i)));
+    }
+
     void pingFailureTellsTheStateFirst()
     {
         node->stop();

@@ -32,6 +32,8 @@ public:
                 [this](bool on) { lines.append(on ? u"connected"_s : u"disconnected"_s); });
         connect(&client, &IpfsClient::errorOccurred, this,
                 [this](const QString& message) { lines.append(u"error "_s + message); });
+        connect(&client, &IpfsClient::nodeSaid, this,
+                [this](const QString& path, const QString& words) { lines.append(u"said %1 %2"_s.arg(path, words)); });
         connect(&client, &IpfsClient::nodeInfoReceived, this,
                 [this](const QString& id, const QString& agent) { lines.append(u"node %1 %2"_s.arg(id, agent)); });
         connect(&client, &IpfsClient::refsReceived, this, [this](const QString& root, const QStringList& cids) {
@@ -59,11 +61,13 @@ public:
         });
     }
 
-    /// The lines without the progress of streams.
+    /// The lines without the progress of streams and the node's words.
     QStringList outcome() const
     {
         QStringList list = lines;
-        list.removeIf([](const QString& line) { return line.startsWith(QLatin1StringView("loaded ")); });
+        list.removeIf([](const QString& line) {
+            return line.startsWith(QLatin1StringView("loaded ")) || line.startsWith(QLatin1StringView("said "));
+        });
         return list;
     }
     int count(QLatin1StringView start) const

@@ -1,0 +1,125 @@
+#include "RpcTransport.h"
+
+#include "AppSettings.h"
+#include "JsonReply.h"
+#include "LogTime.h"
+#include "NodeAccessManager.h"
+#include "OriginValue.h"
+
+#include <QCoreApplication>
+#include <QNetworkReply>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto streamErrorName = "X-Stream-Error";
+
+/// Calls that change nothing, wherever they are repeated. All others go out once, over a connection of their own.
+constexpr std::array readingPaths {"/bitswap/stat"_L1,
+                                   "/bootstrap/list"_L1,
+                                   "/cat"_L1,
+                                   "/cid/format"_L1,
+                                   "/config/show"_L1,
+                                   "/dag/stat"_L1,
+                                   "/files/stat"_L1,
+                                   "/id"_L1,
+                                   "/key/list"_L1,
+                                   "/ls"_L1,
+                                   "/name/resolve"_L1,
+                                   "/pin/ls"_L1,
+                                   "/pin/remote/ls"_L1,
+                                   "/refs"_L1,
+                                   "/refs/local"_L1,
+                                   "/repo/stat"_L1,
+                                   "/stats/dht"_L1,
+                                   "/swarm/addrs"_L1,
+                                   "/swarm/peers"_L1,
+                                   "/version"_L1,
+                                   "/swarm/addrs/listen"_L1,
+                                   "/pin/remote/service/ls"_L1};
+
+/// Answers of which each line is valid by itself.
+constexpr std::array lineByLinePaths {"/repo/gc"_L1, "/stats/dht"_L1};
+
+bool onlyReads(const QString& path, const QUrlQuery& query)
+{
+    if (path == "/config"_L1) // a second argument is a value to be set
+        return query.allQueryItemValues(u"arg"_s).size() < 2;
+    return std::ranges::find(readingPaths, path) != readingPaths.end();
+}
+
+/// Read from the store for each request, so that a change is in force for the next one.
+QByteArray originHeader()
+{
+    const QSettings settings = openAppSettings();
+    if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
+        return {};
+    return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
+}
+
+/// A default node refuses a browser's agent with 403.
+QString userAgent()
+{
+    return u"Norvo/"_s + QCoreApplication::applicationVersion();
+}
+
+void setAttribute(QNetworkRequest& request, NodeAccessManager::RequestAttribute attribute, bool on)
+{
+    request.setAttribute(static_cast<QNetworkRequest::Attribute>(attribute), on);
+}
+
+} // namespace
+
+RpcEndpoint RpcEndpoint::at(const QString& host, unsigned short port)
+{
+    QUrl url;
+    url.setScheme(u"http"_s);
+    url.setHost(host);
+    url.setPort(port);
+    url.setPath(u"/api/v0"_s);
+    RpcEndpoint endpoint {.host = host, .port = port, .hostIsValid = !url.host().isEmpty()};
+    endpoint.base = endpoint.hostIsValid ? url.toString() : u"http://%1:%2/api/v0"_s.arg(host, QString::number(port));
+    return endpoint;
+}
+
+RpcTransport::RpcTransport(QObject* parent)
+    : QObject(parent)
+    , network(new NodeAccessManager(this))
+{
+}
+
+QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query)
+{
+    // A host that can't be one is shown as it was given, and nothing leaves: read as an address the text could name
+    // another host.
+    QUrl url(endpoint.hostIsValid ? endpoint.base + path : u"http:///api/v0"_s + path);
+    if (!query.isEmpty())
+        url.setQuery(query);
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
+    request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
+    if (const QByteArray origin = originHeader(); !origin.isEmpty())
+        request.setRawHeader("Origin", origin);
+    setAttribute(request, NodeAccessManager::MayRepeat, onlyReads(path, query));
+    setAttribute(request, NodeAccessManager::KeepsWhatCame,
+                 std::ranges::find(lineByLinePaths, path) != lineByLinePaths.end());
+    const QString tail = url.hasQuery() ? u'?' + url.query(QUrl::FullyEncoded) : QString();
+    const QString shown = endpoint.hostIsValid ? url.toString(QUrl::FullyEncoded) : endpoint.base + path + tail;
+    emit requestIssued(u"[%1] POST %2"_s.arg(logTime(), shown));
+    return network->post(request, QByteArray());
+}
+
+QString nodeWords(const QNetworkReply* reply)
+{
+    const QString words = QString::fromUtf8(reply->rawHeader(streamErrorName));
+    return words.isEmpty() ? rpcErrorMessage(NodeAccessManager::failureBody(reply)) : words;
+}
+
+bool wasBrokenOffBy(const QNetworkReply* reply, QByteArrayView words)
+{
+    return reply->rawHeader(streamErrorName) == words;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QUrlQuery>
+
+class NodeAccessManager;
+class QNetworkReply;
+
+/// Where a node's RPC answers.
+struct RpcEndpoint
+{
+    QString host {};
+    unsigned short port = 0;
+    QString base {};          ///< as "http://127.0.0.1:5001/api/v0"
+    bool hostIsValid = false; ///< requests to a host that can't be one fail before they leave
+
+    static RpcEndpoint at(const QString& host, unsigned short port);
+};
+
+/// Sends requests to a node: the address, the headers that each one carries, and the line that announces it.
+class RpcTransport : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RpcTransport(QObject* parent = nullptr);
+
+    /// Posts to `path`, which starts with a slash, with an empty body. Emits requestIssued before the request leaves.
+    QNetworkReply* post(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query);
+
+signals:
+    /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>".
+    void requestIssued(QString description);
+
+private:
+    NodeAccessManager* network;
+};
+
+/// The node's own words of a call that failed or was broken off: the "Message" of its JSON error, or the trailer of an
+/// answer that it broke off. Empty if there are none.
+QString nodeWords(const QNetworkReply* reply);
+
+/// Whether the node broke its answer off with these words.
+bool wasBrokenOffBy(const QNetworkReply* reply, QByteArrayView words);
