@@ -66,7 +66,7 @@ void IpfsClient::formatNextCid(const std::shared_ptr<UnpinBatch>& batch)
 {
     const qsizetype index = batch->nextToFormat++;
     QNetworkReply* reply
-        = call(u"/cid/format"_s,
+        = callQuietly(u"/cid/format"_s,
                rpcQuery({{u"arg"_s, batch->unpinRequestedCids.at(index)}, {u"v"_s, u"0"_s}, {u"b"_s, u"base58btc"_s}}),
                &IpfsClient::onCidFormatReplyFinished);
     reply->setProperty(ReplyProperty::unpinIndex, static_cast<int>(index));

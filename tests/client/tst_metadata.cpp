@@ -293,7 +293,7 @@ private slots:
         node->answer(lsPath, answer);
         client->fetchLs(u"c"_s);
         client->fetchLs({});
-        QTRY_COMPARE(log->lines.join(u'|'), lines.replace(u"%1"_s, QString::number(node->port())));
+        QTRY_COMPARE(log->outcome().join(u'|'), lines.replace(u"%1"_s, QString::number(node->port())));
         QCOMPARE(node->count(lsPath), 1);
     }
 
@@ -321,7 +321,7 @@ private slots:
         node->answer("/cat", answer);
         client->fetchCat(u"c"_s);
         client->fetchCat({});
-        QTRY_COMPARE(log->lines.join(u'|'), line.replace(u"%1"_s, QString::number(node->port())));
+        QTRY_COMPARE(log->outcome().join(u'|'), line.replace(u"%1"_s, QString::number(node->port())));
         QCOMPARE(node->count("/cat"), 1);
     }
 

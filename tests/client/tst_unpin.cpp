@@ -70,7 +70,7 @@ private slots:
         node->answer(rmPath, rm);
         client->unpin(asked, true);
         line.replace(u"%1"_s, u"http://127.0.0.1:%1/api/v0/pin/rm?"_s.arg(node->port()));
-        QTRY_COMPARE(log->lines, QStringList {line});
+        QTRY_COMPARE(log->outcome(), QStringList {line});
         QCOMPARE(node->requests(rmPath).constFirst().rawQuery, query);
         QCOMPARE(node->count(rmPath), 1);
         QCOMPARE(node->requests(formatPath).constFirst().rawQuery, "arg=a&v=0&b=base58btc");

@@ -1,0 +1,509 @@
+#include "FakeNode.h"
+#include "NodeAccessManager.h"
+#include "TestMain.h"
+
+#include <QBuffer>
+#include <QElapsedTimer>
+#include <QHttpMultiPart>
+#include <QNetworkReply>
+#include <QPointer>
+#include <QThread>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include <dlfcn.h>
+#include <netdb.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::atomic<int> lookUps = 0;
+
+} // namespace
+
+/// The name "slow.test" takes three seconds to look up, as on a machine whose name server is away.
+extern "C" int getaddrinfo(const char* host, const char* service, const addrinfo* hints, addrinfo** result)
+{
+    if (QByteArrayView(host) == "slow.test") {
+        ++lookUps;
+        QThread::sleep(3);
+        return EAI_NONAME;
+    }
+    static const auto real = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return real(host, service, hints, result);
+}
+
+namespace {
+
+constexpr auto mayRepeat = static_cast<QNetworkRequest::Attribute>(NodeAccessManager::MayRepeat);
+
+struct Recording
+{
+    const char* path;
+    QByteArray body;
+    bool onlyReads = true;
+    HeaderList headers {};
+};
+
+const QByteArray cid = "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a";
+
+/// Answers as a node gave them.
+QList<Recording> recordings()
+{
+    return {{"/pin/ls",
+             "{\"Cid\":\"" + cid + "\",\"Type\":\"recursive\"}\n{\"Cid\":\"" + cid + "\",\"Type\":\"direct\"}\n"},
+            {"/refs", "{\"Ref\":\"" + cid + "\",\"Err\":\"\"}\n"},
+            {"/ls", "{\"Objects\":[{\"Hash\":\"" + cid + "\",\"Links\":[]}]}\n"},
+            {"/cat", "hello world\n", true, {{"X-Stream-Output", "1"}, {"X-Content-Length", "12"}}},
+            {"/pin/rm", "{\"Pins\":[\"" + cid + "\"]}\n", false},
+            {"/dag/stat", "{\"UniqueBlocks\":2,\"TotalSize\":69,\"Ratio\":1}\n"}};
+}
+
+/// As a node sends it: a chunk for each line.
+QByteArray onTheWire(const Recording& recording)
+{
+    QByteArray bytes = "HTTP/1.1 200 OK\r\nServer: kubo/0.43.0\r\nTrailer: X-Stream-Error\r\nVary: Origin\r\n";
+    for (const auto& [name, value] : recording.headers)
+        bytes += name + ": " + value + "\r\n";
+    bytes += "Transfer-Encoding: chunked\r\n\r\n";
+    for (const QByteArray& line : recording.body.split('\n')) {
+        if (!line.isEmpty())
+            bytes += QByteArray::number(line.size() + 1, 16) + "\r\n" + line + "\n\r\n";
+    }
+    return bytes + "0\r\n\r\n";
+}
+
+/// A body of lines that is made while it is read.
+class ManyParts : public QIODevice
+{
+public:
+    explicit ManyParts(qint64 newCount, qint64 newBreakAt = -1)
+        : breakAt(newBreakAt)
+        , total(newCount * partSize)
+    {
+        open(ReadOnly | Unbuffered);
+    }
+    qint64 size() const override { return total; }
+
+    static constexpr qint64 partSize = 64;
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override
+    {
+        if (breakAt >= 0 && given >= breakAt) {
+            setErrorString(u"a.txt changed while it was being sent."_s);
+            return -1;
+        }
+        const qint64 count = std::min(maxSize, total - given);
+        for (qint64 i = 0; i < count; ++i)
+            data[i] = ++given % partSize == 0 ? '\n' : 'x';
+        return count;
+    }
+    qint64 writeData(const char* /*data*/, qint64 /*size*/) override { return -1; }
+
+private:
+    qint64 breakAt;
+    qint64 total;
+    qint64 given = 0;
+};
+
+} // namespace
+
+class tst_Http : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        node = std::make_unique<FakeNode>();
+        manager = std::make_unique<NodeAccessManager>();
+    }
+    void cleanup()
+    {
+        manager.reset();
+        node.reset();
+    }
+
+    void cutAnywhere_data()
+    {
+        QTest::addColumn<int>("recording");
+        QTest::addColumn<NodeAnswer::Ending>("ending");
+        QTest::addColumn<int>("stallMs");
+        for (int i = 0; i < recordings().size(); ++i) {
+            const QByteArray path = recordings().at(i).path;
+            QTest::newRow(path + " closed") << i << NodeAnswer::Close << 0;
+            QTest::newRow(path + " reset") << i << NodeAnswer::Reset << 0;
+            QTest::newRow(path + " closed after a stall") << i << NodeAnswer::Close << 3;
+        }
+    }
+    /// An answer that was cut is a failure, or whole if its body had come; it always ends, and what acts is sent once.
+    void cutAnywhere()
+    {
+        QFETCH(const int, recording);
+        QFETCH(const NodeAnswer::Ending, ending);
+        QFETCH(const int, stallMs);
+        const Recording recorded = recordings().at(recording);
+        const QByteArray wire = onTheWire(recorded);
+        node->route(recorded.path, [&](const NodeRequest& request) {
+            NodeAnswer answer = NodeAnswer::raw(wire, ending);
+            answer.cutAfter = request.value(u"cut"_s).toInt();
+            answer.stall = std::chrono::milliseconds(stallMs);
+            return answer;
+        });
+        QList<QNetworkReply*> replies;
+        for (qsizetype cut = 0; cut <= wire.size(); ++cut)
+            replies.append(post(QString::fromLatin1(recorded.path) + u"?cut=%1"_s.arg(cut), recorded.onlyReads));
+        const qsizetype bodyEnd = wire.size() - 5; // "0\r\n\r\n"
+        for (qsizetype cut = 0; cut <= wire.size(); ++cut) {
+            QNetworkReply* reply = replies.at(cut);
+            QTRY_VERIFY2(reply->isFinished(), qPrintable(u"cut at %1"_s.arg(cut)));
+            const bool good = reply->error() == QNetworkReply::NoError;
+            if (good)
+                QCOMPARE(reply->readAll(), recorded.body);
+            QVERIFY2(!good || cut > bodyEnd, qPrintable(u"cut at %1 passed as whole"_s.arg(cut)));
+            if (ending == NodeAnswer::Close && cut == wire.size())
+                QVERIFY2(good, qPrintable(reply->errorString()));
+        }
+        const int calls = static_cast<int>(replies.size());
+        const int heads = node->headCount(recorded.path);
+        QVERIFY2(recorded.onlyReads ? heads >= calls && heads <= 2 * calls : heads == calls,
+                 qPrintable(QString::number(heads)));
+    }
+
+    void heads_data()
+    {
+        QTest::addColumn<QByteArray>("wire");
+        QTest::addColumn<QNetworkReply::NetworkError>("error");
+        QTest::addColumn<QString>("text"); // of the body, or how the error string ends
+        const auto row = [](const char* name, const QByteArray& wire, QNetworkReply::NetworkError error,
+                            const QString& text) { QTest::newRow(name) << wire << error << text; };
+        constexpr auto good = QNetworkReply::NoError;
+        constexpr auto closed = QNetworkReply::RemoteHostClosedError;
+        constexpr auto broken = QNetworkReply::ProtocolFailure;
+        const QByteArray sized = "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nab";
+        row("interim answers", "HTTP/1.1 103 Early Hints\r\nX: 1\r\n\r\nHTTP/1.1 102 Processing\r\n\r\n" + sized, good,
+            u"ab"_s);
+        row("interim answer and no other", "HTTP/1.1 102 Processing\r\n\r\n", closed, u"Connection closed"_s);
+        row("no phrase", "HTTP/1.1 200\r\nContent-Length: 2\r\n\r\nab", good, u"ab"_s);
+        row("ends with its connection", "HTTP/1.0 200 OK\r\n\r\nab", good, u"ab"_s);
+        row("folded", "HTTP/1.1 200 OK\r\nX-A: b\r\n c\r\nContent-Length: 2\r\n\r\nab", good, u"ab"_s);
+        row("length too long", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nab", closed, u"Connection closed"_s);
+        row("length too short", "HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nab", good, u"a"_s);
+        row("negative length", "HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\nab", broken, {});
+        row("nothing at all", "", closed, u"Connection closed"_s);
+        row("no HTTP", "SSH-2.0-OpenSSH\r\n", broken, {});
+        row("header without colon", "HTTP/1.1 200 OK\r\nrubbish\r\n\r\nab", broken, {});
+        row("endless header", "HTTP/1.1 200 OK\r\nX: " + QByteArray(2'000'000, 'x') + "\r\n\r\n", broken, {});
+        row("endless headers", "HTTP/1.1 200 OK\r\n" + QByteArray("X-Filler: y\r\n").repeated(200'000) + "\r\nab",
+            broken, {});
+        row("garbled chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nab\r\n0\r\n\r\n", closed, {});
+        row("endless trailer",
+            "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1\r\na\r\n0\r\nX: " + QByteArray(2'000'000, 'x')
+                + "\r\n\r\n",
+            broken, {});
+        const QByteArray trailed = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nab\r\n0\r\n";
+        row("broken off", trailed + "X-Stream-Error: block not found\r\n\r\n", QNetworkReply::UnknownServerError,
+            u"block not found"_s);
+        row("another trailer", trailed + "X-Other: 1\r\n\r\n", good, u"ab"_s);
+        const auto status = [&row](const char* line, QNetworkReply::NetworkError error) {
+            const QByteArray wire
+                = QByteArray("HTTP/1.1 ") + line + "\r\nLocation: /api/v0/elsewhere\r\nContent-Length: 0\r\n\r\n";
+            row(line, wire, error, u"/api/v0/x - server replied: "_s + QString::fromLatin1(line).section(u' ', 1));
+        };
+        for (const char* redirect : {"301 Moved Permanently", "302 Found", "303 See Other", "307 Temporary Redirect",
+                                     "308 Permanent Redirect"})
+            status(redirect, broken);
+        status("400 Bad Request", QNetworkReply::ProtocolInvalidOperationError);
+        status("403 Forbidden", QNetworkReply::ContentAccessDenied);
+        status("404 Not Found", QNetworkReply::ContentNotFoundError);
+        status("418 Teapot", QNetworkReply::UnknownContentError);
+        status("500 Internal Server Error", QNetworkReply::InternalServerError);
+        status("599 Odd", QNetworkReply::UnknownServerError);
+    }
+    void heads()
+    {
+        QFETCH(const QByteArray, wire);
+        QFETCH(const QNetworkReply::NetworkError, error);
+        QFETCH(const QString, text);
+        node->answer("/x", NodeAnswer::raw(wire, NodeAnswer::Close));
+        node->answer("/elsewhere", NodeAnswer::json("{}"));
+        QNetworkReply* reply = post(u"/x"_s, false);
+        QTRY_VERIFY(reply->isFinished());
+        QCOMPARE(reply->error(), error);
+        if (error == QNetworkReply::NoError)
+            QCOMPARE(reply->readAll(), text.toLatin1());
+        else
+            QVERIFY2(reply->errorString().endsWith(text), qPrintable(reply->errorString()));
+        QCOMPARE(node->headCount(), 1);
+    }
+
+    void whatCameIsKeptWhereItMayBe()
+    {
+        node->answer("/repo/gc", NodeAnswer::brokenOff("{}\n", "encountered errors"));
+        QNetworkRequest request(url(u"/repo/gc"_s));
+        request.setAttribute(static_cast<QNetworkRequest::Attribute>(NodeAccessManager::KeepsWhatCame), true);
+        QNetworkReply* reply = manager->post(request, QByteArray());
+        QTRY_VERIFY(reply->isFinished());
+        QCOMPARE(reply->error(), QNetworkReply::NoError);
+        QCOMPARE(reply->readAll(), "{}\n");
+        QCOMPARE(reply->rawHeader("x-stream-error"), "encountered errors");
+    }
+
+    void notSent_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("no http") << u"https://127.0.0.1/"_s << u"Protocol \"https\" is unknown"_s;
+        QTest::newRow("no host") << u"http:///api/v0"_s << u"Host  not found"_s;
+        QTest::newRow("unknown host") << u"http://nowhere.invalid/"_s << u"Host nowhere.invalid not found"_s;
+        QTest::newRow("nobody there") << u"http://127.0.0.1:1/"_s << u"Connection refused"_s;
+        QTest::newRow("too long") << u"http://127.0.0.1:1/?arg="_s + QString(1024 * 1024, u'x')
+                                  << u"The request is too long for the node: 1048600 bytes, of at most 1032192"_s;
+    }
+    void notSent()
+    {
+        QFETCH(const QString, address);
+        QNetworkReply* reply = manager->post(QNetworkRequest(QUrl(address)), QByteArray());
+        QVERIFY(!reply->isFinished());
+        QTRY_VERIFY(reply->isFinished());
+        QTEST(reply->errorString(), "text");
+    }
+
+    void manyAtOnce()
+    {
+        node->answer("/hold", NodeAnswer::hold());
+        node->answer("/x", NodeAnswer::json("{}"));
+        for (int i = 0; i < 56; ++i)
+            post(u"/hold"_s, true);
+        QTRY_COMPARE(node->heldCount("/hold"), 56);
+        QNetworkReply* reply = post(u"/x"_s, true); // waits for none of them
+        QTRY_VERIFY(reply->isFinished());
+        QCOMPARE(reply->error(), QNetworkReply::NoError);
+    }
+
+    void aNodeThatClosesAfterEachAnswer_data()
+    {
+        QTest::addColumn<NodeAnswer::Afterwards>("afterwards");
+        QTest::addColumn<bool>("onlyReads");
+        QTest::newRow("reads, said") << NodeAnswer::SaidClose << true;
+        QTest::newRow("reads, silent") << NodeAnswer::SilentClose << true;
+        QTest::newRow("reads, on the next request") << NodeAnswer::CloseAtNextRequest << true;
+        QTest::newRow("acts, silent") << NodeAnswer::SilentClose << false;
+        QTest::newRow("acts, on the next request") << NodeAnswer::CloseAtNextRequest << false;
+    }
+    void aNodeThatClosesAfterEachAnswer()
+    {
+        QFETCH(const NodeAnswer::Afterwards, afterwards);
+        QFETCH(const bool, onlyReads);
+        NodeAnswer answer = NodeAnswer::json("{}");
+        answer.afterwards = afterwards;
+        node->answer("/x", answer);
+        constexpr int calls = 1000;
+        int sent = 0;
+        int good = 0;
+        std::function<void()> next = [&] {
+            QNetworkReply* reply = post(u"/x"_s, onlyReads);
+            ++sent;
+            connect(reply, &QNetworkReply::finished, reply, [&, reply] {
+                good += reply->error() == QNetworkReply::NoError && reply->readAll() == "{}" ? 1 : 0;
+                reply->deleteLater();
+                if (sent < calls)
+                    next();
+            });
+        };
+        for (int i = 0; i < 8; ++i)
+            next();
+        QTRY_COMPARE_WITH_TIMEOUT(good, calls, 60'000);
+        if (!onlyReads)
+            QCOMPARE(node->headCount("/x"), calls);
+    }
+
+    void anySlotMayEndIt_data()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<QByteArray>("deed");
+        for (const QByteArray signal : {"metaDataChanged()", "uploadProgress(qint64,qint64)", "readyRead()",
+                                        "errorOccurred(QNetworkReply::NetworkError)", "finished()"}) {
+            for (const QByteArray deed : {"abort", "delete", "deleteLater", "deleteManager", "runLoop"})
+                QTest::newRow(signal.first(signal.indexOf('(')) + ", " + deed) << signal << deed;
+        }
+    }
+    void anySlotMayEndIt()
+    {
+        QFETCH(const QByteArray, signal);
+        QFETCH(const QByteArray, deed);
+        NodeAnswer answer = NodeAnswer::chunked("abc", 1, 1ms);
+        answer.status = 500;
+        answer.headers = {{"Content-Type", "text/plain"}};
+        node->answer("/x", answer);
+        const QPointer<QNetworkReply> reply = manager->post(QNetworkRequest(url(u"/x"_s)), QByteArray("body"));
+        QPointer<QNetworkReply> other = post(u"/x"_s, false);
+        int finished = 0;
+        connect(reply, &QNetworkReply::finished, this, [&finished] { ++finished; });
+        ender = [&] {
+            ender = nullptr;
+            if (deed == "abort") {
+                const bool wasFinished = reply->isFinished();
+                reply->abort();
+                QVERIFY(wasFinished || (reply->error() == QNetworkReply::OperationCanceledError && finished == 1));
+            } else if (deed == "delete") {
+                delete reply;
+            } else if (deed == "deleteLater") {
+                reply->deleteLater();
+            } else if (deed == "deleteManager") {
+                manager.reset();
+            } else {
+                QTRY_VERIFY(other->isFinished());
+            }
+            ended = true;
+        };
+        ended = false;
+        connect(reply.data(), ('2' + signal).constData(), this, SLOT(end()));
+        QTRY_VERIFY(ended);
+        if (manager)
+            QTRY_VERIFY(other->isFinished() && other->error() == QNetworkReply::InternalServerError);
+        QVERIFY(finished <= 1);
+    }
+
+    void bothDirectionsAtOnce()
+    {
+        constexpr qint64 parts = 200'000;
+        qint64 taken = 0;
+        node->limitBuffers(64 * 1024);
+        node->routeUpload("/add", [&taken](const NodeRequest&) {
+            return NodeUpload {.head = NodeAnswer::json({}),
+                               .onPiece =
+                                   [&taken](const QByteArray& piece, bool) {
+                                       taken += piece.size();
+                                       return NodeStep {.bytes
+                                                        = QByteArray("{\"Name\":\"a\"}\n").repeated(piece.count('\n'))};
+                                   },
+                               .mostUnsent = 64 * 1024};
+        });
+        ManyParts body(parts);
+        QNetworkReply* reply = manager->post(QNetworkRequest(url(u"/add"_s)), &body);
+        qint64 sentAtFirstLine = -1;
+        qint64 sent = 0;
+        qint64 lines = 0;
+        connect(reply, &QNetworkReply::uploadProgress, this, [&sent](qint64 bytes) { sent = bytes; });
+        connect(reply, &QNetworkReply::readyRead, this, [&] {
+            lines += reply->readAll().count('\n');
+            sentAtFirstLine = sentAtFirstLine < 0 ? sent : sentAtFirstLine;
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 60'000);
+        QVERIFY2(reply->error() == QNetworkReply::NoError, qPrintable(reply->errorString()));
+        QCOMPARE(lines, parts);
+        QCOMPARE(taken, body.size());
+        QCOMPARE(sent, body.size());
+        QVERIFY(sentAtFirstLine < body.size() / 2);
+    }
+
+    void multiPartArrivesWhole()
+    {
+        node->answer("/add", NodeAnswer::json("{}"));
+        auto* form = new QHttpMultiPart(QHttpMultiPart::FormDataType);
+        QHttpPart part;
+        part.setHeader(QNetworkRequest::ContentDispositionHeader, u"form-data; name=\"file\""_s);
+        part.setBody("hello");
+        form->append(part);
+        QNetworkReply* reply = manager->post(QNetworkRequest(url(u"/add"_s)), form);
+        form->setParent(reply);
+        QTRY_VERIFY(reply->isFinished());
+        const NodeRequest got = node->requests("/add").value(0);
+        QCOMPARE(got.body,
+                 "--" + form->boundary() + "\r\nContent-Disposition: form-data; name=\"file\"\r\n\r\nhello\r\n--"
+                     + form->boundary() + "--\r\n");
+        QVERIFY(got.header("Content-Type").contains(form->boundary()));
+    }
+
+    void uploadsThatFail_data()
+    {
+        QTest::addColumn<QByteArray>("how");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("refused at once") << QByteArray("refuse") << u"server replied: Forbidden"_s;
+        QTest::newRow("error after half") << QByteArray("half") << u"server replied: Internal Server Error"_s;
+        QTest::newRow("dropped") << QByteArray("drop") << u"Connection closed"_s;
+        QTest::newRow("its device fails") << QByteArray("device") << u"a.txt changed while it was being sent."_s;
+    }
+    void uploadsThatFail()
+    {
+        QFETCH(const QByteArray, how);
+        QFETCH(const QString, text);
+        ManyParts body(200'000, how == "device" ? 1'000'000 : -1);
+        node->routeUpload("/add", [&how, &body](const NodeRequest&) {
+            if (how == "refuse")
+                return NodeUpload {.head = NodeAnswer::text(403, "403 - Forbidden\n")};
+            NodeAnswer last
+                = how == "drop" ? NodeAnswer::raw({}, NodeAnswer::Close) : NodeAnswer::error("disk is full");
+            return NodeUpload {
+                .onPiece = [&body, last, how, taken = qint64 {0}](const QByteArray& piece, bool) mutable {
+                    taken += piece.size();
+                    return how != "device" && taken > body.size() / 2 ? NodeStep {.last = last} : NodeStep {};
+                }};
+        });
+        QNetworkReply* reply = manager->post(QNetworkRequest(url(u"/add"_s)), &body);
+        QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 30'000);
+        QVERIFY2(reply->errorString().endsWith(text), qPrintable(reply->errorString()));
+        if (how == "half")
+            QCOMPARE(NodeAccessManager::failureBody(reply), reply->readAll());
+        QCOMPARE(node->headCount("/add"), 1);
+    }
+
+    void aSlowLookUpHoldsNothingUp_data()
+    {
+        QTest::addColumn<QByteArray>("deed");
+        for (const QByteArray deed : {"abort", "delete", "quit"})
+            QTest::newRow(deed) << deed;
+    }
+    void aSlowLookUpHoldsNothingUp()
+    {
+        QFETCH(const QByteArray, deed);
+        const int before = lookUps;
+        QNetworkReply* reply = manager->post(QNetworkRequest(QUrl(u"http://slow.test/"_s)), QByteArray());
+        QTRY_COMPARE(lookUps.load(), before + 1);
+        QElapsedTimer clock;
+        clock.start();
+        if (deed == "abort")
+            reply->abort();
+        else if (deed == "delete")
+            delete reply;
+        manager.reset();
+        QVERIFY2(clock.elapsed() < 500, qPrintable(u"%1 ms"_s.arg(clock.elapsed())));
+        QTest::qWait(3100); // the look-up ends into nothing
+    }
+
+public slots:
+    void end()
+    {
+        if (ender)
+            ender();
+    }
+
+private:
+    QUrl url(const QString& path) const
+    {
+        return QUrl(u"http://127.0.0.1:%1/api/v0%2"_s.arg(QString::number(node->port()), path));
+    }
+    QNetworkReply* post(const QString& path, bool onlyReads)
+    {
+        QNetworkRequest request(url(path));
+        request.setAttribute(mayRepeat, onlyReads);
+        return manager->post(request, QByteArray());
+    }
+
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<NodeAccessManager> manager;
+    std::function<void()> ender;
+    bool ended = false;
+};
+
+NORVO_TEST_MAIN(QCoreApplication, tst_Http)
+#include "tst_http.moc"
