@@ -32,7 +32,7 @@ QByteArray refLines()
 void serve(std::promise<quint16>& port)
 {
     FakeNode node;
-    node.answer("/refs", FakeAnswer::chunked(refLines(), chunkBytes));
+    node.answer("/refs", NodeAnswer::chunked(refLines(), chunkBytes));
     port.set_value(node.port());
     QEventLoop().exec();
 }

@@ -33,11 +33,11 @@ private slots:
     {
         failOnWarnings();
         node = std::make_unique<FakeNode>();
-        node->answer("/id", FakeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0"})"));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0"})"));
         pins(pinLines(3, "recursive"));
-        node->answer(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n"));
-        node->answer(dagStatPath, FakeAnswer::json(R"({"TotalSize":1024})"));
-        node->answer(filesStatPath, FakeAnswer::json(R"({"Type":"directory"})"));
+        node->answer(refsPath, NodeAnswer::json("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n"));
+        node->answer(dagStatPath, NodeAnswer::json(R"({"TotalSize":1024})"));
+        node->answer(filesStatPath, NodeAnswer::json(R"({"Type":"directory"})"));
         openAppSettings().clear();
     }
     void cleanup() { close(); }
@@ -45,22 +45,22 @@ private slots:
     void placeholdersTurnIntoValues()
     {
         for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath})
-            node->answer(path, FakeAnswer::hold());
+            node->answer(path, NodeAnswer::hold());
         open(*node);
         QTRY_COMPARE(node->heldCount(filesStatPath), 3);
         QCOMPARE(cells(PinModel::RefsColumn), QStringList(3, u"…"_s));
         QCOMPARE(counts(),
                  u"Total: 3  |  Recursive: 3  |  Direct: 0  |  Indirect: 0  |  "
                  "Total DAG size of all displayed CIDs: —  |  Metadata loaded: 0/3 CIDs"_s);
-        node->release(dagStatPath, FakeAnswer::json(R"({"TotalSize":2048})"));
-        node->release(filesStatPath, FakeAnswer::json(R"({"Type":"file"})"));
+        node->release(dagStatPath, NodeAnswer::json(R"({"TotalSize":2048})"));
+        node->release(filesStatPath, NodeAnswer::json(R"({"Type":"file"})"));
         QTRY_VERIFY(counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 1/3 CIDs"_s)
                     || counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 0/3 CIDs"_s));
         for (int i = 0; i < 3; ++i)
-            node->release(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n"));
+            node->release(refsPath, NodeAnswer::json("{\"Ref\":\"a\"}\n"));
         for (int i = 0; i < 2; ++i) {
-            node->release(dagStatPath, FakeAnswer::error("no")); // counts as done
-            node->release(filesStatPath, FakeAnswer::json(R"({"Type":"file"})"));
+            node->release(dagStatPath, NodeAnswer::error("no")); // counts as done
+            node->release(filesStatPath, NodeAnswer::json(R"({"Type":"file"})"));
         }
         QTRY_VERIFY(counts().endsWith(u"CIDs: 2.0 KB  |  Metadata loaded: 3/3 CIDs"_s));
         QTRY_COMPARE(cells(PinModel::RefsColumn), QStringList(3, u"1"_s));
@@ -70,7 +70,7 @@ private slots:
 
     void aRefreshAsksOnlyForWhatIsNotKnown()
     {
-        node->answers(dagStatPath, {FakeAnswer::error("no"), FakeAnswer::json(R"({"TotalSize":5})")});
+        node->answers(dagStatPath, {NodeAnswer::error("no"), NodeAnswer::json(R"({"TotalSize":5})")});
         open(*node);
         QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
         node->clearRequests();
@@ -86,7 +86,7 @@ private slots:
 
     void aRefreshWhileAnnotatingIsHarmless()
     {
-        node->answer(dagStatPath, FakeAnswer::hold());
+        node->answer(dagStatPath, NodeAnswer::hold());
         open(*node);
         QTRY_COMPARE(node->heldCount(dagStatPath), 3);
         QTest::keyClick(window.get(), Qt::Key_F5);
@@ -95,7 +95,7 @@ private slots:
         QTest::qWait(20);
         QCOMPARE(node->count(dagStatPath), 3); // in flight already
         for (int i = 0; i < 3; ++i)
-            node->release(dagStatPath, FakeAnswer::json(R"({"TotalSize":7})"));
+            node->release(dagStatPath, NodeAnswer::json(R"({"TotalSize":7})"));
         QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
         QCOMPARE(cells(PinModel::SizeColumn), QStringList(3, u"7 B"_s));
     }
@@ -162,8 +162,8 @@ private slots:
 private:
     void pins(const QByteArray& recursive)
     {
-        node->route(pinsPath, [recursive](const FakeRequest& request) {
-            return FakeAnswer::json(request.value(u"type"_s) == u"recursive"_s ? recursive : QByteArray());
+        node->route(pinsPath, [recursive](const NodeRequest& request) {
+            return NodeAnswer::json(request.value(u"type"_s) == u"recursive"_s ? recursive : QByteArray());
         });
     }
     QString counts() const { return label("countLabel"_L1)->text(); }

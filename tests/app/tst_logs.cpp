@@ -18,8 +18,8 @@ private slots:
     {
         failOnWarnings();
         node = std::make_unique<FakeNode>();
-        node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
-        node->answer("/pin/ls", FakeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/pin/ls", NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
         openAppSettings().clear();
         setting("loadMetadata"_L1, false);
         open(*node);

@@ -37,8 +37,8 @@ private slots:
     {
         failOnWarnings();
         node = std::make_unique<FakeNode>();
-        node->answer("/id", FakeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
-        node->answer(path, FakeAnswer::json(pinLines(3)));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
+        node->answer(path, NodeAnswer::json(pinLines(3)));
         openAppSettings().clear();
         setting("typeFilter"_L1, u"all"_s);
     }
@@ -59,7 +59,7 @@ private slots:
 
     void stagesWhileTheListStreams()
     {
-        node->answer(path, FakeAnswer::hangAfter(pinLines(5)));
+        node->answer(path, NodeAnswer::hangAfter(pinLines(5)));
         open();
         QTRY_COMPARE(status(), u"Entries loaded: 5"_s);
         QCOMPARE(refreshButton()->text(), u"⟳  Loading…"_s);
@@ -69,8 +69,8 @@ private slots:
 
     void theFasterOfTwoStreamsIsShown()
     {
-        node->route(path, [](const FakeRequest& request) {
-            return FakeAnswer::hangAfter(pinLines(request.value(u"type"_s) == u"direct"_s ? 4 : 9));
+        node->route(path, [](const NodeRequest& request) {
+            return NodeAnswer::hangAfter(pinLines(request.value(u"type"_s) == u"direct"_s ? 4 : 9));
         });
         setting("typeFilter"_L1, u"recursive+direct"_s);
         open();
@@ -80,20 +80,20 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("ending");
-        QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
-        QTest::newRow("break in mid-line") << FakeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s;
+        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
+        QTest::newRow("break in mid-line") << NodeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s;
     }
     void failures()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(const QString, ending);
         open();
         QVERIFY(waitForRows(3));
         QTRY_COMPARE(node->openNow(), 0);
         node->answer(path, answer);
-        node->answer("/id", FakeAnswer::hold());
+        node->answer("/id", NodeAnswer::hold());
         refreshButton()->click();
         QTRY_VERIFY(status().startsWith(u"Error: Network error: "_s));
         QVERIFY2(status().endsWith(ending), qPrintable(status()));
@@ -103,7 +103,7 @@ private slots:
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected\nDisconnected from http://"_s));
         QCOMPARE(label("peerIdLabel"_L1)->text(), u"Not connected"_s);
         QCOMPARE(rows(), 3); // the old ones
-        node->answer(path, FakeAnswer::json(pinLines(1)));
+        node->answer(path, NodeAnswer::json(pinLines(1)));
         refreshButton()->click();
         QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
         QVERIFY(waitForRows(1));
@@ -119,13 +119,13 @@ private slots:
 
     void onlyAComboLeavesASilentNode()
     {
-        node->answer(path, FakeAnswer::hold());
+        node->answer(path, NodeAnswer::hold());
         open();
         QTRY_COMPARE(node->heldCount(path), 1);
         QTest::keyClick(window.get(), Qt::Key_F5);
         QTest::qWait(20);
         QCOMPARE(node->count(path), 1); // dropped, not queued
-        node->answer(path, FakeAnswer::json(pinLines(2)));
+        node->answer(path, NodeAnswer::json(pinLines(2)));
         field<QComboBox>("Filter:"_L1)->setCurrentIndex(2);
         QVERIFY(waitForRows(2));
         QCOMPARE(node->requests(path).constLast().value(u"type"_s), u"recursive"_s);
@@ -136,7 +136,7 @@ private slots:
     {
         setting("typeFilter"_L1, u"recursive+direct"_s);
         node->answer(path,
-                     FakeAnswer::json("{\"Cid\":\"a\",\"Type\":\"indirect\"}\n{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
+                     NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"indirect\"}\n{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
         open();
         QVERIFY(waitForRows(1));
         QCOMPARE(window->findChild<PinModel*>()->rowCount(), 1);
@@ -146,14 +146,14 @@ private slots:
     void largeListsKeepTheirColumns()
     {
         const QString told = u"Loaded 1201 pin(s) — large list mode (auto-resize skipped)"_s;
-        node->answer(path, FakeAnswer::json(pinLines(1201)));
+        node->answer(path, NodeAnswer::json(pinLines(1201)));
         open();
         QVERIFY(waitForRows(1201));
         QCoreApplication::processEvents();
         const QHeaderView* header = table()->horizontalHeader();
         QCOMPARE(header->sectionSize(0), 420);
         QCOMPARE(window->statusLog().filter(told).size(), 1);
-        node->answer(path, FakeAnswer::json(pinLines(1200)));
+        node->answer(path, NodeAnswer::json(pinLines(1200)));
         refreshButton()->click();
         QVERIFY(waitForRows(1200));
         QTRY_VERIFY(header->sectionSize(0) != 420);
@@ -188,7 +188,7 @@ private slots:
     {
         open();
         QVERIFY(waitForRows(3));
-        node->answer(path, FakeAnswer::hold());
+        node->answer(path, NodeAnswer::hold());
         refreshButton()->click();
         QTRY_VERIFY(status().startsWith(u"Fetching"_s));
         QTest::qWait(5100); // the first load's reset comes and looks

@@ -37,9 +37,9 @@ private slots:
     {
         failOnWarnings();
         node = std::make_unique<FakeNode>();
-        node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
-        node->answer(path, FakeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
-        node->answer("/refs/local", FakeAnswer::json("{\"Ref\":\"bafyb\"}\n"));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer(path, NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
+        node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyb\"}\n"));
         openAppSettings().clear();
         setting("loadMetadata"_L1, false);
     }
@@ -292,7 +292,7 @@ private slots:
         const auto* counts = label("countLabel"_L1);
         QTRY_COMPARE(counts->text(), u"Total: 1 (unpinned)  |  Total DAG size of all displayed CIDs: —"_s);
         QVERIFY(status().startsWith(u"Loaded 1 unpinned CID(s) — "_s));
-        node->answer("/refs/local", FakeAnswer::error("no"));
+        node->answer("/refs/local", NodeAnswer::error("no"));
         refreshButton()->click();
         QTRY_COMPARE(counts->text(), u"Total: 0 (unpinned)  |  Total DAG size of all displayed CIDs: —"_s);
         QVERIFY(window->statusLog().filter(u"Error: Network error (refs/local): "_s).size() == 1);

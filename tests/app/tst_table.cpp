@@ -35,13 +35,13 @@ private slots:
         setting("loadMetadata"_L1, false);
         setting("typeFilter"_L1, u"all"_s);
         node = std::make_unique<FakeNode>();
-        node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
-        node->answer("/refs", FakeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
-        node->answer("/refs/local", FakeAnswer::json("{\"Ref\":\"bafyloose\"}\n{\"Ref\":\"bafyother\"}\n"));
-        node->answer("/ls", FakeAnswer::json(R"({"Objects":[{"Links":[{"Name":"a.txt","Hash":"h","Type":2}]}]})"));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/refs", NodeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
+        node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyloose\"}\n{\"Ref\":\"bafyother\"}\n"));
+        node->answer("/ls", NodeAnswer::json(R"({"Objects":[{"Links":[{"Name":"a.txt","Hash":"h","Type":2}]}]})"));
         node->answer(
             "/pin/ls",
-            FakeAnswer::json("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
+            NodeAnswer::json("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
                              "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
         for (const QString& scheme : {u"http"_s, u"https"_s})
             QDesktopServices::setUrlHandler(scheme, this, "catchUrl");
@@ -144,12 +144,12 @@ private slots:
 
     void actionsFollowTheSelection()
     {
-        node->answer("/pin/ls", FakeAnswer::hold());
+        node->answer("/pin/ls", NodeAnswer::hold());
         open(*node);
         QTRY_COMPARE(node->heldCount("/pin/ls"), 1);
         const auto enabled = [this] { return QList<bool> {selectedEnabled(), allEnabled()}; };
         QCOMPARE(enabled(), QList<bool>({false, false}));
-        node->release("/pin/ls", FakeAnswer::json("{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
+        node->release("/pin/ls", NodeAnswer::json("{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
         QVERIFY(waitForRows(1));
         QCOMPARE(enabled(), QList<bool>({false, true}));
         select({u"d"_s});
@@ -160,8 +160,8 @@ private slots:
 
     void aFailedUnpinIsTold()
     {
-        node->answer("/cid/format", FakeAnswer::error("no"));
-        node->answer("/pin/rm", FakeAnswer::error("pin is locked"));
+        node->answer("/cid/format", NodeAnswer::error("no"));
+        node->answer("/pin/rm", NodeAnswer::error("pin is locked"));
         open(*node);
         QVERIFY(waitForRows(3));
         node->clearRequests();

@@ -35,7 +35,7 @@ private slots:
     void requests()
     {
         for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath, lsPath})
-            node->answer(path, FakeAnswer::json("{}"));
+            node->answer(path, NodeAnswer::json("{}"));
         client->fetchRefs(u"a+b"_s);
         client->fetchObjectStat(u"a+b"_s);
         client->fetchKind(u"a+b"_s);
@@ -44,7 +44,7 @@ private slots:
         client->fetchKind({});
         QTRY_COMPARE(log->lines.size(), 3);
         QByteArrayList sent;
-        for (const FakeRequest& request : node->requests())
+        for (const NodeRequest& request : node->requests())
             sent.append(request.path + '?' + request.rawQuery);
         std::ranges::sort(sent);
         QCOMPARE(sent,
@@ -56,11 +56,11 @@ private slots:
     void facts_data()
     {
         QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<FakeAnswer>("answer");
-        QTest::addColumn<FakeAnswer>("ls");
+        QTest::addColumn<NodeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("ls");
         QTest::addColumn<QString>("line");
         const auto fact = [](const char* name, const QByteArray& path, const QByteArray& body, const QString& line) {
-            QTest::newRow(name) << path << FakeAnswer::json(body) << FakeAnswer() << line;
+            QTest::newRow(name) << path << NodeAnswer::json(body) << NodeAnswer() << line;
         };
         fact("refs in order, duplicates kept", refsPath,
              "{\"Ref\":\"b\",\"Err\":\"\"}\n{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}", u"refs c b a b"_s);
@@ -79,7 +79,7 @@ private slots:
         fact("empty body, as for the empty file", dagStatPath, {}, u"size c -1"_s);
         const auto kind = [](const char* name, const QByteArray& stat, const QByteArray& ls, const QString& line) {
             const auto bodyOrError = [](const QByteArray& body) {
-                return body.isEmpty() ? FakeAnswer::error("no") : FakeAnswer::json(body);
+                return body.isEmpty() ? NodeAnswer::error("no") : NodeAnswer::json(body);
             };
             QTest::newRow(name) << filesStatPath << bodyOrError(stat) << bodyOrError(ls) << line;
         };
@@ -95,8 +95,8 @@ private slots:
     void facts()
     {
         QFETCH(const QByteArray, path);
-        QFETCH(const FakeAnswer, answer);
-        QFETCH(const FakeAnswer, ls);
+        QFETCH(const NodeAnswer, answer);
+        QFETCH(const NodeAnswer, ls);
         node->answer(path, answer);
         node->answer(lsPath, ls);
         fetch(path, u"c"_s);
@@ -110,18 +110,18 @@ private slots:
     void failures_data()
     {
         QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("error"); // how it begins
         QTest::addColumn<QString>("value");
-        QTest::newRow("refs broken off") << refsPath << FakeAnswer::dropAt("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n", 14)
+        QTest::newRow("refs broken off") << refsPath << NodeAnswer::dropAt("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n", 14)
                                          << u"error Failed to get refs for c: Connection closed"_s << u"refs c"_s;
-        QTest::newRow("size fails") << dagStatPath << FakeAnswer::error("error traversing DAG")
+        QTest::newRow("size fails") << dagStatPath << NodeAnswer::error("error traversing DAG")
                                     << u"error DAG stat failed for c: Error transferring"_s << u"size c -1"_s;
     }
     void failures()
     {
         QFETCH(const QByteArray, path);
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(const QString, error);
         node->answer(path, answer);
         fetch(path, u"c"_s);
@@ -133,7 +133,7 @@ private slots:
     void limitsAreReachedAndKept()
     {
         for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath})
-            node->answer(path, FakeAnswer::hold());
+            node->answer(path, NodeAnswer::hold());
         for (const QString& cid : numbered(60)) {
             client->fetchRefs(cid);
             client->fetchObjectStat(cid);
@@ -148,9 +148,9 @@ private slots:
         client->fetchRefs(u"cid1"_s, IpfsClient::AtOnce);
         client->fetchKind(u"cid1"_s, IpfsClient::AtOnce);
         QTRY_COMPARE(node->openNow(), 58);
-        node->answer("/pin/ls", FakeAnswer::json("{\"Cid\":\"p\"}\n"));
-        node->answer("/id", FakeAnswer::json(R"({"ID":"x"})"));
-        node->answer("/pin/rm", FakeAnswer::json("{}"));
+        node->answer("/pin/ls", NodeAnswer::json("{\"Cid\":\"p\"}\n"));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/pin/rm", NodeAnswer::json("{}"));
         client->fetchPins(u"recursive+direct"_s, u"base32"_s, true);
         client->fetchNodeInfo();
         QNetworkReply* unpin = client->postRequest(u"/pin/rm"_s, {});
@@ -161,20 +161,20 @@ private slots:
         client->cancelActiveLoading();
         QTRY_COMPARE(node->openNow(), 2);
         log->lines.clear();
-        node->answer(lsPath, FakeAnswer::json(links({"1"})));
+        node->answer(lsPath, NodeAnswer::json(links({"1"})));
         while (node->heldCount(refsPath) > 0)
-            node->release(refsPath, FakeAnswer::json("{\"Ref\":\"a\"}\n"));
+            node->release(refsPath, NodeAnswer::json("{\"Ref\":\"a\"}\n"));
         while (node->heldCount(filesStatPath) > 0)
-            node->release(filesStatPath, FakeAnswer::error("no"));
+            node->release(filesStatPath, NodeAnswer::error("no"));
         QTRY_COMPARE(log->lines.size(), 2);
         QVERIFY(log->lines.contains(u"refs cid1 a"_s) && log->lines.contains(u"kind cid1 File"_s));
     }
 
     void aFinishedRequestMakesRoomForTheNext()
     {
-        const FakeAnswer good = FakeAnswer::json(R"({"Size":1})");
-        const QList<FakeAnswer> answers {good, FakeAnswer::error("no"), FakeAnswer::dropAt("{", 0)};
-        node->answer(dagStatPath, FakeAnswer::hold());
+        const NodeAnswer good = NodeAnswer::json(R"({"Size":1})");
+        const QList<NodeAnswer> answers {good, NodeAnswer::error("no"), NodeAnswer::dropAt("{", 0)};
+        node->answer(dagStatPath, NodeAnswer::hold());
         for (const QString& cid : numbered(30))
             client->fetchObjectStat(cid);
         QTRY_COMPARE(node->heldCount(dagStatPath), 24);
@@ -191,8 +191,8 @@ private slots:
 
     void theFallbackKeepsItsSlot()
     {
-        node->answer(filesStatPath, FakeAnswer::error("no"));
-        node->answer(lsPath, FakeAnswer::hold());
+        node->answer(filesStatPath, NodeAnswer::error("no"));
+        node->answer(lsPath, NodeAnswer::hold());
         for (const QString& cid : numbered(40))
             client->fetchKind(cid);
         QTRY_COMPARE(node->heldCount(lsPath), 24);
@@ -202,7 +202,7 @@ private slots:
         client->fetchKind(u"cid39"_s); // queued still
         for (int i = 0; i < 40; ++i) {
             QTRY_VERIFY(node->heldCount(lsPath) > 0);
-            node->release(lsPath, FakeAnswer::json(links({"1"})));
+            node->release(lsPath, NodeAnswer::json(links({"1"})));
         }
         QTRY_COMPARE(log->count("kind"_L1), 40);
         QCOMPARE(node->count(filesStatPath), 40);
@@ -222,8 +222,8 @@ private slots:
         QFETCH(const QByteArray, path);
         QFETCH(const int, limit);
         if (path == lsPath)
-            node->answer(filesStatPath, FakeAnswer::error("no"));
-        node->answer(path, FakeAnswer::hold());
+            node->answer(filesStatPath, NodeAnswer::error("no"));
+        node->answer(path, NodeAnswer::hold());
         for (const QString& cid : numbered(limit + 100))
             fetch(path, cid);
         QTRY_COMPARE(node->heldCount(path), limit);
@@ -242,7 +242,7 @@ private slots:
 
     void aListenerThatAsksAgainIsRefusedUntilLater()
     {
-        node->answer(dagStatPath, FakeAnswer::json(R"({"Size":1})"));
+        node->answer(dagStatPath, NodeAnswer::json(R"({"Size":1})"));
         connect(client.get(), &IpfsClient::dagStatReceived, this, [this](const QString& cid) {
             client->fetchObjectStat(cid); // still known
             if (cid == u"a"_s)
@@ -256,7 +256,7 @@ private slots:
 
     void aListenerMayCancel()
     {
-        node->answer(dagStatPath, FakeAnswer::json(R"({"Size":1})"));
+        node->answer(dagStatPath, NodeAnswer::json(R"({"Size":1})"));
         connect(client.get(), &IpfsClient::dagStatReceived, client.get(), &IpfsClient::cancelActiveLoading);
         for (const QString& cid : numbered(100))
             client->fetchObjectStat(cid);
@@ -268,10 +268,10 @@ private slots:
 
     void listings_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("lines");
         const auto row = [](const char* name, const QByteArray& body, const QString& lines) {
-            QTest::newRow(name) << FakeAnswer::json(body) << lines;
+            QTest::newRow(name) << NodeAnswer::json(body) << lines;
         };
         row("object with a name, size as text",
             R"({"Objects":[{"Name":"o","Links":[{"Name":"n","Hash":"h","Size":"12","Type":1}]}]})",
@@ -281,14 +281,14 @@ private slots:
         row("objects stand before entries", R"({"Objects":[],"Entries":[{"Hash":"h"}]})", u"ls c"_s);
         row("neither", "{}", u"error List failed for c: Unexpected ls response format|ls c"_s);
         row("nothing", {}, u"error List failed for c: Invalid JSON from ls|ls c"_s);
-        QTest::newRow("fails") << FakeAnswer::error("no")
+        QTest::newRow("fails") << NodeAnswer::error("no")
                                << u"error List failed for c: Error transferring http://127.0.0.1:%1/api/v0"
                                   "/ls?arg=c&cid-base=base32&upgrade-cidv0-in-output=true"
                                   " - server replied: Internal Server Error|ls c"_s;
     }
     void listings()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(QString, lines);
         node->answer(lsPath, answer);
         client->fetchLs(u"c"_s);
@@ -299,24 +299,24 @@ private slots:
 
     void cats_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("line");
         const auto file = [](const QByteArray& body, const QByteArray& length) {
-            FakeAnswer answer = FakeAnswer::text(200, body);
+            NodeAnswer answer = NodeAnswer::text(200, body);
             answer.headers.emplaceBack("X-Content-Length", length);
             return answer;
         };
         QTest::newRow("whole") << file(QByteArray("a\0b", 3), "3") << u"cat c 3"_s;
         QTest::newRow("empty") << file({}, "0") << u"cat c 0"_s;
-        QTest::newRow("length not told") << FakeAnswer::text(200, "abc") << u"cat c 3"_s;
+        QTest::newRow("length not told") << NodeAnswer::text(200, "abc") << u"cat c 3"_s;
         QTest::newRow("short") << file("abc", "12") << u"cat failed c 3 of 12 bytes received"_s;
-        QTest::newRow("fails") << FakeAnswer::error("this dag node is a directory")
+        QTest::newRow("fails") << NodeAnswer::error("this dag node is a directory")
                                << u"cat failed c Error transferring http://127.0.0.1:%1/api/v0/cat?arg=c"
                                   " - server replied: Internal Server Error"_s;
     }
     void cats()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(QString, line);
         node->answer("/cat", answer);
         client->fetchCat(u"c"_s);

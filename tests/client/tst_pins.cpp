@@ -84,11 +84,11 @@ private slots:
         QFETCH(QByteArrayList, asked);
         for (QByteArray& query : asked)
             query = "type=" + query + "&names=true&stream=true&cid-base=base32&upgrade-cidv0-in-output=true";
-        node->answer(path, FakeAnswer::json({}));
+        node->answer(path, NodeAnswer::json({}));
         fetch(type);
         QTRY_COMPARE(log->count("pins"_L1), 1);
         QByteArrayList sent;
-        for (const FakeRequest& request : node->requests())
+        for (const NodeRequest& request : node->requests())
             sent.append(request.rawQuery);
         std::ranges::sort(sent); // the two travel on connections of their own
         QCOMPARE(sent, asked);
@@ -118,7 +118,7 @@ private slots:
         for (const qsizetype size : {qsizetype {1}, qsizetype {7}, qsizetype {100'000}}) {
             log->lines.clear();
             log->loaded.clear();
-            node->answer(path, FakeAnswer::chunked(body, size));
+            node->answer(path, NodeAnswer::chunked(body, size));
             fetch(u"all"_s);
             QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, pins}));
             QCOMPARE(log->loaded.isEmpty() ? 0 : log->loaded.constLast(), count);
@@ -128,7 +128,7 @@ private slots:
 
     void countsRiseWhileTheListStreams()
     {
-        FakeAnswer answer = FakeAnswer::hangAfter(lineA);
+        NodeAnswer answer = NodeAnswer::hangAfter(lineA);
         answer.chunks.append({.bytes = lineB + "{\"Cid\":", .pause = 20ms});
         node->answer(path, answer);
         fetch(u"all"_s);
@@ -158,7 +158,7 @@ private slots:
     {
         QFETCH(const QByteArrayList, order);
         QFETCH(const QStringList, outcome);
-        node->answer(path, FakeAnswer::hold());
+        node->answer(path, NodeAnswer::hold());
         fetch(u"recursive+direct"_s);
         QTRY_COMPARE(node->heldCount(path), 2);
         const bool asSent = order.constFirst().endsWith(node->requests().constFirst().value(u"type"_s).toLatin1());
@@ -167,7 +167,7 @@ private slots:
             const QByteArray line = "{\"Cid\":\"%\",\"Type\":\"" + half + "\"}\n";
             const QByteArray other = half == "recursive" ? "b" : "c";
             const QByteArray body = QByteArray(line).replace('%', other) + QByteArray(line).replace('%', "a");
-            node->release(path, half.startsWith('!') ? FakeAnswer::error("no") : FakeAnswer::json(body), index);
+            node->release(path, half.startsWith('!') ? NodeAnswer::error("no") : NodeAnswer::json(body), index);
             QTRY_COMPARE(node->openNow(path), half == order.constFirst() ? 1 : 0);
             QTRY_VERIFY(log->count("connected"_L1) + log->count("disconnected"_L1) > 0);
             QVERIFY(waitForDetached(10s));
@@ -180,17 +180,16 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("ending");
-        QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
-        FakeAnswer brokenOff = FakeAnswer::json(lineA);
-        brokenOff.streamError = "merkledag: not found";
-        QTest::newRow("broken off by the node") << brokenOff << u"merkledag: not found"_s;
-        QTest::newRow("break in mid-line") << FakeAnswer::dropAt(lineA + lineB, 50) << u"Connection closed"_s;
+        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
+        QTest::newRow("broken off by the node")
+            << NodeAnswer::brokenOff(lineA, "merkledag: not found") << u"merkledag: not found"_s;
+        QTest::newRow("break in mid-line") << NodeAnswer::dropAt(lineA + lineB, 50) << u"Connection closed"_s;
     }
     void failures()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(const QString, ending);
         node->answer(path, answer);
         fetch(u"all"_s);
@@ -202,13 +201,13 @@ private slots:
 
     void cancelEndsInSilence_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
-        QTest::newRow("silent node") << FakeAnswer::hold();
-        QTest::newRow("in the middle of a stream") << FakeAnswer::hangAfter(lineA);
+        QTest::addColumn<NodeAnswer>("answer");
+        QTest::newRow("silent node") << NodeAnswer::hold();
+        QTest::newRow("in the middle of a stream") << NodeAnswer::hangAfter(lineA);
     }
     void cancelEndsInSilence()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         node->answer(path, answer);
         fetch(u"recursive+direct"_s);
         QTRY_COMPARE(node->openNow(path), 2);
@@ -217,7 +216,7 @@ private slots:
         log->lines.clear();
         client->cancelActiveLoading();
         QTRY_COMPARE(node->openNow(path), 0); // the connections are given back
-        node->answer(path, FakeAnswer::json(lineB));
+        node->answer(path, NodeAnswer::json(lineB));
         fetch(u"all"_s);
         QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, u"pins b:direct"_s}));
     }
@@ -231,7 +230,7 @@ private slots:
                 cancelled = true;
             });
         });
-        node->answer(path, FakeAnswer::chunked(QByteArray(lineA).repeated(300'000), 1024 * 1024));
+        node->answer(path, NodeAnswer::chunked(QByteArray(lineA).repeated(300'000), 1024 * 1024));
         fetch(u"all"_s);
         QTRY_VERIFY_WITH_TIMEOUT(cancelled, 20'000);
         QVERIFY(waitForDetached(30s));
@@ -253,15 +252,15 @@ private slots:
     {
         QFETCH(const bool, olderFirst);
         QFETCH(const bool, olderFails);
-        node->answer(path, FakeAnswer::hold());
+        node->answer(path, NodeAnswer::hold());
         fetch(u"direct"_s);
         QTRY_COMPARE(node->heldCount(path), 1);
         fetch(u"recursive"_s);
         QTRY_COMPARE(node->heldCount(path), 2);
-        const auto older = olderFails ? FakeAnswer::error("old") : FakeAnswer::json(lineB);
-        node->release(path, olderFirst ? older : FakeAnswer::json(lineA), olderFirst ? 0 : 1);
+        const auto older = olderFails ? NodeAnswer::error("old") : NodeAnswer::json(lineB);
+        node->release(path, olderFirst ? older : NodeAnswer::json(lineA), olderFirst ? 0 : 1);
         QTRY_COMPARE(node->openNow(path), 1);
-        node->release(path, olderFirst ? FakeAnswer::json(lineA) : older);
+        node->release(path, olderFirst ? NodeAnswer::json(lineA) : older);
         QTRY_COMPARE(node->openNow(path), 0);
         const QStringList newest {u"connected"_s, u"pins a:recursive:n"_s};
         QTRY_COMPARE(log->outcome(), newest);
@@ -272,23 +271,23 @@ private slots:
 
     void aHalfOfAnOlderCompositeLoadIsNotJoined()
     {
-        node->answer(path, FakeAnswer::hold());
+        node->answer(path, NodeAnswer::hold());
         fetch(u"recursive+direct"_s);
         QTRY_COMPARE(node->heldCount(path), 2);
-        node->release(path, FakeAnswer::json("{\"Cid\":\"old\"}\n"));
+        node->release(path, NodeAnswer::json("{\"Cid\":\"old\"}\n"));
         QTRY_COMPARE(log->count("connected"_L1), 1);
         QVERIFY(waitForDetached(10s));
         QCoreApplication::processEvents();
         fetch(u"recursive+direct"_s);
         QTRY_COMPARE(node->heldCount(path), 3);
         for (int i = 0; i < 3; ++i)
-            node->release(path, FakeAnswer::json(lineA));
+            node->release(path, NodeAnswer::json(lineA));
         QTRY_COMPARE(log->lines.filter(u"pins"_s), QStringList {u"pins a:recursive:n"_s});
     }
 
     void aListenerMayStartAnotherLoad()
     {
-        node->answer(path, FakeAnswer::json(lineA));
+        node->answer(path, NodeAnswer::json(lineA));
         connect(
             client.get(), &IpfsClient::pinsReceived, this, [this] { fetch(u"direct"_s); }, Qt::SingleShotConnection);
         fetch(u"all"_s);
@@ -297,7 +296,7 @@ private slots:
 
     void theClientMayGoAtAnyTime()
     {
-        node->answer(path, FakeAnswer::json(QByteArray(lineA).repeated(20'000)));
+        node->answer(path, NodeAnswer::json(QByteArray(lineA).repeated(20'000)));
         fetch(u"recursive+direct"_s);
         QTRY_VERIFY(log->count("connected"_L1) > 0); // one parse runs, the other reply is on its way
         client.reset();

@@ -23,7 +23,7 @@ private slots:
     void queryValuesArriveAsTheyAre()
     {
         QFETCH(const QString, value);
-        node->answer("/config", FakeAnswer::json("{}"));
+        node->answer("/config", NodeAnswer::json("{}"));
         const std::initializer_list<std::pair<QString, QString>> sent {
             {u"arg"_s, value}, {u"z"_s, u"1"_s}, {u"arg"_s, value}, {u"b"_s, u"2"_s}};
         QNetworkReply* reply = client->postRequest(u"/config"_s, rpcQuery(sent));
@@ -40,10 +40,10 @@ private slots:
             issued.append(line);
             before = client->findChildren<QNetworkReply*>().isEmpty();
         });
-        node->answer("/version", FakeAnswer::json("{}"));
+        node->answer("/version", NodeAnswer::json("{}"));
         client->ping();
         QTRY_COMPARE(log->lines, QStringList {u"connected"_s});
-        const FakeRequest request = node->requests().constFirst();
+        const NodeRequest request = node->requests().constFirst();
         QCOMPARE(request.method, "POST");
         QCOMPARE(request.header("User-Agent"), "Norvo/1.1.3");
         QCOMPARE(request.header("Content-Type"), "application/x-www-form-urlencoded");
@@ -78,7 +78,7 @@ private slots:
         settings.setValue(SettingsKeys::originValue, value);
         settings.sync();
         node->allowOrigin(sent);
-        node->answer("/version", FakeAnswer::json("{}"));
+        node->answer("/version", NodeAnswer::json("{}"));
         client->ping();
         QTRY_COMPARE(log->lines, QStringList {u"connected"_s});
         QCOMPARE(node->requests().constFirst().header("Origin"), sent);
@@ -86,21 +86,21 @@ private slots:
 
     void nodeInfo_data()
     {
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QStringList>("outcome");
-        QTest::newRow("good") << FakeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0","Addresses":null})")
+        QTest::newRow("good") << NodeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0","Addresses":null})")
                               << QStringList {u"node 12D3 kubo/0.43.0"_s};
-        QTest::newRow("keys missing") << FakeAnswer::json("{}") << QStringList {u"node  "_s};
-        QTest::newRow("no object") << FakeAnswer::json("[]") << QStringList();
-        QTest::newRow("half an object") << FakeAnswer::json("{\"ID\":") << QStringList();
-        QTest::newRow("refused") << FakeAnswer::text(403, "403 - Forbidden\n")
+        QTest::newRow("keys missing") << NodeAnswer::json("{}") << QStringList {u"node  "_s};
+        QTest::newRow("no object") << NodeAnswer::json("[]") << QStringList();
+        QTest::newRow("half an object") << NodeAnswer::json("{\"ID\":") << QStringList();
+        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n")
                                  << QStringList {
                                         u"error Failed to get node info: Error transferring http://127.0.0.1:%1"
                                         "/api/v0/id - server replied: Forbidden"_s};
     }
     void nodeInfo()
     {
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(QStringList, outcome);
         outcome.replaceInStrings(u"%1"_s, QString::number(node->port()));
         node->answer("/id", answer);
@@ -113,18 +113,16 @@ private slots:
     void nodeWordsComeFirst_data()
     {
         QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<FakeAnswer>("answer");
+        QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QStringList>("lines");
-        const FakeAnswer error = FakeAnswer::error("no \\\"such\\\" thing");
-        FakeAnswer brokenOff = FakeAnswer::json("ab");
-        brokenOff.streamError = "block was lost";
-        FakeAnswer shortCat = brokenOff;
+        const NodeAnswer error = NodeAnswer::error("no \\\"such\\\" thing");
+        const NodeAnswer brokenOff = NodeAnswer::brokenOff("ab", "block was lost");
+        NodeAnswer shortCat = brokenOff;
         shortCat.headers.emplaceBack("X-Content-Length", "12");
-        FakeAnswer emptyDag = FakeAnswer::json({});
-        emptyDag.streamError = "json: unsupported value: NaN";
+        const NodeAnswer emptyDag = NodeAnswer::brokenOff({}, "json: unsupported value: NaN");
         QTest::newRow("JSON error") << QByteArray("/ls") << error
                                     << QStringList {u"said /ls no \"such\" thing"_s, u"error"_s, u"ls a"_s};
-        QTest::newRow("no JSON") << QByteArray("/ls") << FakeAnswer::text(403, "403 - Forbidden\n")
+        QTest::newRow("no JSON") << QByteArray("/ls") << NodeAnswer::text(403, "403 - Forbidden\n")
                                  << QStringList {u"error"_s, u"ls a"_s};
         QTest::newRow("trailer") << QByteArray("/cat") << brokenOff
                                  << QStringList {u"said /cat block was lost"_s, u"cat failed a block was lost"_s};
@@ -137,7 +135,7 @@ private slots:
     void nodeWordsComeFirst()
     {
         QFETCH(const QByteArray, path);
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QFETCH(const QStringList, lines);
         node->answer(path, answer);
         path == "/ls"        ? client->fetchLs(u"a"_s)
@@ -159,7 +157,7 @@ private slots:
 
     void jsonReplyOfAFailedCallTellsTheBody()
     {
-        node->answers("/x", {FakeAnswer::error("service not known"), FakeAnswer::text(500, " \n")});
+        node->answers("/x", {NodeAnswer::error("service not known"), NodeAnswer::text(500, " \n")});
         const auto ask = [this] {
             QNetworkReply* reply = client->postRequest(u"/x"_s, {});
             const bool finished = QTest::qWaitFor([reply] { return reply->isFinished(); });

@@ -33,37 +33,37 @@ private slots:
     void batches_data()
     {
         QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<FakeAnswer>("format");
-        QTest::addColumn<FakeAnswer>("rm");
+        QTest::addColumn<NodeAnswer>("format");
+        QTest::addColumn<NodeAnswer>("rm");
         QTest::addColumn<QByteArray>("query");
         QTest::addColumn<QString>("line");
-        const FakeAnswer refused = FakeAnswer::error("no");
-        const auto rewritten = FakeAnswer::json(R"({"CidStr":"x","Formatted":"Qm+","ErrorMsg":""})");
-        const auto rm = [&](const char* name, const FakeAnswer& answer, const QString& line) {
+        const NodeAnswer refused = NodeAnswer::error("no");
+        const auto rewritten = NodeAnswer::json(R"({"CidStr":"x","Formatted":"Qm+","ErrorMsg":""})");
+        const auto rm = [&](const char* name, const NodeAnswer& answer, const QString& line) {
             QTest::newRow(name) << QStringList({u" a "_s, u""_s, u"\t"_s, u"b\n"_s}) << refused << answer
                                 << QByteArray("arg=a&arg=b") << line;
         };
-        rm("the node's own forms", FakeAnswer::json(R"({"Pins":["Qa",7,"Qb"]})"), u"unpinned Qa Qb"_s);
-        rm("an empty answer means all", FakeAnswer::json(R"({"Pins":[]})"), u"unpinned a b"_s);
-        rm("numbers alone mean all", FakeAnswer::json(R"({"Pins":[1,2]})"), u"unpinned a b"_s);
-        rm("no object", FakeAnswer::json("[]"), u"error Unpin: invalid response from node"_s);
-        rm("other words", FakeAnswer::error("pin is locked"),
+        rm("the node's own forms", NodeAnswer::json(R"({"Pins":["Qa",7,"Qb"]})"), u"unpinned Qa Qb"_s);
+        rm("an empty answer means all", NodeAnswer::json(R"({"Pins":[]})"), u"unpinned a b"_s);
+        rm("numbers alone mean all", NodeAnswer::json(R"({"Pins":[1,2]})"), u"unpinned a b"_s);
+        rm("no object", NodeAnswer::json("[]"), u"error Unpin: invalid response from node"_s);
+        rm("other words", NodeAnswer::error("pin is locked"),
            u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
-        rm("not pinned, and nothing was rewritten", FakeAnswer::error(notPinned),
+        rm("not pinned, and nothing was rewritten", NodeAnswer::error(notPinned),
            u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
-        const auto format = [&](const char* name, const FakeAnswer& answer, const QByteArray& query) {
-            QTest::newRow(name) << QStringList(u"a"_s) << answer << FakeAnswer::json("{}") << query << u"unpinned a"_s;
+        const auto format = [&](const char* name, const NodeAnswer& answer, const QByteArray& query) {
+            QTest::newRow(name) << QStringList(u"a"_s) << answer << NodeAnswer::json("{}") << query << u"unpinned a"_s;
         };
         format("rewritten", rewritten, "arg=Qm%2B");
-        format("can't be rewritten", FakeAnswer::json(R"({"Formatted":"","ErrorMsg":"no"})"), "arg=a");
-        format("bad JSON", FakeAnswer::json("{\"Formatted\":"), "arg=a");
-        format("broken off", FakeAnswer::dropAt(R"({"Formatted":"Qm"})", 4), "arg=a");
+        format("can't be rewritten", NodeAnswer::json(R"({"Formatted":"","ErrorMsg":"no"})"), "arg=a");
+        format("bad JSON", NodeAnswer::json("{\"Formatted\":"), "arg=a");
+        format("broken off", NodeAnswer::dropAt(R"({"Formatted":"Qm"})", 4), "arg=a");
     }
     void batches()
     {
         QFETCH(const QStringList, asked);
-        QFETCH(const FakeAnswer, format);
-        QFETCH(const FakeAnswer, rm);
+        QFETCH(const NodeAnswer, format);
+        QFETCH(const NodeAnswer, rm);
         QFETCH(const QByteArray, query);
         QFETCH(QString, line);
         node->answer(formatPath, format);
@@ -80,7 +80,7 @@ private slots:
     {
         client->unpin({u" "_s, u"\t\n"_s, QString()}, true);
         client->unpin({}, false);
-        node->answer(rmPath, FakeAnswer::json("{}"));
+        node->answer(rmPath, NodeAnswer::json("{}"));
         client->unpin({u" c "_s}, false); // as it stands, and at once
         QTRY_COMPARE(log->lines, QStringList {u"unpinned c"_s});
         QCOMPARE(node->requests().size(), 1);
@@ -89,15 +89,15 @@ private slots:
     /// The second unpin begins and ends between the calls of the first, and a forced refresh comes between as well.
     void unpinsThatOverlap()
     {
-        node->answer(formatPath, FakeAnswer::hold());
-        node->answer(rmPath, FakeAnswer::json("{}"));
+        node->answer(formatPath, NodeAnswer::hold());
+        node->answer(rmPath, NodeAnswer::json("{}"));
         client->unpin({u"a"_s, u"b"_s, u"c"_s}, true);
         QTRY_COMPARE(node->heldCount(formatPath), 3);
         client->unpin({u"d"_s, u"e"_s}, true);
         QTRY_COMPARE(node->heldCount(formatPath), 5);
         client->cancelActiveLoading();
         const auto releaseAs = [this](const QByteArray& formatted, int index) {
-            node->release(formatPath, FakeAnswer::json("{\"Formatted\":\"" + formatted + "\"}"), index);
+            node->release(formatPath, NodeAnswer::json("{\"Formatted\":\"" + formatted + "\"}"), index);
         };
         releaseAs("QE", 4);
         releaseAs("QC", 2); // the first batch's answers come from the last to the first
@@ -182,11 +182,11 @@ private slots:
 
     void theRestIsToldInTheNodesWords()
     {
-        node->answer(formatPath, FakeAnswer::json(R"({"Formatted":"Qm"})"));
-        const FakeAnswer none = FakeAnswer::error(notPinned);
+        node->answer(formatPath, NodeAnswer::json(R"({"Formatted":"Qm"})"));
+        const NodeAnswer none = NodeAnswer::error(notPinned);
         node->answers(rmPath,
-                      {none, FakeAnswer::json(R"({"Pins":["Qm1"]})"), FakeAnswer::error("locked"), none,
-                       FakeAnswer::dropAt({}, 0)});
+                      {none, NodeAnswer::json(R"({"Pins":["Qm1"]})"), NodeAnswer::error("locked"), none,
+                       NodeAnswer::dropAt({}, 0)});
         QStringList asked;
         for (int i = 0; i < 8; ++i)
             asked.append(u"c"_s + QString::number(i));
@@ -200,10 +200,10 @@ private slots:
 
     void aLongBatchKeepsItsOrder()
     {
-        node->route(formatPath, [](const FakeRequest& request) {
-            return FakeAnswer::json("{\"Formatted\":\"Q" + request.value(u"arg"_s).toUtf8() + "\"}");
+        node->route(formatPath, [](const NodeRequest& request) {
+            return NodeAnswer::json("{\"Formatted\":\"Q" + request.value(u"arg"_s).toUtf8() + "\"}");
         });
-        node->answer(rmPath, FakeAnswer::json("{}"));
+        node->answer(rmPath, NodeAnswer::json("{}"));
         QStringList asked;
         for (int i = 0; i < 2500; ++i)
             asked.append(QString::number(i));

@@ -23,8 +23,8 @@ class tst_Unpinned : public ClientTest
 private slots:
     void requests()
     {
-        node->answer(pinsPath, FakeAnswer::json({}));
-        node->answer(refsPath, FakeAnswer::json({}));
+        node->answer(pinsPath, NodeAnswer::json({}));
+        node->answer(refsPath, NodeAnswer::json({}));
         client->fetchUnpinned();
         QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, u"pins"_s}));
         QCOMPARE(node->requests(pinsPath).constFirst().rawQuery,
@@ -69,7 +69,7 @@ private slots:
                 for (const bool isRefs : {refsFirst, !refsFirst}) {
                     QTRY_COMPARE(node->openNow(), isRefs == refsFirst ? 2 : 1);
                     QCOMPARE(log->count("pins"_L1), 0);
-                    node->release(isRefs ? refsPath : pinsPath, FakeAnswer::chunked(isRefs ? refs : pins, size));
+                    node->release(isRefs ? refsPath : pinsPath, NodeAnswer::chunked(isRefs ? refs : pins, size));
                 }
                 QTRY_COMPARE(log->count("pins"_L1), 1);
                 QStringList cids = log->outcome().filter(u"pins"_s).takeFirst().remove(u':').split(u' ');
@@ -100,9 +100,9 @@ private slots:
         QFETCH(const bool, failureFirst);
         QFETCH(const QStringList, starts);
         QVERIFY(fetchHeld());
-        const auto goodAnswer = FakeAnswer::json(refsFail ? "{\"Cid\":\"a\"}\n" : ref("b"));
+        const auto goodAnswer = NodeAnswer::json(refsFail ? "{\"Cid\":\"a\"}\n" : ref("b"));
         for (const bool failing : {failureFirst, !failureFirst}) {
-            node->release(failing == refsFail ? refsPath : pinsPath, failing ? FakeAnswer::error("no") : goodAnswer);
+            node->release(failing == refsFail ? refsPath : pinsPath, failing ? NodeAnswer::error("no") : goodAnswer);
             QTRY_COMPARE(node->openNow(), failing == failureFirst ? 1 : 0);
             QVERIFY(waitForDetached(10s));
             QTest::qWait(20); // all that comes of this half
@@ -111,8 +111,8 @@ private slots:
         for (qsizetype i = 0; i < starts.size(); ++i)
             QVERIFY2(log->outcome().at(i).startsWith(starts.at(i)), qPrintable(log->outcome().at(i)));
 
-        node->answer(pinsPath, FakeAnswer::json({})); // the next fetch starts clean
-        node->answer(refsPath, FakeAnswer::json(ref("c")));
+        node->answer(pinsPath, NodeAnswer::json({})); // the next fetch starts clean
+        node->answer(refsPath, NodeAnswer::json(ref("c")));
         client->fetchUnpinned();
         QTRY_COMPARE(log->outcome().constLast(), u"pins c:"_s);
     }
@@ -127,13 +127,13 @@ private slots:
     {
         QFETCH(const bool, cancel);
         QVERIFY(fetchHeld());
-        node->answer(pinsPath, FakeAnswer::json("{\"Cid\":\"new\"}\n"));
+        node->answer(pinsPath, NodeAnswer::json("{\"Cid\":\"new\"}\n"));
         if (cancel)
             client->cancelActiveLoading();
         client->fetchPins(u"all"_s, u"base32"_s, true);
         if (!cancel) {
-            node->release(pinsPath, FakeAnswer::json("{\"Cid\":\"old\"}\n"));
-            node->release(refsPath, FakeAnswer::error("old"));
+            node->release(pinsPath, NodeAnswer::json("{\"Cid\":\"old\"}\n"));
+            node->release(refsPath, NodeAnswer::error("old"));
         }
         QTRY_COMPARE(log->outcome(), QStringList({u"connected"_s, u"pins new:"_s}));
         QTRY_COMPARE(node->openNow(), 0);
@@ -156,8 +156,8 @@ private:
     /// Fetches, and waits until both halves are held.
     bool fetchHeld()
     {
-        node->answer(pinsPath, FakeAnswer::hold());
-        node->answer(refsPath, FakeAnswer::hold());
+        node->answer(pinsPath, NodeAnswer::hold());
+        node->answer(refsPath, NodeAnswer::hold());
         client->fetchUnpinned();
         return QTest::qWaitFor([this] { return node->heldCount(pinsPath) == 1 && node->heldCount(refsPath) == 1; });
     }

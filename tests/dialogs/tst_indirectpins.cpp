@@ -31,7 +31,7 @@ private slots:
         failOnWarnings();
         QSettings(u"Norvo"_s, u"settings"_s).clear();
         node = std::make_unique<FakeNode>();
-        node->answer("/refs", FakeAnswer::hold());
+        node->answer("/refs", NodeAnswer::hold());
         client = std::make_unique<IpfsClient>();
         client->setEndpoint(u"127.0.0.1"_s, node->port());
         for (const auto scheme : {"http"_L1, "https"_L1})
@@ -61,7 +61,7 @@ private slots:
             QByteArray body;
             for (const QString& cid : cids)
                 body += "{\"Ref\":\"" + cid.toUtf8() + "\",\"Err\":\"\"}\n";
-            node->release("/refs", FakeAnswer::json(body));
+            node->release("/refs", NodeAnswer::json(body));
             QTRY_COMPARE(countLabel()->text(), count);
             QCOMPARE(rows(), cids.isEmpty() ? QStringList {u"(no refs)"_s} : cids);
             QCOMPARE(dialog->windowTitle(), u"Indirect pins under %1 (%2)"_s.arg(titleCid, count));
@@ -98,7 +98,7 @@ private slots:
     /// The client tells of the error, and then of an empty list.
     void aFailedCallIsNoListWithoutRefs()
     {
-        node->answer("/refs", FakeAnswer::error("no such block"));
+        node->answer("/refs", NodeAnswer::error("no such block"));
         open(u"r"_s);
         QTRY_COMPARE(countLabel()->text(), u"—"_s);
         QVERIFY(rows().constFirst().startsWith(u"Error: Failed to get refs for r: "_s));

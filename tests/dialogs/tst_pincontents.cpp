@@ -24,7 +24,7 @@ namespace {
 const QString root = u"root"_s;
 
 /// A listing of "name=cid/" for a folder, "name=cid" or "name=cid=size=name of the listed object" for a file.
-FakeAnswer listing(const QString& text)
+NodeAnswer listing(const QString& text)
 {
     QJsonArray links;
     QString objectName;
@@ -38,7 +38,7 @@ FakeAnswer listing(const QString& text)
         objectName += parts.value(3);
     }
     const QJsonObject object {{u"Name"_s, objectName}, {u"Links"_s, links}};
-    return FakeAnswer::json(QJsonDocument(QJsonObject {{u"Objects"_s, QJsonArray {object}}}).toJson());
+    return NodeAnswer::json(QJsonDocument(QJsonObject {{u"Objects"_s, QJsonArray {object}}}).toJson());
 }
 
 } // namespace
@@ -119,7 +119,7 @@ private slots:
         QVERIFY(!saveAll()->isEnabled());
         emit client->errorOccurred(u"<b>busy</b>"_s); // whoever's it is
         QCOMPARE(status(), u"1 file(s), 1 folder(s)"_s);
-        node->answer("/cat", FakeAnswer::hold());
+        node->answer("/cat", NodeAnswer::hold());
         save(saveAll());
         QTRY_COMPARE(node->heldCount("/cat"), 1);
         node->release("/ls", listing(u"late=l"_s));
@@ -189,7 +189,7 @@ private slots:
     {
         haveListings(u"root>=chunk"_s);
         setKind("file");
-        node->answer("/cat", FakeAnswer::text(200, "%PDF-1.7"));
+        node->answer("/cat", NodeAnswer::text(200, "%PDF-1.7"));
         for (const QString& rootName : {u"paper"_s, u"paper.x"_s}) {
             load(rootName);
             save(saveAll());
@@ -202,22 +202,22 @@ private slots:
     void aFailedFileStopsNoOther_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<FakeAnswer>("answer");
-        FakeAnswer tooFew = FakeAnswer::text(200, "half");
+        QTest::addColumn<NodeAnswer>("answer");
+        NodeAnswer tooFew = NodeAnswer::text(200, "half");
         tooFew.headers.emplaceBack("X-Content-Length", "8");
-        QTest::newRow("refused") << u"bad"_s << FakeAnswer::error("no");
-        QTest::newRow("broken off") << u"bad"_s << FakeAnswer::dropAt("half", 2);
+        QTest::newRow("refused") << u"bad"_s << NodeAnswer::error("no");
+        QTest::newRow("broken off") << u"bad"_s << NodeAnswer::dropAt("half", 2);
         QTest::newRow("short") << u"bad"_s << tooFew;
-        QTest::newRow("a folder of that name") << u"taken"_s << FakeAnswer::text(200, "x");
-        QTest::newRow("name too long") << QString(300, u'n') << FakeAnswer::text(200, "x");
+        QTest::newRow("a folder of that name") << u"taken"_s << NodeAnswer::text(200, "x");
+        QTest::newRow("name too long") << QString(300, u'n') << NodeAnswer::text(200, "x");
     }
     void aFailedFileStopsNoOther()
     {
         QFETCH(const QString, name);
-        QFETCH(const FakeAnswer, answer);
+        QFETCH(const NodeAnswer, answer);
         QVERIFY(QDir(folder->path()).mkpath(u"taken"_s));
         served[root].prepend(name + u"=bad,"_s);
-        node->route("/cat", [answer](const FakeRequest& request) {
+        node->route("/cat", [answer](const NodeRequest& request) {
             return request.value(u"arg"_s) == u"bad"_s ? answer : cat(request);
         });
         load();
@@ -246,7 +246,7 @@ private slots:
     {
         haveListings(u"root>1=a"_s);
         for (const QByteArray& held : {"/cat"_ba, "/files/stat"_ba, "/ls"_ba}) { // the last step first
-            node->answer(held, FakeAnswer::hold());
+            node->answer(held, NodeAnswer::hold());
             open();
             if (held == "/cat") {
                 QTRY_VERIFY(saveAll()->isEnabled());
@@ -254,7 +254,7 @@ private slots:
             }
             QTRY_COMPARE(node->heldCount(held), 1);
             dialog.reset();
-            node->release(held, FakeAnswer::json(R"({"Objects":[],"Type":"file"})"));
+            node->release(held, NodeAnswer::json(R"({"Objects":[],"Type":"file"})"));
             QTRY_COMPARE(node->openNow(), 0);
             QCOMPARE(saved(), QStringList());
         }
@@ -290,20 +290,20 @@ private:
         served.clear();
         for (const QString& one : text.split(u';', Qt::SkipEmptyParts))
             served.insert(one.section(u'>', 0, 0), one.section(u'>', 1));
-        node->route("/ls", [this](const FakeRequest& request) {
+        node->route("/ls", [this](const NodeRequest& request) {
             const QString cid = request.value(u"arg"_s);
             if (cid == u"held"_s)
-                return FakeAnswer::hold();
-            return served.contains(cid) ? listing(served.value(cid)) : FakeAnswer::error("no");
+                return NodeAnswer::hold();
+            return served.contains(cid) ? listing(served.value(cid)) : NodeAnswer::error("no");
         });
     }
     void setKind(const QByteArray& kind)
     {
-        node->answer("/files/stat", FakeAnswer::json("{\"Type\":\"" + kind + "\"}"));
+        node->answer("/files/stat", NodeAnswer::json("{\"Type\":\"" + kind + "\"}"));
     }
-    static FakeAnswer cat(const FakeRequest& request)
+    static NodeAnswer cat(const NodeRequest& request)
     {
-        return FakeAnswer::text(200, request.value(u"arg"_s).toUtf8());
+        return NodeAnswer::text(200, request.value(u"arg"_s).toUtf8());
     }
 
     void open(const QString& rootName = {})

@@ -18,7 +18,7 @@ class WindowTest : public QObject
 {
 protected:
     /// Shows a window that asks `served`.
-    void open(const FakeNode& served)
+    void open(const NodeServer& served)
     {
         setting(QLatin1StringView("port"), served.port());
         window = std::make_unique<MainWindow>();

@@ -1,0 +1,33 @@
+#include "DemoNode.h"
+
+#include "ContentService.h"
+#include "IdentityService.h"
+#include "PinService.h"
+
+DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
+    : NodeServer(parent)
+    , repo(options)
+{
+    mount(std::make_unique<IdentityService>());
+    mount(std::make_unique<PinService>(repo));
+    mount(std::make_unique<ContentService>(repo));
+    listen(options.port);
+}
+
+void DemoNode::mount(std::unique_ptr<NodeService> service)
+{
+    for (const NodeCommand& command : service->commands())
+        commands.insert(command.path, command);
+    services.push_back(std::move(service));
+}
+
+NodeAnswer DemoNode::answerTo(const NodeRequest& request)
+{
+    const auto command = commands.constFind(request.path);
+    if (command == commands.constEnd())
+        return NodeAnswer::text(404, "404 page not found\n");
+    const auto refusal = refusalByCommand(request, *command);
+    NodeAnswer answer = refusal ? *refusal : command->run(request);
+    answer.latency = repo.options().latency;
+    return answer;
+}
