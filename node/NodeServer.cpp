@@ -27,6 +27,7 @@ NodeServer::NodeServer(QObject* parent)
     : QObject(parent)
     , listener(std::make_unique<NodeListener>(this))
 {
+    listener->setListenBacklogSize(4096); // as a node; past it a connection waits for a second to be tried again
 }
 
 NodeServer::~NodeServer()

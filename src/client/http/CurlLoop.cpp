@@ -14,6 +14,14 @@ constexpr long mostIdleConnections = 64;
 constexpr long receiveBuffer = 128 * 1024;
 constexpr long sendBuffer = 256 * 1024;
 
+/// Called when a request is about to go over a connection. If that is an idle one that turns out to have died, libcurl
+/// sends the request again, up to five times over other idle ones; from here on only a new one will do.
+int onConnected(void* handle, char* /*remoteAddress*/, char* /*localAddress*/, int /*remotePort*/, int /*localPort*/)
+{
+    curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
+    return CURL_PREREQFUNC_OK;
+}
+
 /// Only http, nothing followed, nothing decoded, no proxy, no time limit on an answer, no signal.
 void setCommonOptions(CURL* handle)
 {
@@ -26,6 +34,8 @@ void setCommonOptions(CURL* handle)
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L); // else a peer that lost its power is never missed
+    curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &onConnected);
+    curl_easy_setopt(handle, CURLOPT_PREREQDATA, handle);
     curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBuffer);
     curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, sendBuffer);
 #if LIBCURL_VERSION_NUM >= 0x075700
@@ -73,11 +83,10 @@ CurlLoop::~CurlLoop()
 
 CURL* CurlLoop::takeHandle()
 {
-    if (!idleHandles.isEmpty())
-        return idleHandles.takeLast();
-    CURL* handle = curl_easy_init();
+    CURL* handle = idleHandles.isEmpty() ? curl_easy_init() : idleHandles.takeLast();
     if (!handle)
         qFatal("libcurl: out of memory");
+    curl_easy_reset(handle); // it counts what it sent again, over all of its transfers
     setCommonOptions(handle);
     return handle;
 }

@@ -89,7 +89,8 @@ ReplyFailure hostNotFound(const QUrl& url)
 
 ReplyFailure failureOfTransfer(int result, long osError, const QUrl& url)
 {
-    switch (result) {
+    const bool isBroken = result == CURLE_RECV_ERROR && osError == 0; // what came can't be right
+    switch (isBroken ? CURLE_WEIRD_SERVER_REPLY : result) {
     case CURLE_COULDNT_RESOLVE_HOST:
         return hostNotFound(url);
     case CURLE_COULDNT_CONNECT:

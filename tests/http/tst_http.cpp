@@ -14,6 +14,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include <dlfcn.h>
 #include <netdb.h>
@@ -138,10 +139,10 @@ private slots:
         QTest::addColumn<NodeAnswer::Ending>("ending");
         QTest::addColumn<int>("stallMs");
         for (int i = 0; i < recordings().size(); ++i) {
-            const QByteArray path = recordings().at(i).path;
-            QTest::newRow(path + " closed") << i << NodeAnswer::Close << 0;
-            QTest::newRow(path + " reset") << i << NodeAnswer::Reset << 0;
-            QTest::newRow(path + " closed after a stall") << i << NodeAnswer::Close << 3;
+            const char* path = recordings().at(i).path;
+            QTest::addRow("%s closed", path) << i << NodeAnswer::Close << 0;
+            QTest::addRow("%s reset", path) << i << NodeAnswer::Reset << 0;
+            QTest::addRow("%s closed after a stall", path) << i << NodeAnswer::Close << 3;
         }
     }
     /// An answer that was cut is a failure, or whole if its body had come; it always ends, and what acts is sent once.
@@ -204,7 +205,7 @@ private slots:
         row("endless header", "HTTP/1.1 200 OK\r\nX: " + QByteArray(2'000'000, 'x') + "\r\n\r\n", broken, {});
         row("endless headers", "HTTP/1.1 200 OK\r\n" + QByteArray("X-Filler: y\r\n").repeated(200'000) + "\r\nab",
             broken, {});
-        row("garbled chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nab\r\n0\r\n\r\n", closed, {});
+        row("garbled chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\nab\r\n0\r\n\r\n", broken, {});
         row("endless trailer",
             "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1\r\na\r\n0\r\nX: " + QByteArray(2'000'000, 'x')
                 + "\r\n\r\n",
@@ -322,8 +323,7 @@ private slots:
         for (int i = 0; i < 8; ++i)
             next();
         QTRY_COMPARE_WITH_TIMEOUT(good, calls, 60'000);
-        if (!onlyReads)
-            QCOMPARE(node->headCount("/x"), calls);
+        QVERIFY(node->headCount("/x") <= (onlyReads ? 2 * calls : calls));
     }
 
     void anySlotMayEndIt_data()
@@ -333,7 +333,7 @@ private slots:
         for (const QByteArray signal : {"metaDataChanged()", "uploadProgress(qint64,qint64)", "readyRead()",
                                         "errorOccurred(QNetworkReply::NetworkError)", "finished()"}) {
             for (const QByteArray deed : {"abort", "delete", "deleteLater", "deleteManager", "runLoop"})
-                QTest::newRow(signal.first(signal.indexOf('(')) + ", " + deed) << signal << deed;
+                QTest::addRow("%s, %s", signal.constData(), deed.constData()) << signal << deed;
         }
     }
     void anySlotMayEndIt()
@@ -349,7 +349,6 @@ private slots:
         int finished = 0;
         connect(reply, &QNetworkReply::finished, this, [&finished] { ++finished; });
         ender = [&] {
-            ender = nullptr;
             if (deed == "abort") {
                 const bool wasFinished = reply->isFinished();
                 reply->abort();
@@ -461,7 +460,7 @@ private slots:
     {
         QTest::addColumn<QByteArray>("deed");
         for (const QByteArray deed : {"abort", "delete", "quit"})
-            QTest::newRow(deed) << deed;
+            QTest::newRow(deed.constData()) << deed;
     }
     void aSlowLookUpHoldsNothingUp()
     {
@@ -483,8 +482,8 @@ private slots:
 public slots:
     void end()
     {
-        if (ender)
-            ender();
+        if (const auto deed = std::exchange(ender, nullptr))
+            deed();
     }
 
 private:
