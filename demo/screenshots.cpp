@@ -83,6 +83,7 @@ void wait(std::chrono::milliseconds time)
     QEventLoop loop;
     QTimer::singleShot(time, &loop, &QEventLoop::quit);
     loop.exec();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no nested loop would do it
 }
 
 /// Waits until `condition` holds; ends the program with `problem` if it does not in time.
