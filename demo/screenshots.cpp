@@ -7,6 +7,7 @@
 #include "IndirectPinsDialog.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
+#include "PicturePalette.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "SettingsDialog.h"
@@ -52,7 +53,6 @@ constexpr auto patience = 30s;
 constexpr auto repaintTime = 50ms;            // after it sizes and scroll bars have settled
 constexpr qint64 largestPicture = 150 * 1024; // bytes
 constexpr int strongestCompression = 0;       // as a quality
-constexpr qsizetype paletteSize = 256;
 
 constexpr auto album = "photos summer 2024"_L1;
 constexpr auto archive = "photo archive"_L1;
@@ -113,40 +113,6 @@ template <typename Act> void inNextMenu(const Act& act)
         need(menu, u"no context menu came"_s);
         act(*menu);
     });
-}
-
-/// Colours with the same one are hardly told apart.
-QRgb roughColor(QRgb color)
-{
-    return color & 0xe0e0e0;
-}
-
-/// The picture's most frequent colours; before all others the most frequent one of each rough colour, since the
-/// connection's dot may be small but is to stay green.
-QList<QRgb> paletteOf(const QImage& picture)
-{
-    QHash<QRgb, int> counts;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x)
-            ++counts[picture.pixel(x, y)];
-    }
-    QList<QRgb> colors = counts.keys();
-    std::ranges::sort(colors, {}, [&counts](QRgb color) { return std::pair(-counts.value(color), color); });
-    QList<QRgb> first;
-    QList<QRgb> others;
-    QSet<QRgb> seen;
-    for (const QRgb color : std::as_const(colors)) {
-        const bool isNew = !seen.contains(roughColor(color));
-        (isNew ? first : others).append(color);
-        seen.insert(roughColor(color));
-    }
-    return (first + others).first(std::min(colors.size(), paletteSize));
-}
-
-/// Takes a third of the room of the full colours, and is not to be seen.
-QImage withPalette(const QImage& picture)
-{
-    return picture.convertToFormat(QImage::Format_Indexed8, paletteOf(picture), Qt::ThresholdDither | Qt::AvoidDither);
 }
 
 } // namespace
