@@ -1,32 +1,47 @@
 // Takes the pictures of the user guide, of the real window and its dialogs before a demo node, for `make screenshots`.
 
+#include "AppSettings.h"
 #include "Appearance.h"
 #include "DemoNode.h"
+#include "Detached.h"
 #include "IndirectPinsDialog.h"
 #include "LogDialog.h"
-#include "ModalAnswer.h"
+#include "MainWindow.h"
+#include "PicturePalette.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "SettingsDialog.h"
-#include "WindowTest.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QTableView>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QTreeWidget>
+#include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -34,87 +49,114 @@ constexpr QSize windowSize(1280, 800);
 constexpr quint16 usualPort = 5001; // so that the pictures show what most people see
 constexpr int pinCount = 60;
 constexpr int looseBlocks = 12;
-constexpr int patience = 30'000;              // milliseconds
-constexpr int repaintTime = 50;               // milliseconds; after it sizes and scroll bars have settled
+constexpr auto patience = 30s;
+constexpr auto repaintTime = 50ms;            // after it sizes and scroll bars have settled
 constexpr qint64 largestPicture = 150 * 1024; // bytes
 constexpr int strongestCompression = 0;       // as a quality
-constexpr qsizetype paletteSize = 256;
 
 constexpr auto album = "photos summer 2024"_L1;
 constexpr auto archive = "photo archive"_L1;
 
-template <typename Condition> bool comes(const Condition& condition)
+[[noreturn]] void fail(const QString& problem)
 {
-    return QTest::qWaitFor(condition, patience);
+    std::fprintf(stderr, "%s\n", qPrintable(problem));
+    std::exit(1);
 }
 
-/// Colours with the same one are hardly told apart.
-QRgb roughColor(QRgb color)
+void need(bool holds, const QString& problem)
 {
-    return color & 0xe0e0e0;
+    if (!holds)
+        fail(problem);
 }
 
-/// The picture's most frequent colours; before all others the most frequent one of each rough colour, since the
-/// connection's dot may be small but is to stay green.
-QList<QRgb> paletteOf(const QImage& picture)
+/// A warning spoils the pictures, but for what a screen without a window manager can't do.
+void failOnWarning(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
 {
-    QHash<QRgb, int> counts;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x)
-            ++counts[picture.pixel(x, y)];
-    }
-    QList<QRgb> colors = counts.keys();
-    std::ranges::sort(colors, {}, [&counts](QRgb color) { return std::pair(-counts.value(color), color); });
-    QList<QRgb> first;
-    QList<QRgb> others;
-    QSet<QRgb> seen;
-    for (const QRgb color : std::as_const(colors)) {
-        const bool isNew = !seen.contains(roughColor(color));
-        (isNew ? first : others).append(color);
-        seen.insert(roughColor(color));
-    }
-    return (first + others).first(std::min(colors.size(), paletteSize));
+    const bool isHarmless
+        = type == QtDebugMsg || type == QtInfoMsg || text.startsWith("This plugin does not support "_L1);
+    if (!isHarmless)
+        fail(text);
 }
 
-/// Takes a third of the room of the full colours, and is not to be seen.
-QImage withPalette(const QImage& picture)
+void wait(std::chrono::milliseconds time)
 {
-    return picture.convertToFormat(QImage::Format_Indexed8, paletteOf(picture), Qt::ThresholdDither | Qt::AvoidDither);
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no nested loop would do it
+}
+
+/// Waits until `condition` holds; ends the program with `problem` if it does not in time.
+template <typename Condition> void awaitThat(const Condition& condition, const QString& problem)
+{
+    const QDeadlineTimer deadline(patience);
+    while (!condition() && !deadline.hasExpired())
+        wait(5ms);
+    need(condition(), problem);
+}
+
+/// Calls `act` with the dialog that is about to be executed, from that dialog's own event loop.
+template <typename Dialog, typename Act> void inNext(const Act& act)
+{
+    QTimer::singleShot(0, qApp, [act] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        need(dialog, u"no dialog came"_s);
+        act(*dialog);
+    });
+}
+
+/// As inNext, with the context menu that is about to come; it is closed afterwards.
+template <typename Act> void inNextMenu(const Act& act)
+{
+    QTimer::singleShot(0, qApp, [act] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        need(menu, u"no context menu came"_s);
+        act(*menu);
+    });
 }
 
 } // namespace
 
-/// Each function takes one picture; what does not come in time makes it fail.
-class Screenshots : public WindowTest
+/// Each function takes one picture, in the order of run(); what does not come in time ends the program.
+class Screenshots
 {
-    Q_OBJECT
-
 public:
     explicit Screenshots(const QString& newFolder)
         : folder(newFolder)
+        , node(newNode())
     {
+        openAppSettings().setValue("port"_L1, node->port());
+        window = std::make_unique<MainWindow>();
     }
 
-private slots:
-    void initTestCase()
+    void run()
     {
-        QVERIFY2(QDir().mkpath(folder), "the folder can't be made");
-        node = newNode();
-        QVERIFY2(node->port() != 0, "the demo node can't listen");
-        open(*node);
+        openWindow();
+        for (const auto picture :
+             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error}) {
+            QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
+            (this->*picture)();
+        }
+        window.reset();
+        need(waitForDetached(10s), u"a thread does not end"_s);
+    }
+
+private:
+    void openWindow()
+    {
+        need(QDir().mkpath(folder), u"the folder can't be made"_s);
+        need(node->port() != 0, u"the demo node can't listen"_s);
+        window->show();
+        window->activateWindow(); // nobody else does where there is no window manager
+        awaitThat([this] { return window->isActiveWindow(); }, u"the window did not come up"_s);
         window->showNormal();
         window->resize(windowSize);
         window->move(0, 0);
-        QVERIFY2(waitForRows(pinCount), "the pins did not come");
-        QVERIFY2(comes([this] { return metadataIsThere(); }), "the metadata did not come");
-        QVERIFY2(comes([this] { return status() == u"Ready"_s; }), "the status did not go back to Ready");
+        awaitRows();
+        awaitThat([this] { return status() == u"Ready"_s; }, u"the status did not go back to Ready"_s);
         table()->sortByColumn(PinModel::NameColumn, Qt::DescendingOrder);
-    }
-    void cleanupTestCase() { close(); }
-    void init()
-    {
-        failOnWarnings();
-        QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
     }
 
     void mainWindow()
@@ -126,36 +168,30 @@ private slots:
     void contextMenu()
     {
         QPixmap picture;
-        QTimer::singleShot(0, window.get(), [this, &picture] {
-            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-            if (!menu)
-                return;
-            menu->setActiveAction(menu->actions().value(1));
+        inNextMenu([this, &picture](QMenu& menu) {
+            menu.setActiveAction(menu.actions().value(1));
             picture = window->grab();
-            QPainter(&picture).drawPixmap(window->mapFromGlobal(menu->pos()), menu->grab());
-            menu->close();
+            QPainter(&picture).drawPixmap(window->mapFromGlobal(menu.pos()), menu.grab());
+            menu.close();
         });
         rightClick(album);
-        QVERIFY2(!picture.isNull(), "no context menu came");
         keep(picture, "context-menu"_L1);
     }
 
     void indirectPins()
     {
         auto* dialog = opened<IndirectPinsDialog>(album, u"Show indirect pins"_s);
-        QVERIFY2(dialog, "no window with the indirect pins came");
         auto* list = dialog->findChild<QTableView*>();
-        QVERIFY2(comes([list] { return list->model()->rowCount() > 1; }), "the indirect pins did not come");
+        awaitThat([list] { return list->model()->rowCount() > 1; }, u"the indirect pins did not come"_s);
         list->selectRow(2);
         take(dialog, "indirect-pins"_L1);
-        QVERIFY(closed<IndirectPinsDialog>());
+        close<IndirectPinsDialog>();
     }
 
     void pinContents()
     {
         auto* dialog = opened<PinContentsDialog>(archive, u"List files / Export…"_s);
-        QVERIFY2(dialog, "no window with the contents came");
-        QVERIFY2(comes([this] { return saveButton()->isEnabled(); }), "the contents did not come");
+        awaitThat([this] { return saveButton()->isEnabled(); }, u"the contents did not come"_s);
         auto* root = dialog->findChild<QTreeWidget*>()->topLevelItem(0);
         root->child(1)->setExpanded(true);
         take(dialog, "pin-contents"_L1);
@@ -165,37 +201,36 @@ private slots:
     void pinContentsSaving()
     {
         auto* dialog = window->findChild<PinContentsDialog*>();
-        QVERIFY2(dialog, "there is no window with the contents");
         const QTemporaryDir target;
         auto* progress = dialog->findChild<QProgressBar*>();
         QPixmap picture;
         // Queued: by then the next download has begun, and the status tells of that.
-        connect(
+        QObject::connect(
             progress, &QProgressBar::valueChanged, dialog,
             [dialog, progress, &picture](int done) {
                 if (picture.isNull() && done > progress->maximum() / 2)
                     picture = dialog->grab();
             },
             Qt::QueuedConnection);
-        const ModalAnswer<QFileDialog> answer([&target](QFileDialog& picker) {
+        inNext<QFileDialog>([&target](QFileDialog& picker) {
             picker.selectFile(target.path());
             static_cast<QDialog&>(picker).accept();
         });
         saveButton()->click();
-        QVERIFY2(comes([&] { return !picture.isNull() && saveButton()->isEnabled(); }), "the files were not saved");
+        awaitThat([&] { return !picture.isNull() && saveButton()->isEnabled(); }, u"the files were not saved"_s);
         keep(picture, "pin-contents-saving"_L1);
-        QVERIFY(closed<PinContentsDialog>());
+        close<PinContentsDialog>();
     }
 
     void notPinned()
     {
-        auto* content = field<QComboBox>("Content:"_L1);
+        auto* content = contentBox();
         content->setCurrentIndex(1);
-        QVERIFY2(comes([this] { return status().startsWith(u"Loaded "_s); }), "the blocks did not come");
+        awaitThat([this] { return status().startsWith(u"Loaded "_s); }, u"the blocks did not come"_s);
         table()->sortByColumn(PinModel::CidColumn, Qt::AscendingOrder);
         take(window.get(), "not-pinned"_L1);
         content->setCurrentIndex(0);
-        QVERIFY2(waitForRows(pinCount) && comes([this] { return metadataIsThere(); }), "the pins did not come again");
+        awaitRows();
         table()->sortByColumn(PinModel::NameColumn, Qt::DescendingOrder);
     }
 
@@ -213,7 +248,7 @@ private slots:
 
     void settingsDialog()
     {
-        const ModalAnswer<SettingsDialog> answer([this](SettingsDialog& dialog) {
+        inNext<SettingsDialog>([this](SettingsDialog& dialog) {
             for (auto* button : dialog.findChildren<QPushButton*>()) {
                 if (button->text() == u"Restore Defaults"_s)
                     button->click(); // the port is the usual one, whatever the demo node has
@@ -224,22 +259,20 @@ private slots:
         const QList<QAction*> actions = window->menuBar()->findChildren<QAction*>();
         const auto settings
             = std::ranges::find(actions, QKeySequence(Qt::CTRL | Qt::Key_Comma), [](auto* a) { return a->shortcut(); });
-        QVERIFY2(settings != actions.end(), "there is no entry for the settings");
+        need(settings != actions.end(), u"there is no entry for the settings"_s);
         (*settings)->trigger();
-        QVERIFY2(answer.wasGiven(), "no settings came");
     }
 
     /// The node refuses a foreign Origin: both lists and the node's identity.
     void error()
     {
-        setting(SettingsKeys::sendOrigin, true);
+        openAppSettings().setValue(SettingsKeys::sendOrigin, true);
         refreshButton()->click();
-        QVERIFY2(comes([this] { return window->statusLog().filter(u"  Error: "_s).size() == 3; }), "no errors came");
+        awaitThat([this] { return window->statusLog().filter(u"  Error: "_s).size() == 3; }, u"no errors came"_s);
         take(window.get(), "error"_L1);
     }
 
-private:
-    static std::unique_ptr<FakeNode> newNode()
+    static std::unique_ptr<DemoNode> newNode()
     {
         DemoOptions options {.port = usualPort, .pins = pinCount, .looseBlocks = looseBlocks};
         auto made = std::make_unique<DemoNode>(options);
@@ -249,6 +282,31 @@ private:
         return std::make_unique<DemoNode>(options);
     }
 
+    QTableView* table() const { return window->findChild<QTableView*>(); }
+    QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
+    QString status() const { return label("statusLabel"_L1)->text(); }
+    QComboBox* contentBox() const
+    {
+        const QList<QLabel*> labels = window->findChildren<QLabel*>();
+        const auto caption
+            = std::ranges::find_if(labels, [](auto* text) { return text->text().trimmed() == "Content:"_L1; });
+        return qobject_cast<QComboBox*>((*caption)->buddy());
+    }
+    QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
+    QStringList cells(int section) const
+    {
+        QStringList texts;
+        for (int row = 0; row < table()->model()->rowCount(); ++row)
+            texts.append(table()->model()->index(row, section).data().toString());
+        return texts;
+    }
+
+    void awaitRows() const
+    {
+        awaitThat([this] { return table()->model()->rowCount() == pinCount && refreshButton()->isEnabled(); },
+                  u"the pins did not come"_s);
+        awaitThat([this] { return metadataIsThere(); }, u"the metadata did not come"_s);
+    }
     bool metadataIsThere() const
     {
         const QString all = QString::number(pinCount);
@@ -266,32 +324,41 @@ private:
         emit table()->customContextMenuRequested(table()->visualRect(rowNamed(name)).center());
     }
 
-    /// The window behind an entry of a row's menu; null if none comes.
+    /// The window that an entry of a row's menu opens.
     template <typename Dialog> Dialog* opened(QLatin1StringView name, const QString& entry) const
     {
-        const MenuAnswer answer(entry);
+        inNextMenu([&entry](QMenu& menu) {
+            const QList<QAction*> actions = menu.actions();
+            const auto action = std::ranges::find(actions, entry, &QAction::text);
+            need(action != actions.end(), u"the menu has no such entry: "_s + entry);
+            menu.close();
+            (*action)->trigger();
+        });
         rightClick(name);
-        return window->findChild<Dialog*>();
+        auto* dialog = window->findChild<Dialog*>();
+        need(dialog, u"no window came after: "_s + entry);
+        return dialog;
     }
-    template <typename Dialog> bool closed() const
+    template <typename Dialog> void close() const
     {
         window->findChild<Dialog*>()->close();
-        return comes([this] { return !window->findChild<Dialog*>(); });
+        awaitThat([this] { return !window->findChild<Dialog*>(); }, u"a window did not close"_s);
     }
     QPushButton* saveButton() const { return window->findChild<PinContentsDialog*>()->findChild<QPushButton*>(); }
 
     void takeLog(QLatin1StringView name)
     {
         auto* log = window->findChild<LogDialog*>();
-        QVERIFY2(log, "no log came");
+        need(log, u"no log came"_s);
         take(log, name);
-        QVERIFY(closed<LogDialog>());
+        close<LogDialog>();
     }
 
     void take(QWidget* widget, QLatin1StringView name)
     {
-        QVERIFY2(QTest::qWaitForWindowExposed(widget, patience), "a window did not come up");
-        QTest::qWait(repaintTime);
+        awaitThat([widget] { return widget->windowHandle() && widget->windowHandle()->isExposed(); },
+                  u"a window did not come up"_s);
+        wait(repaintTime);
         keep(widget->grab(), name);
     }
 
@@ -299,11 +366,13 @@ private:
     {
         const QString path = u"%1/%2.png"_s.arg(folder, name);
         const QImage image = withPalette(picture.toImage().convertToFormat(QImage::Format_RGB32));
-        QVERIFY2(image.save(path, "PNG", strongestCompression), qPrintable(u"can't write "_s + path));
-        QVERIFY2(QFileInfo(path).size() <= largestPicture, qPrintable(path + u" is too large"_s));
+        need(image.save(path, "PNG", strongestCompression), u"can't write "_s + path);
+        need(QFileInfo(path).size() <= largestPicture, path + u" is too large"_s);
     }
 
     QString folder;
+    std::unique_ptr<DemoNode> node;
+    std::unique_ptr<MainWindow> window;
 };
 
 int main(int argc, char* argv[])
@@ -316,8 +385,12 @@ int main(int argc, char* argv[])
     QApplication::setWindowIcon(QIcon(u":/icons/app-icon.png"_s));
     QApplication::setCursorFlashTime(0); // the same in each run
     applyFusionLook();
-    Screenshots screenshots(QString::fromLocal8Bit(argv[1]));
-    return runTestObject(screenshots, 1, argv);
+    const QTemporaryDir settings; // nobody's own are shown or changed
+    for (const auto format : {QSettings::NativeFormat, QSettings::IniFormat})
+        QSettings::setPath(format, QSettings::UserScope, settings.path());
+    QCoreApplication::setApplicationName(u"Norvo"_s);
+    QCoreApplication::setApplicationVersion(u"1.1.3"_s);
+    qInstallMessageHandler(failOnWarning);
+    Screenshots(QString::fromLocal8Bit(argv[1])).run();
+    return 0;
 }
-
-#include "screenshots.moc"

@@ -7,6 +7,8 @@ namespace {
 
 QString goUnescaped(QByteArray text)
 {
+    if (!text.contains('%') && !text.contains('+'))
+        return QString::fromUtf8(text);
     return QString::fromUtf8(QByteArray::fromPercentEncoding(text.replace('+', ' ')));
 }
 
