@@ -4,7 +4,7 @@
 #include "JsonReply.h"
 #include "MetadataQueue.h"
 #include "PinEntry.h"
-#include "Records.h"
+#include "LsEntry.h"
 
 #include <QList>
 #include <QObject>
