@@ -2,16 +2,12 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "PinFilterProxyModel.h"
 #include "PinModel.h"
+#include "PinTable.h"
+#include "PinToolBar.h"
+#include "StatsFrame.h"
 
-#include <QComboBox>
-#include <QFontMetrics>
-#include <QHeaderView>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTableView>
 #include <QTime>
 #include <QTimer>
 
@@ -23,12 +19,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto loadMessageShown = 5000ms;
-constexpr auto errorMessageShown = 8000ms;
 /// Longest list whose columns are measured.
 constexpr int fittedRows = 1200;
-constexpr int cidLength = 59;
-constexpr int minimumCidTextWidth = 392;
-constexpr int cidColumnPadding = 28;
 
 } // namespace
 
@@ -44,13 +36,13 @@ void MainWindow::onAutoRefreshTick()
 
 bool MainWindow::showsUnpinned() const
 {
-    return contentMode == ContentMode::unpinned;
+    return values.contentMode == ContentMode::unpinned;
 }
 
 void MainWindow::onContentChanged()
 {
-    contentMode = contentCombo->currentData().toString();
-    filterCombo->setEnabled(contentMode == ContentMode::pinned);
+    values.contentMode = toolBar->contentMode();
+    toolBar->setFilterEnabled(values.contentMode == ContentMode::pinned);
     if (showsUnpinned())
         onSelectionChanged(); // there is nothing to unpin; the other way round the rows are not pins until they come
     triggerRefresh(true);
@@ -58,8 +50,8 @@ void MainWindow::onContentChanged()
 
 void MainWindow::onFilterChanged()
 {
-    typeFilter = filterCombo->currentData().toString();
-    proxyModel->setTypeFilter(typeFilter);
+    values.typeFilter = toolBar->typeFilter();
+    proxyModel->setTypeFilter(values.typeFilter);
     triggerRefresh(true);
 }
 
@@ -68,12 +60,12 @@ void MainWindow::triggerRefresh(bool force)
     if (force) {
         dropPlan();
         client->cancelActiveLoading();
-    } else if (!refreshButton->isEnabled()) {
+    } else if (toolBar->isRefreshing()) {
         return;
     }
     streamCounts.clear();
     lastCountLabelUpdateMs = 0;
-    setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
+    statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
     notificationLabel->hide();
     const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
@@ -87,21 +79,19 @@ void MainWindow::fetchList()
     if (showsUnpinned())
         client->fetchUnpinned();
     else
-        client->fetchPins(typeFilter, u"base32"_s, true);
+        client->fetchPins(values.typeFilter, u"base32"_s, true);
 }
 
-/// The button's enabled state is the one refresh flag of the program.
 void MainWindow::setRefreshing(bool on)
 {
-    if (on && refreshButton->hasFocus())
-        pinTable->setFocus(); // a disabled button would hand the focus on to whatever stands next to it
-    refreshButton->setEnabled(!on);
-    refreshButton->setText(on ? tr("⟳  Loading…") : tr("⟳  Refresh"));
+    if (on && toolBar->refreshHasFocus())
+        pinTable->setFocus(); // a disabled button would hand the focus on to whatever is next to it
+    toolBar->setRefreshing(on);
 }
 
 void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
 {
-    if (count <= 0 || refreshButton->isEnabled())
+    if (count <= 0 || !toolBar->isRefreshing())
         return;
     int& highest = streamCounts[source];
     highest = std::max(highest, count);
@@ -109,19 +99,14 @@ void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
         setStatusMessage(tr("Entries loaded: %1").arg(highest));
 }
 
-/// What the table gets of a listing, with what earlier refreshes have told. Facts set here cost nothing; set one by one
-/// in the table each would be sorted in by itself.
+/// What the table gets of a listing, with what earlier refreshes brought.
 QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
 {
     QList<PinEntry> list = pins;
-    if (typeFilter == PinType::recursiveAndDirect)
+    if (values.typeFilter == PinType::recursiveAndDirect)
         list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
-    if (wantsMetadata() && !(dagSizeCache.isEmpty() && kindCache.isEmpty())) {
-        for (PinEntry& pin : list) {
-            pin.dagSize = dagSizeCache.value(pin.cid, pin.dagSize);
-            pin.kind = kindCache.value(pin.cid);
-        }
-    }
+    if (wantsMetadata())
+        plan.fillIn(list);
     return list;
 }
 
@@ -131,14 +116,14 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     const QList<PinEntry> list = listForTable(pins);
     pinModel->setPins(list);
     planMetadata(list);
-    proxyModel->setTypeFilter(typeFilter);
+    proxyModel->setTypeFilter(values.typeFilter);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
         if (list.size() > fittedRows)
             setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pins.size()));
     }
     searchDebounceTimer->stop();
-    proxyModel->setFilterFixedString(searchEdit->text());
+    proxyModel->setFilterFixedString(toolBar->searchText());
     updateCountLabels();
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
@@ -150,39 +135,26 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     onSelectionChanged();
 }
 
-void MainWindow::onErrorOccurred(const QString& message)
-{
-    setRefreshing(false);
-    showNotification(message, true);
-    setStatusMessage(tr("Error: ") + message);
-    resetStatusLater(errorMessageShown, [](const QString& shown) { return shown.startsWith(tr("Error: ")); });
-}
-
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.
 void MainWindow::fitColumns()
 {
-    if (showsUnpinned() || pinModel->rowCount() > fittedRows)
-        return;
-    QHeaderView* header = pinTable->horizontalHeader();
-    for (int column = PinModel::CidColumn; column <= PinModel::SizeColumn; ++column) {
-        header->setSectionResizeMode(column, QHeaderView::ResizeToContents);
-        pinTable->resizeColumnToContents(column);
-        header->setSectionResizeMode(column, QHeaderView::Interactive);
-        if (column == PinModel::CidColumn)
-            header->resizeSection(column, std::max(header->sectionSize(column), minimumCidColumnWidth()));
-    }
+    if (!showsUnpinned() && pinModel->rowCount() <= fittedRows)
+        pinTable->fitColumns();
 }
 
-int MainWindow::minimumCidColumnWidth() const
+void MainWindow::onSearchTextChanged(const QString& /*text*/)
 {
-    const QFontMetrics metrics(QFont(u"Courier New"_s, 12));
-    const int textWidth = metrics.horizontalAdvance(QString(cidLength, u'm'));
-    return std::max(textWidth, minimumCidTextWidth) + cidColumnPadding;
+    searchDebounceTimer->start();
 }
 
-void MainWindow::setSearchMode(PinFilterProxyModel::SearchMode mode, const QString& hint)
+void MainWindow::onSearchDebounceTimeout()
+{
+    proxyModel->setFilterFixedString(toolBar->searchText());
+    updateCountLabels();
+}
+
+void MainWindow::onSearchModeChanged(PinFilterProxyModel::SearchMode mode)
 {
     proxyModel->setSearchMode(mode);
-    searchEdit->setPlaceholderText(hint);
     onSearchDebounceTimeout();
 }

@@ -1,83 +1,45 @@
 #include "MainWindow.h"
 
-#include "AppSettings.h"
 #include "ContentMode.h"
 #include "IpfsClient.h"
 #include "OriginValue.h"
+#include "PinToolBar.h"
 #include "SettingsDialog.h"
 
-#include <QComboBox>
+#include <QSettings>
 #include <QTimer>
 
-#include <algorithm>
-#include <limits>
-
-using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr auto hostKey = "host"_L1;
-constexpr auto portKey = "port"_L1;
-constexpr auto contentModeKey = "contentMode"_L1;
-constexpr auto typeFilterKey = "typeFilter"_L1;
-constexpr auto autoRefreshKey = "autoRefresh"_L1;
-constexpr auto loadMetadataKey = "loadMetadata"_L1;
-constexpr auto refreshIntervalKey = "refreshInterval"_L1;
-constexpr auto geometryKey = "geometry"_L1;
-/// Seconds; a timer counts its milliseconds in an int.
-constexpr int longestInterval = std::numeric_limits<int>::max() / 1000;
-
-} // namespace
-
+/// A choice in the tool bar that changes here starts a forced refresh, with what is in force by then.
 void MainWindow::loadSettings()
 {
-    client->setEndpoint(settings->value(hostKey, u"127.0.0.1"_s).toString(),
-                        static_cast<unsigned short>(settings->value(portKey, 5001).toInt()));
-
-    const QString savedContent = settings->value(contentModeKey, ContentMode::pinned).toString();
-    if (const int item = contentCombo->findData(savedContent); item >= 0)
-        contentCombo->setCurrentIndex(item);
-    filterCombo->setEnabled(contentMode == ContentMode::pinned);
-
-    const QString savedFilter = settings->value(typeFilterKey, PinType::recursiveAndDirect).toString();
-    if (const int item = filterCombo->findData(savedFilter); item >= 0)
-        filterCombo->setCurrentIndex(item);
-    typeFilter = savedFilter;
-    proxyModel->setTypeFilter(typeFilter);
-
-    autoRefresh = settings->value(autoRefreshKey, false).toBool();
-    loadMetadata = settings->value(loadMetadataKey, true).toBool();
-    sendOrigin = settings->value(SettingsKeys::sendOrigin, false).toBool();
-    originValue = settings->value(SettingsKeys::originValue).toString();
-    if (originValue.trimmed().isEmpty())
-        originValue = defaultOriginValue();
-    refreshIntervalSeconds = settings->value(refreshIntervalKey, 30).toInt();
+    WindowSettings stored = WindowSettings::load(*settings);
+    client->setEndpoint(stored.host, stored.port);
+    toolBar->selectContent(stored.contentMode);
+    toolBar->setFilterEnabled(values.contentMode == ContentMode::pinned);
+    toolBar->selectFilter(stored.typeFilter);
+    stored.contentMode = values.contentMode; // an unknown content is not kept; an unknown filter goes to the node
+    values = stored;
+    proxyModel->setTypeFilter(values.typeFilter);
     startAutoRefresh();
-
-    if (settings->contains(geometryKey))
-        restoreGeometry(settings->value(geometryKey).toByteArray());
+    if (values.geometry)
+        restoreGeometry(*values.geometry);
     else
         setWindowState(Qt::WindowMaximized);
 }
 
 void MainWindow::startAutoRefresh()
 {
-    if (autoRefresh && refreshIntervalSeconds > 0) // a store may hold anything, and no pause at all is no interval
-        autoRefreshTimer->start(std::min(refreshIntervalSeconds, longestInterval) * 1000);
+    autoRefreshTimer->stop();
+    if (const int interval = values.autoRefreshMs(); interval > 0)
+        autoRefreshTimer->start(interval);
 }
 
 void MainWindow::saveSettings()
 {
-    settings->setValue(hostKey, client->endpointHost());
-    settings->setValue(portKey, client->endpointPort());
-    settings->setValue(contentModeKey, contentMode);
-    settings->setValue(typeFilterKey, typeFilter);
-    settings->setValue(autoRefreshKey, autoRefresh);
-    settings->setValue(loadMetadataKey, loadMetadata);
-    settings->setValue(SettingsKeys::sendOrigin, sendOrigin);
-    settings->setValue(SettingsKeys::originValue, originValue);
-    settings->setValue(refreshIntervalKey, refreshIntervalSeconds);
-    settings->setValue(geometryKey, saveGeometry());
+    values.host = client->endpointHost();
+    values.port = client->endpointPort();
+    values.geometry = saveGeometry();
+    values.save(*settings);
 }
 
 void MainWindow::onSettingsClicked()
@@ -86,12 +48,12 @@ void MainWindow::onSettingsClicked()
     dialog.setTrialMode(isTrial());
     dialog.setHost(client->endpointHost());
     dialog.setPort(client->endpointPort());
-    dialog.setPinTypeFilter(typeFilter);
-    dialog.setRefreshIntervalSeconds(refreshIntervalSeconds);
-    dialog.setAutoRefresh(autoRefresh);
-    dialog.setLoadMetadata(loadMetadata);
-    dialog.setSendOrigin(sendOrigin);
-    dialog.setOriginValue(originValue);
+    dialog.setPinTypeFilter(values.typeFilter);
+    dialog.setRefreshIntervalSeconds(values.refreshIntervalSeconds);
+    dialog.setAutoRefresh(values.autoRefresh);
+    dialog.setLoadMetadata(values.loadMetadata);
+    dialog.setSendOrigin(values.sendOrigin);
+    dialog.setOriginValue(values.originValue);
     if (dialog.exec() == QDialog::Accepted)
         applySettings(dialog);
 }
@@ -99,21 +61,14 @@ void MainWindow::onSettingsClicked()
 void MainWindow::applySettings(const SettingsDialog& dialog)
 {
     client->setEndpoint(dialog.host(), dialog.port());
-    typeFilter = dialog.pinTypeFilter();
-    refreshIntervalSeconds = dialog.refreshIntervalSeconds();
-    autoRefresh = dialog.autoRefresh();
-    loadMetadata = dialog.loadMetadata();
-    sendOrigin = dialog.sendOrigin();
-    originValue = effectiveOriginValue(dialog.originValue());
-
-    // Each request reads these two from the store; all others are written at exit.
-    settings->setValue(SettingsKeys::sendOrigin, sendOrigin);
-    settings->setValue(SettingsKeys::originValue, originValue);
-    settings->sync();
-
-    if (const int item = filterCombo->findData(typeFilter); item >= 0)
-        filterCombo->setCurrentIndex(item);
-    autoRefreshTimer->stop();
+    values.typeFilter = dialog.pinTypeFilter();
+    values.refreshIntervalSeconds = dialog.refreshIntervalSeconds();
+    values.autoRefresh = dialog.autoRefresh();
+    values.loadMetadata = dialog.loadMetadata();
+    values.sendOrigin = dialog.sendOrigin();
+    values.originValue = effectiveOriginValue(dialog.originValue());
+    values.saveOrigin(*settings);
+    toolBar->selectFilter(values.typeFilter);
     startAutoRefresh();
     triggerRefresh(false);
 }

@@ -24,7 +24,7 @@ QByteArray pinLines(int count, const QByteArray& type)
 
 } // namespace
 
-class tst_Annotating : public WindowTest
+class tst_WindowMetadata : public WindowTest
 {
     Q_OBJECT
 
@@ -169,5 +169,5 @@ private:
     QString counts() const { return label("countLabel"_L1)->text(); }
 };
 
-NORVO_TEST_MAIN(QApplication, tst_Annotating)
-#include "tst_annotating.moc"
+NORVO_TEST_MAIN(QApplication, tst_WindowMetadata)
+#include "tst_windowmetadata.moc"

@@ -1,0 +1,66 @@
+#include "PeerLabel.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+PeerLabel::PeerLabel(QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setText(tr("Not connected"));
+}
+
+void PeerLabel::showPeer(const QString& id, const QString& agent)
+{
+    nodeId = id;
+    setText(tr("PeerID: %1  |  %2").arg(id, agent));
+    setToolTip({});
+    setCursor(Qt::PointingHandCursor);
+    setFocusPolicy(Qt::TabFocus); // the space bar copies as a click does
+}
+
+void PeerLabel::showNoPeer()
+{
+    nodeId.clear();
+    setText(tr("Not connected"));
+    setToolTip({});
+    setCursor(Qt::ArrowCursor);
+    setFocusPolicy(Qt::NoFocus);
+}
+
+/// A press is consumed whatever the button.
+void PeerLabel::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        copyId();
+}
+
+void PeerLabel::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Space)
+        copyId();
+    else
+        QLabel::keyPressEvent(event);
+}
+
+void PeerLabel::focusInEvent(QFocusEvent* event)
+{
+    setFrameShape(QFrame::Box);
+    QLabel::focusInEvent(event);
+}
+
+void PeerLabel::focusOutEvent(QFocusEvent* event)
+{
+    setFrameShape(QFrame::NoFrame);
+    QLabel::focusOutEvent(event);
+}
+
+void PeerLabel::copyId()
+{
+    if (nodeId.isEmpty())
+        return;
+    QGuiApplication::clipboard()->setText(nodeId);
+    emit copied();
+}
