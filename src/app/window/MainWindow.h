@@ -39,6 +39,10 @@ public:
     /// Whether the program runs with a trial's restrictions. There is no licensing server, so it never does.
     bool isTrial() const { return false; }
 
+protected:
+    /// The program ends with its main window: free tool windows close with it.
+    void closeEvent(QCloseEvent* event) override;
+
 private slots:
     void onActivationClicked();
     void onApplicationStateChanged(Qt::ApplicationState state);

@@ -4,6 +4,8 @@
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
 
+#include <QCloseEvent>
+
 using namespace Qt::StringLiterals;
 
 void MainWindow::setupToolWindows()
@@ -21,6 +23,13 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
         connect(dialog, &Dialog::statusMessageRequested, this, &MainWindow::setStatusMessage);
         return dialog;
     });
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    QMainWindow::closeEvent(event);
+    if (event->isAccepted())
+        toolWindows->closeFreeWindows();
 }
 
 void MainWindow::onRpcRequestIssued(const QString& requestDescription)

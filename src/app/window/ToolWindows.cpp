@@ -67,6 +67,7 @@ void ToolWindows::show(Id id, AuxWindowMode mode)
     configureAuxDialogWindowMode(dialog, mode);
     if (kind.opened)
         emit statusMessageRequested(tr(kind.opened));
+    dialog->setWindowState(dialog->windowState() & ~Qt::WindowMinimized);
     dialog->show();
     dialog->raise();
     dialog->activateWindow();
