@@ -184,16 +184,20 @@ private slots:
         }
     }
 
-    void laterMessagesAreNotReset()
+    void aMessageHasItsTime()
     {
+        setting("loadMetadata"_L1, false);
         open();
         QVERIFY(waitForRows(3));
         node->answer(path, FakeAnswer::hold());
         refreshButton()->click();
-        QTRY_VERIFY(status().startsWith(u"Fetching"_s));
-        QTest::qWait(5100); // the first load's reset comes and looks
         QVERIFY(status().startsWith(u"Fetching"_s));
-        QCOMPARE(window->statusLog().filter(u"Loaded "_s).size(), 1);
+        QTRY_COMPARE(node->heldCount(path), 1);
+        QTest::qWait(2600);
+        node->release(path, FakeAnswer::json(pinLines(3)));
+        QTRY_COMPARE(window->statusLog().filter(u"Loaded "_s).size(), 2);
+        QTest::qWait(2600); // beyond the time of the first one
+        QVERIFY(status().startsWith(u"Loaded "_s));
     }
 
     void peerIdIsCopiedByTheLeftButton()

@@ -43,6 +43,7 @@ MainWindow::MainWindow(QWidget* parent)
     , searchDebounceTimer(new QTimer(this))
     , countUpdateTimer(new QTimer(this))
     , planTimer(new QTimer(this))
+    , statusResetTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , toolWindows(new ToolWindows(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
@@ -189,6 +190,8 @@ void MainWindow::setupTimers()
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
     planTimer->setSingleShot(true);
     connect(planTimer, &QTimer::timeout, this, &MainWindow::planNextFacts);
+    statusResetTimer->setSingleShot(true);
+    connect(statusResetTimer, &QTimer::timeout, this, [this] { setStatusMessage(tr("Ready")); });
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)
@@ -212,22 +215,21 @@ void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
     showNotification(message, true);
-    setStatusMessage(tr("Error: ") + message);
-    resetStatusLater(errorMessageShown, [](const QString& shown) { return shown.startsWith(tr("Error: ")); });
+    showStatusFor(errorMessageShown, tr("Error: ") + message);
 }
 
+/// A message that replaces another ends the other's time as well.
 void MainWindow::setStatusMessage(const QString& text)
 {
+    statusResetTimer->stop();
     statusLabel->setText(messageForLabel(text));
     appendToStatusLog(text);
 }
 
-void MainWindow::resetStatusLater(std::chrono::milliseconds delay, std::function<bool(const QString&)> isOurs)
+void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& text)
 {
-    QTimer::singleShot(delay, this, [this, isOurs = std::move(isOurs)] {
-        if (isOurs(statusLabel->text()))
-            setStatusMessage(tr("Ready"));
-    });
+    setStatusMessage(text);
+    statusResetTimer->start(time);
 }
 
 void MainWindow::showNotification(const QString& text, bool warning)

@@ -65,6 +65,8 @@ private:
     void updateWindowTitleForActivationState();
     void showAboutBox();
     void setStatusMessage(const QString& text);
+    /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
+    void showStatusFor(std::chrono::milliseconds time, const QString& text);
     void showNotification(const QString& text, bool warning);
 
     // The two logs: MainWindow_windows.cpp.
@@ -178,8 +180,6 @@ private:
     void showContents(const QString& rootCid, const QString& name);
     void unpin(const QStringList& cids);
     void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
-    /// Goes back to "Ready" after `delay`, if the status shown by then still `isOurs`.
-    void resetStatusLater(std::chrono::milliseconds delay, std::function<bool(const QString&)> isOurs);
 
     IpfsClient* client;
     PinModel* pinModel;
@@ -188,6 +188,7 @@ private:
     QTimer* searchDebounceTimer;
     QTimer* countUpdateTimer;
     QTimer* planTimer;
+    QTimer* statusResetTimer; ///< runs while the status shows a message for a time
     QSettings* settings;
     ToolWindows* toolWindows;
 

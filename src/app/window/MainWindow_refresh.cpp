@@ -128,10 +128,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
-    setStatusMessage(loaded.arg(QString::number(pins.size()), now));
-    resetStatusLater(loadMessageShown, [](const QString& shown) {
-        return shown.contains("pin(s)"_L1) || shown.contains("unpinned CID(s)"_L1);
-    });
+    showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
     onSelectionChanged();
 }
 

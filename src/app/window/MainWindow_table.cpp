@@ -66,8 +66,7 @@ void MainWindow::onCopySelectedCID()
     const int copied = pinTable->copySelectedCids();
     if (copied < 0)
         return;
-    setStatusMessage(tr("%1 CID(s) copied to clipboard").arg(copied));
-    resetStatusLater(copyMessageShown, [](const QString& shown) { return shown.contains("copied to clipboard"_L1); });
+    showStatusFor(copyMessageShown, tr("%1 CID(s) copied to clipboard").arg(copied));
 }
 
 void MainWindow::onOpenInGateway()
@@ -88,8 +87,7 @@ void MainWindow::openFirstSelected(const QString& message, const std::function<Q
     if (cid.isEmpty())
         return;
     QDesktopServices::openUrl(urlOf(ipfsPath(cid)));
-    setStatusMessage(message.arg(cid));
-    resetStatusLater(openMessageShown, [](const QString& shown) { return shown.startsWith("Opening "_L1); });
+    showStatusFor(openMessageShown, message.arg(cid));
 }
 
 /// Asks nothing first, as onUnpinAll does: the entries' own texts are the warning.
@@ -117,7 +115,6 @@ void MainWindow::unpin(const QStringList& cids)
 void MainWindow::onUnpinned(const QStringList& cids)
 {
     showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
-    setStatusMessage(tr("Unpinned %1 CID(s)").arg(cids.size()));
+    showStatusFor(unpinMessageShown, tr("Unpinned %1 CID(s)").arg(cids.size()));
     fetchList();
-    resetStatusLater(unpinMessageShown, [](const QString& shown) { return shown.startsWith("Unpinned "_L1); });
 }
