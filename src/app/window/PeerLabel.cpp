@@ -1,9 +1,13 @@
 #include "PeerLabel.h"
 
+#include "PlainText.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
 
 PeerLabel::PeerLabel(QWidget* parent)
     : QLabel(parent)
@@ -15,8 +19,9 @@ PeerLabel::PeerLabel(QWidget* parent)
 void PeerLabel::showPeer(const QString& id, const QString& agent)
 {
     nodeId = id;
-    setText(tr("PeerID: %1  |  %2").arg(id, agent));
-    setToolTip({});
+    const QString text = tr("PeerID: %1  |  %2").arg(id, agent);
+    setText(messageForLabel(text));
+    setPlainToolTip(this, text);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus); // the space bar copies as a click does
 }
@@ -28,6 +33,21 @@ void PeerLabel::showNoPeer()
     setToolTip({});
     setCursor(Qt::ArrowCursor);
     setFocusPolicy(Qt::NoFocus);
+}
+
+QSize PeerLabel::minimumSizeHint() const
+{
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+void PeerLabel::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    drawFrame(&painter);
+    const QRect area = contentsRect();
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, area.width());
+    style()->drawItemText(&painter, area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, palette(), isEnabled(),
+                          shown, foregroundRole());
 }
 
 /// A press is consumed whatever the button.
