@@ -1,4 +1,6 @@
+#include "Appearance.h"
 #include "ModalAnswer.h"
+#include "PeerLabel.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "TestMain.h"
@@ -7,6 +9,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QPalette>
 #include <QPointer>
 #include <QSignalSpy>
 
@@ -76,6 +79,31 @@ private slots:
         table.showRowMenu(placeOf(table, 0), true);
         QCOMPARE(contents.size(), 1);
         QCOMPARE(contents.constFirst(), QVariantList({u"r1"_s, u"<b>one"_s}));
+    }
+
+    void aLongPeerIsElidedAndKeptWhole()
+    {
+        PeerLabel label;
+        const QString id(5000, u'x');
+        label.showPeer(id, u"<b>kubo"_s);
+        label.resize(200, label.sizeHint().height());
+        QVERIFY(label.minimumSizeHint().width() < 200);
+        QVERIFY(label.toolTip().contains(id + u"  |  &lt;b&gt;kubo"_s));
+        const QSignalSpy copied(&label, &PeerLabel::copied);
+        QTest::mouseClick(&label, Qt::LeftButton);
+        QCOMPARE(copied.size(), 1);
+        QCOMPARE(QGuiApplication::clipboard()->text(), id);
+        const QImage elided = label.grab().toImage();
+        label.showPeer(id, u"<b>kuba"_s); // the end is in sight
+        QVERIFY(label.grab().toImage() != elided);
+    }
+
+    void toolTipsCanBeRead()
+    {
+        const QPalette tips = toolTipPalette();
+        const QColor ink = tips.color(QPalette::ToolTipText);
+        QVERIFY(ink.lightness() - tips.color(QPalette::ToolTipBase).lightness() > 150);
+        QCOMPARE(darkPalette().color(QPalette::ToolTipBase), QColor(Qt::white)); // the application's stays
     }
 
     void oneToolWindowOfEachKind()
