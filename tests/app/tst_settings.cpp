@@ -1,6 +1,7 @@
 #include "DialogSizing.h"
 #include "IpfsClient.h"
 #include "ModalAnswer.h"
+#include "ScreenArea.h"
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
@@ -140,6 +141,43 @@ private slots:
         QCOMPARE(restored->size(), QSize(420, 320)); // no fitting at all
         openAppSettings().setValue(key, QByteArray("no geometry"));
         QCOMPARE(shown()->size(), QSize(300, 200));
+    }
+
+    void restoredGeometryIsInsideTheScreen_data()
+    {
+        QTest::addColumn<QRect>("saved");
+        QTest::addColumn<QRect>("restored"); // on an available area of 1000 x 1000
+        QTest::newRow("inside stays") << QRect(100, 50, 420, 320) << QRect(100, 50, 420, 320);
+        QTest::newRow("beyond the right and the bottom") << QRect(900, 800, 420, 320) << QRect(580, 680, 420, 320);
+        QTest::newRow("beyond the left and the top") << QRect(-200, -90, 420, 320) << QRect(0, 0, 420, 320);
+        QTest::newRow("of a larger screen") << QRect(300, 0, 1900, 700) << QRect(0, 0, 1000, 700);
+    }
+    void restoredGeometryIsInsideTheScreen()
+    {
+        QFETCH(const QRect, saved);
+        QFETCH(const QRect, restored);
+        QCOMPARE(placedInside(saved, {0, 0, 1000, 1000}), restored);
+        QCOMPARE(placedInside(saved, {}), saved);
+        for (int round = 0; round < 2; ++round) {
+            HintDialog dialog;
+            DialogSizing::attach(&dialog, {});
+            dialog.show();
+            if (round == 0)
+                dialog.setGeometry(saved);
+            else
+                QVERIFY(QRect(0, 0, 1000, 1000).contains(dialog.geometry()));
+            dialog.close();
+        }
+    }
+
+    void theWindowOpensInsideTheScreen()
+    {
+        open();
+        window->showNormal();
+        window->setGeometry(700, 700, 800, 520);
+        window.reset();
+        open();
+        QCOMPARE(window->geometry(), QRect(200, 480, 800, 520));
     }
 
     void fieldsGiveUsableValues()

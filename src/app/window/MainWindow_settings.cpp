@@ -4,6 +4,7 @@
 #include "IpfsClient.h"
 #include "OriginValue.h"
 #include "PinToolBar.h"
+#include "ScreenArea.h"
 #include "SettingsDialog.h"
 
 #include <QSettings>
@@ -21,10 +22,10 @@ void MainWindow::loadSettings()
     values = stored;
     proxyModel->setTypeFilter(values.typeFilter);
     startAutoRefresh();
-    if (values.geometry)
-        restoreGeometry(*values.geometry);
-    else
+    if (!values.geometry)
         setWindowState(Qt::WindowMaximized);
+    else if (restoreGeometry(*values.geometry))
+        keepOnScreen(this);
 }
 
 void MainWindow::startAutoRefresh()
