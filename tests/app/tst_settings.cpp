@@ -208,6 +208,44 @@ private slots:
         QVERIFY(!dialog.autoRefresh() && !enable->isEnabled());
     }
 
+    void hostsThatAreNoneAreNamed_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("named");
+        for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
+            QTest::newRow(good) << QString::fromUtf8(good) << false;
+        for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})
+            QTest::newRow(bad) << QString::fromUtf8(bad) << true;
+    }
+    void hostsThatAreNoneAreNamed()
+    {
+        QFETCH(const QString, text);
+        SettingsDialog dialog;
+        dialog.show();
+        auto* host = dialog.findChild<QLineEdit*>();
+        host->setText(text);
+        QTEST(dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible(), "named");
+        host->setText(u"localhost"_s);
+        QVERIFY(!dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible());
+    }
+
+    void mnemonicsDoNotClash()
+    {
+        const SettingsDialog dialog;
+        QStringList texts;
+        for (const auto* label : dialog.findChildren<QLabel*>())
+            texts.append(label->buddy() ? label->text() : QString());
+        for (const auto* button : dialog.findChildren<QAbstractButton*>())
+            texts.append(button->text());
+        QSet<QKeySequence> taken;
+        for (const QString& text : texts) {
+            const QKeySequence key = QKeySequence::mnemonic(text);
+            QVERIFY2(key.isEmpty() || !taken.contains(key), qPrintable(text));
+            taken.insert(key);
+        }
+        QVERIFY(taken.size() > 8);
+    }
+
     void nothingIsCutOffAtTheSmallestSize()
     {
         SettingsDialog dialog;
