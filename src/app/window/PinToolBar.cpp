@@ -116,6 +116,8 @@ void PinToolBar::addSearchField()
     searchEdit->setMinimumWidth(searchMinimumWidth);
     searchEdit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     searchEdit->setClearButtonEnabled(true);
+    for (auto* clear : searchEdit->findChildren<QToolButton*>())
+        clear->setAccessibleName(tr("Clear the search"));
     QPalette colors = searchEdit->palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
         colors.setColor(group, QPalette::PlaceholderText, placeholderColor);
