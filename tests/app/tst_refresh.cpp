@@ -145,14 +145,14 @@ private slots:
 
     void largeListsKeepTheirColumns()
     {
-        const QString told = u"Loaded 1201 pin(s) — large list mode (auto-resize skipped)"_s;
+        const QString message = u"Loaded 1201 pin(s) — large list mode (auto-resize skipped)"_s;
         node->answer(path, FakeAnswer::json(pinLines(1201)));
         open();
         QVERIFY(waitForRows(1201));
         QCoreApplication::processEvents();
         const QHeaderView* header = table()->horizontalHeader();
         QCOMPARE(header->sectionSize(0), 420);
-        QCOMPARE(window->statusLog().filter(told).size(), 1);
+        QCOMPARE(window->statusLog().filter(message).size(), 1);
         node->answer(path, FakeAnswer::json(pinLines(1200)));
         refreshButton()->click();
         QVERIFY(waitForRows(1200));

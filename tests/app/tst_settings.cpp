@@ -70,7 +70,7 @@ private slots:
         row("nothing known", none, none, none, whole, {640, 480});
         row("truncated", none, none, {900, 900}, {0.3339, 0.5}, {333, 500});
         // The bound asks for 500 x 300; the widget's own minimum is Qt's to enforce.
-        row("the bound stands above the minimum", {400, 400}, none, {900, 900}, {0.5, 0.3}, {500, 400});
+        row("the bound wins over the minimum", {400, 400}, none, {900, 900}, {0.5, 0.3}, {500, 400});
     }
     void fittedSizes()
     {
@@ -87,7 +87,7 @@ private slots:
                               .preferredSize = preferred,
                               .maxWidthRatio = ratios.width(),
                               .maxHeightRatio = ratios.height()});
-        DialogSizing::attach(&dialog, {.minimumSize = {999, 999}}); // the first one stands
+        DialogSizing::attach(&dialog, {.minimumSize = {999, 999}}); // the first one holds
         dialog.show();
         QTEST(dialog.size(), "size");
         QCoreApplication::processEvents(); // the posted refit

@@ -135,7 +135,7 @@ private slots:
         QTRY_COMPARE(byName.value(u"notes"_s)->refsCount, 2);
         QCOMPARE(byName.value(u"notes"_s)->kind, u"Directory"_s);
         QCOMPARE(byName.value(u"hello.txt"_s)->kind, u"File"_s);
-        QCOMPARE(byName.value(u"placeholder"_s)->dagSize, -1); // a node can't tell the size of the empty file
+        QCOMPARE(byName.value(u"placeholder"_s)->dagSize, -1); // a node has no size for the empty file
     }
 
 private:
