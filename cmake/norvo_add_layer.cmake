@@ -1,8 +1,9 @@
 # The layers from the bottom to the top. A layer may use those before it, never one after it.
-set(NORVO_LAYERS kit model parse http client kit_widgets dialogs app)
+set(NORVO_LAYERS kit records model parse http client widgets dialogs app)
 
-# norvo_add_layer(<name> FOLDER <dir> QT <modules> [USES <layers>] SOURCES <files in FOLDER>)
-# makes the library norvo_<name> and stops the configuring if the layer points upwards.
+# norvo_add_layer(<name> FOLDER <dir> QT <modules> [USES <layers>] [SOURCES <files in or below FOLDER>])
+# makes the library norvo_<name> and stops the configuring if the layer points upwards. FOLDER and the folders of the
+# sources are on the include path of the layer and of those that use it. A layer without sources is headers only.
 function(norvo_add_layer name)
     cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "FOLDER" "QT;USES;SOURCES")
     list(FIND NORVO_LAYERS ${name} own_rank)
@@ -17,10 +18,23 @@ function(norvo_add_layer name)
     endforeach()
 
     set(folder ${PROJECT_SOURCE_DIR}/${LAYER_FOLDER})
+    set(include_folders ${folder})
+    foreach(source IN LISTS LAYER_SOURCES)
+        get_filename_component(source_folder ${folder}/${source} DIRECTORY)
+        list(APPEND include_folders ${source_folder})
+    endforeach()
+    list(REMOVE_DUPLICATES include_folders)
+
     list(TRANSFORM LAYER_SOURCES PREPEND ${folder}/)
     list(TRANSFORM LAYER_QT PREPEND Qt6::)
     list(TRANSFORM LAYER_USES PREPEND norvo_)
-    add_library(norvo_${name} STATIC ${LAYER_SOURCES})
-    target_include_directories(norvo_${name} PUBLIC ${folder})
-    target_link_libraries(norvo_${name} PUBLIC norvo_options ${LAYER_QT} ${LAYER_USES})
+    if(LAYER_SOURCES)
+        set(visibility PUBLIC)
+        add_library(norvo_${name} STATIC ${LAYER_SOURCES})
+    else()
+        set(visibility INTERFACE)
+        add_library(norvo_${name} INTERFACE)
+    endif()
+    target_include_directories(norvo_${name} ${visibility} ${include_folders})
+    target_link_libraries(norvo_${name} ${visibility} norvo_options ${LAYER_QT} ${LAYER_USES})
 endfunction()

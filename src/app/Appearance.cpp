@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <QStyle>
 #include <QStyleFactory>
+#include <QToolTip>
 
 #include <memory>
 
@@ -58,6 +59,14 @@ QPalette darkPalette()
     return palette;
 }
 
+QPalette toolTipPalette()
+{
+    QPalette palette = darkPalette();
+    palette.setColor(QPalette::ToolTipBase, palette.color(QPalette::Base));
+    palette.setColor(QPalette::Window, palette.color(QPalette::Base)); // what some styles fill a tool tip with
+    return palette;
+}
+
 void applyFusionLook()
 {
     const std::unique_ptr<QStyle> fusion(QStyleFactory::create(u"Fusion"_s));
@@ -65,6 +74,7 @@ void applyFusionLook()
         return;
     QApplication::setStyle(u"Fusion"_s);
     QApplication::setPalette(darkPalette());
+    QToolTip::setPalette(toolTipPalette());
 }
 
 QIcon overflowIcon(const QPalette& palette)

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-/// A small round light that tells whether the node answers.
+/// A small round light that shows whether the node answers.
 class ConnectionStatusDot : public QWidget
 {
     Q_OBJECT

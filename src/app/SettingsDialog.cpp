@@ -3,6 +3,7 @@
 #include "DialogSizing.h"
 #include "OriginValue.h"
 #include "PinEntry.h"
+#include "StatusLabel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,6 +14,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +30,15 @@ constexpr int groupSpacing = 12;
 QString defaultHost()
 {
     return u"127.0.0.1"_s;
+}
+
+/// Whether the text may be a host: a name, or an address, of which version 6 has two colons or more. It is a hint while
+/// typing and no check; an empty text means the default.
+bool isHost(const QString& text)
+{
+    const bool hasOtherLetters
+        = std::ranges::any_of(text, [](QChar c) { return c == u'/' || c == u'\\' || c == u'@' || c.isSpace(); });
+    return !hasOtherLetters && text.count(u':') != 1;
 }
 
 } // namespace
@@ -59,9 +71,15 @@ void SettingsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(defaults, &QPushButton::clicked, this, &SettingsDialog::restoreDefaults);
     column->addWidget(buttons);
-    // Nothing is to be cut off, however large the fonts and however often the hint has to wrap.
-    const QSize least = minimumSize().expandedTo(column->totalMinimumSize());
-    setMinimumSize(least.expandedTo({0, column->totalMinimumHeightForWidth(least.width())}));
+    growMinimumSize();
+}
+
+/// Nothing is to be cut off, however large the fonts and however often the hints have to wrap.
+void SettingsDialog::growMinimumSize()
+{
+    layout()->activate();
+    const QSize least = minimumSize().expandedTo(layout()->totalMinimumSize());
+    setMinimumSize(least.expandedTo({0, layout()->totalMinimumHeightForWidth(least.width())}));
 }
 
 QGroupBox* SettingsDialog::newConnectionGroup()
@@ -72,12 +90,18 @@ QGroupBox* SettingsDialog::newConnectionGroup()
 
     hostEdit = new QLineEdit(group);
     hostEdit->setPlaceholderText(defaultHost());
-    form->addRow(tr("Host:"), hostEdit);
+    form->addRow(tr("&Host:"), hostEdit);
+    hostHint = new StatusLabel(group);
+    hostHint->setObjectName(u"hostHint"_s);
+    hostHint->showFailure(tr("Enter the host's name or address alone, without \"http://\" and without a port."));
+    hostHint->hide();
+    form->addRow(hostHint);
+    connect(hostEdit, &QLineEdit::textChanged, this, &SettingsDialog::onHostChanged);
 
     portSpin = new QSpinBox(group);
     portSpin->setRange(1, 65535);
     portSpin->setValue(defaultPort);
-    form->addRow(tr("Port:"), portSpin);
+    form->addRow(tr("&Port:"), portSpin);
 
     auto* hint = new QLabel(tr("<small><i>Default Kubo RPC port is 5001. Never expose this port to the public "
                                "internet.</i></small>"),
@@ -97,7 +121,7 @@ QGroupBox* SettingsDialog::newFilterGroup()
     pinTypeCombo->addItem(tr("Recursive only"), QString(PinType::recursive));
     pinTypeCombo->addItem(tr("Direct only"), QString(PinType::direct));
     pinTypeCombo->addItem(tr("Indirect only"), QString(PinType::indirect));
-    form->addRow(tr("Pin type:"), pinTypeCombo);
+    form->addRow(tr("Pin &type:"), pinTypeCombo);
     return group;
 }
 
@@ -106,7 +130,7 @@ QGroupBox* SettingsDialog::newOptionsGroup()
     auto* group = new QGroupBox(tr("Options"), this);
     auto* form = new QFormLayout(group);
 
-    autoRefreshCheck = new QCheckBox(tr("Enable auto-refresh"), group);
+    autoRefreshCheck = new QCheckBox(tr("Enable &auto-refresh"), group);
     form->addRow(autoRefreshCheck);
     intervalSpin = new QSpinBox(group);
     intervalSpin->setRange(shortestInterval, longestInterval);
@@ -114,21 +138,32 @@ QGroupBox* SettingsDialog::newOptionsGroup()
     intervalSpin->setSuffix(tr(" seconds"));
     intervalSpin->setEnabled(false);
     connect(autoRefreshCheck, &QCheckBox::toggled, intervalSpin, &QWidget::setEnabled);
-    form->addRow(tr("Interval:"), intervalSpin);
+    form->addRow(tr("&Interval:"), intervalSpin);
 
-    loadMetadataCheck = new QCheckBox(tr("Load metadata"), group);
+    loadMetadataCheck = new QCheckBox(tr("Load &metadata"), group);
     loadMetadataCheck->setChecked(true);
     form->addRow(loadMetadataCheck);
 
-    sendOriginCheck = new QCheckBox(tr("Send Origin header"), group);
+    sendOriginCheck = new QCheckBox(tr("&Send Origin header"), group);
     connect(sendOriginCheck, &QCheckBox::toggled, this, &SettingsDialog::onSendOriginToggled);
     form->addRow(sendOriginCheck);
     originEdit = new QLineEdit(defaultOriginValue(), group);
     originEdit->setPlaceholderText(defaultOriginValue());
     originEdit->setMaxLength(maximumOriginLength);
     originEdit->setEnabled(false);
-    form->addRow(tr("Origin:"), originEdit);
+    form->addRow(tr("O&rigin:"), originEdit);
     return group;
+}
+
+void SettingsDialog::onHostChanged(const QString& text)
+{
+    const bool wrong = !isHost(text.trimmed());
+    if (wrong == !hostHint->isHidden())
+        return;
+    hostHint->setVisible(wrong);
+    if (wrong)
+        growMinimumSize();
+    DialogSizing::requestRefit(this);
 }
 
 void SettingsDialog::onSendOriginToggled(bool on)

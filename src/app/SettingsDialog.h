@@ -7,6 +7,7 @@ class QComboBox;
 class QGroupBox;
 class QLineEdit;
 class QSpinBox;
+class StatusLabel;
 
 /// Edits the endpoint, the pin filter and the options. It keeps nothing: the caller fills it and reads it after accept.
 class SettingsDialog : public QDialog
@@ -25,7 +26,7 @@ public:
     bool autoRefresh() const;
     bool loadMetadata() const;
     bool sendOrigin() const;
-    /// As it may stand in a header; the default value if the field is blank.
+    /// As a header may hold it; the default value if the field is blank.
     QString originValue() const;
 
     void setHost(const QString& host);
@@ -48,9 +49,12 @@ private:
     QGroupBox* newConnectionGroup();
     QGroupBox* newFilterGroup();
     QGroupBox* newOptionsGroup();
+    void growMinimumSize();
+    void onHostChanged(const QString& text);
     void onSendOriginToggled(bool on);
 
     QLineEdit* hostEdit = nullptr;
+    StatusLabel* hostHint = nullptr; ///< shown while the text can't be a host
     QSpinBox* portSpin = nullptr;
     QComboBox* pinTypeCombo = nullptr;
     QSpinBox* intervalSpin = nullptr;

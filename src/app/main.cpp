@@ -35,6 +35,6 @@ int main(int argc, char* argv[])
         window.show();
         code = QApplication::exec();
     }
-    waitForDetached(10s); // a thread that still parses or writes ends before what it stands on does
+    waitForDetached(10s); // a thread that still parses or writes ends before what it uses is gone
     return code;
 }

@@ -2,9 +2,9 @@
 
 #include "Detached.h"
 #include "JsonReply.h"
+#include "LsEntry.h"
 #include "MetadataQueue.h"
 #include "PinEntry.h"
-#include "Records.h"
 #include "RpcTransport.h"
 
 #include <QList>

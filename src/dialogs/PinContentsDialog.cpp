@@ -131,6 +131,7 @@ void PinContentsDialog::setupUi()
     setupTree();
     column->addWidget(tree);
     progress = new QProgressBar(this);
+    progress->setAccessibleName(tr("Files saved"));
     progress->setRange(0, 0);
     progress->hide();
     column->addWidget(progress);

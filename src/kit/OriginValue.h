@@ -5,7 +5,7 @@
 /// Longest Origin value that is sent, in characters.
 inline constexpr int maximumOriginLength = 256;
 
-/// The text as it may stand in a header: no carriage return, line feed or NUL, trimmed, at most 256 characters.
+/// The text as a header may hold it: no carriage return, line feed or NUL, trimmed, at most 256 characters.
 QString normalizedOriginValue(const QString& text);
 
 /// "Norvo" and the application's version, or "Norvo" alone while no version is set.

@@ -20,8 +20,7 @@ public:
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
-    /// The stock order, told without the variants that it makes two of for each of the millions of comparisons that a
-    /// sort of a long list takes.
+    /// Stock order, without two QVariants per comparison: a sort of a long list takes millions.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:

@@ -63,7 +63,7 @@ private:
     const QFont& fontOfHeaders() const;
 
     QList<PinEntry> pins;
-    /// Nearly every CID stands in one row, so the list of its rows needs no memory of its own.
+    /// Nearly every CID has one row, so the list of its rows needs no memory of its own.
     using Rows = QVarLengthArray<int, 1>;
     QHash<QString, Rows> rowsByCid;
     mutable QFont cidFont;

@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QScrollBar>
+#include <QTextBlock>
 #include <QTextEdit>
+#include <QTextLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -128,6 +130,17 @@ private slots:
         clear(*rpc);
         say(u"one six"_s);
         QVERIFY(view->viewport()->grab().toImage() != before);
+    }
+
+    void aClickInAVeryLongLineShapesNoneOfIt()
+    {
+        clear(*rpc);
+        say(u"one "_s.repeated(500'000));
+        QTextEdit* view = viewOf(*rpc);
+        view->horizontalScrollBar()->setValue(0);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, {60, view->fontMetrics().height()});
+        QVERIFY(view->textCursor().position() > 2 && view->textCursor().position() < 12);
+        QCOMPARE(view->document()->firstBlock().layout()->lineCount(), 0);
     }
 
 private:

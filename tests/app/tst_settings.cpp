@@ -1,6 +1,7 @@
 #include "DialogSizing.h"
 #include "IpfsClient.h"
 #include "ModalAnswer.h"
+#include "ScreenArea.h"
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
@@ -69,7 +70,7 @@ private slots:
         row("nothing known", none, none, none, whole, {640, 480});
         row("truncated", none, none, {900, 900}, {0.3339, 0.5}, {333, 500});
         // The bound asks for 500 x 300; the widget's own minimum is Qt's to enforce.
-        row("the bound stands above the minimum", {400, 400}, none, {900, 900}, {0.5, 0.3}, {500, 400});
+        row("the bound wins over the minimum", {400, 400}, none, {900, 900}, {0.5, 0.3}, {500, 400});
     }
     void fittedSizes()
     {
@@ -86,7 +87,7 @@ private slots:
                               .preferredSize = preferred,
                               .maxWidthRatio = ratios.width(),
                               .maxHeightRatio = ratios.height()});
-        DialogSizing::attach(&dialog, {.minimumSize = {999, 999}}); // the first one stands
+        DialogSizing::attach(&dialog, {.minimumSize = {999, 999}}); // the first one holds
         dialog.show();
         QTEST(dialog.size(), "size");
         QCoreApplication::processEvents(); // the posted refit
@@ -142,6 +143,43 @@ private slots:
         QCOMPARE(shown()->size(), QSize(300, 200));
     }
 
+    void restoredGeometryIsInsideTheScreen_data()
+    {
+        QTest::addColumn<QRect>("saved");
+        QTest::addColumn<QRect>("restored"); // on an available area of 1000 x 1000
+        QTest::newRow("inside stays") << QRect(100, 50, 420, 320) << QRect(100, 50, 420, 320);
+        QTest::newRow("beyond the right and the bottom") << QRect(900, 800, 420, 320) << QRect(580, 680, 420, 320);
+        QTest::newRow("beyond the left and the top") << QRect(-200, -90, 420, 320) << QRect(0, 0, 420, 320);
+        QTest::newRow("of a larger screen") << QRect(300, 0, 1900, 700) << QRect(0, 0, 1000, 700);
+    }
+    void restoredGeometryIsInsideTheScreen()
+    {
+        QFETCH(const QRect, saved);
+        QFETCH(const QRect, restored);
+        QCOMPARE(placedInside(saved, {0, 0, 1000, 1000}), restored);
+        QCOMPARE(placedInside(saved, {}), saved);
+        for (int round = 0; round < 2; ++round) {
+            HintDialog dialog;
+            DialogSizing::attach(&dialog, {});
+            dialog.show();
+            if (round == 0)
+                dialog.setGeometry(saved);
+            else
+                QVERIFY(QRect(0, 0, 1000, 1000).contains(dialog.geometry()));
+            dialog.close();
+        }
+    }
+
+    void theWindowOpensInsideTheScreen()
+    {
+        open();
+        window->showNormal();
+        window->setGeometry(700, 700, 800, 520);
+        window.reset();
+        open();
+        QCOMPARE(window->geometry(), QRect(200, 480, 800, 520));
+    }
+
     void fieldsGiveUsableValues()
     {
         SettingsDialog dialog;
@@ -168,6 +206,44 @@ private slots:
         dialog.setTrialMode(true);
         dialog.setAutoRefresh(true);
         QVERIFY(!dialog.autoRefresh() && !enable->isEnabled());
+    }
+
+    void hostsThatAreNoneAreNamed_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("named");
+        for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
+            QTest::newRow(good) << QString::fromUtf8(good) << false;
+        for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})
+            QTest::newRow(bad) << QString::fromUtf8(bad) << true;
+    }
+    void hostsThatAreNoneAreNamed()
+    {
+        QFETCH(const QString, text);
+        SettingsDialog dialog;
+        dialog.show();
+        auto* host = dialog.findChild<QLineEdit*>();
+        host->setText(text);
+        QTEST(dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible(), "named");
+        host->setText(u"localhost"_s);
+        QVERIFY(!dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible());
+    }
+
+    void mnemonicsDoNotClash()
+    {
+        const SettingsDialog dialog;
+        QStringList texts;
+        for (const auto* label : dialog.findChildren<QLabel*>())
+            texts.append(label->buddy() ? label->text() : QString());
+        for (const auto* button : dialog.findChildren<QAbstractButton*>())
+            texts.append(button->text());
+        QSet<QKeySequence> taken;
+        for (const QString& text : texts) {
+            const QKeySequence key = QKeySequence::mnemonic(text);
+            QVERIFY2(key.isEmpty() || !taken.contains(key), qPrintable(text));
+            taken.insert(key);
+        }
+        QVERIFY(taken.size() > 8);
     }
 
     void nothingIsCutOffAtTheSmallestSize()

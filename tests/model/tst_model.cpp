@@ -174,7 +174,7 @@ private slots:
         proxy->sort(PinModel::SizeColumn, Qt::AscendingOrder);
         model->setDagSize(u"b"_s, 10 * 1024);
         model->setDagSize(u"a"_s, 9 * 1024);
-        // By the shown text, so 9.0 KB stands behind 10.0 KB: meant so.
+        // By the shown text, so 9.0 KB comes after 10.0 KB, on purpose.
         QCOMPARE(column(*proxy, 0), QStringList({u"b"_s, u"a"_s}));
     }
 

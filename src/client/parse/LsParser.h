@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Records.h"
+#include "LsEntry.h"
 
 #include <QByteArray>
 #include <QList>

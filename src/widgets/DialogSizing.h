@@ -5,13 +5,14 @@
 
 class QDialog;
 
-/// One sizing policy for every dialog. On its first show a dialog restores the geometry that its last close saved, or
-/// fits itself to its content within a share of the screen; it goes on fitting until its user resizes it.
+/// One sizing policy for every dialog. On its first show a dialog restores the geometry that its last close saved,
+/// inside the screen, or fits itself to its content within a share of the screen; it goes on fitting until its user
+/// resizes it.
 namespace DialogSizing {
 
 struct Options
 {
-    QString settingsKey {};       ///< group in the settings store; blank stands for "Dialogs/" and the class name
+    QString settingsKey {};       ///< group in the settings store; blank means "Dialogs/" and the class name
     QSize minimumSize {};         ///< hard minimum in pixels, set on the dialog as well; invalid for none
     QSize preferredSize {};       ///< floor for the fitted size in pixels; invalid for none
     double maxWidthRatio = 0.9;   ///< largest share of the screen's available width, bounded to 0.2 … 1.0

@@ -1,6 +1,7 @@
 #include "DialogSizing.h"
 
 #include "AppSettings.h"
+#include "ScreenArea.h"
 
 #include <QDialog>
 #include <QEvent>
@@ -87,8 +88,10 @@ private:
     {
         const QByteArray saved = persists() ? openAppSettings().value(geometryKey()).toByteArray() : QByteArray();
         geometryRestored = !saved.isEmpty() && dialog->restoreGeometry(saved);
-        if (geometryRestored)
+        if (geometryRestored) {
+            keepOnScreen(dialog);
             return;
+        }
         fitToContent();
         scheduleRefit();
     }

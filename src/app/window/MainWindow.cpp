@@ -2,24 +2,20 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "LogTime.h"
-#include "PinFilterProxyModel.h"
 #include "PinModel.h"
+#include "PinTable.h"
+#include "PinToolBar.h"
 #include "PlainText.h"
+#include "StatsFrame.h"
+#include "WidgetBuilders.h"
 
-#include <QClipboard>
 #include <QGuiApplication>
-#include <QKeyEvent>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QSettings>
 #include <QShortcut>
 #include <QStatusBar>
-#include <QTableView>
-#include <QTime>
 #include <QTimer>
-
-#include <array>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -30,13 +26,11 @@ constexpr auto firstRefreshDelay = 200ms;
 constexpr auto searchDelay = 150ms;
 constexpr auto firstCountInterval = 100ms;
 constexpr auto copiedPeerIdShown = 1000ms;
+constexpr auto errorMessageShown = 8000ms;
 constexpr QSize minimumWindowSize(800, 520);
 constexpr QSize initialWindowSize(1060, 640);
-
-/// In the order of ConnectionStatusDot::State.
-constexpr std::array stateWords {
-    QT_TRANSLATE_NOOP("MainWindow", "Unknown"), QT_TRANSLATE_NOOP("MainWindow", "Checking"),
-    QT_TRANSLATE_NOOP("MainWindow", "Connected"), QT_TRANSLATE_NOOP("MainWindow", "Disconnected")};
+constexpr int centralSpacing = 6;
+constexpr int statusMinimumWidth = 200;
 
 } // namespace
 
@@ -49,9 +43,10 @@ MainWindow::MainWindow(QWidget* parent)
     , searchDebounceTimer(new QTimer(this))
     , countUpdateTimer(new QTimer(this))
     , planTimer(new QTimer(this))
+    , statusResetTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
-    , contentMode(ContentMode::pinned)
-    , typeFilter(PinType::recursiveAndDirect)
+    , toolWindows(new ToolWindows(this))
+    , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
 {
     updateWindowTitleForActivationState();
     setMinimumSize(minimumWindowSize);
@@ -59,13 +54,14 @@ MainWindow::MainWindow(QWidget* parent)
 
     proxyModel->setSourceModel(pinModel);
     proxyModel->setFilterCaseSensitivity(Qt::CaseInsensitive);
-    proxyModel->setTypeFilter(typeFilter);
+    proxyModel->setTypeFilter(values.typeFilter);
 
+    setupToolWindows();
     setupMenuBar();
     setupShortcuts();
     setupToolBar();
     setupCentralWidget();
-    setupToolBarOverflow();
+    toolBar->setupOverflow();
     setupStatusBar();
     pinTable->setFocus();
     connectClient();
@@ -77,9 +73,10 @@ MainWindow::MainWindow(QWidget* parent)
     QTimer::singleShot(firstRefreshDelay, this, &MainWindow::onRefreshClicked);
 }
 
+/// Tool windows use the client, so they go first.
 MainWindow::~MainWindow()
 {
-    deleteToolWindows();
+    delete toolWindows;
     saveSettings();
 }
 
@@ -104,6 +101,68 @@ void MainWindow::setupShortcuts()
         // Where the platform's refresh key is F5 itself, Qt calls the two ambiguous and takes them in turn.
         connect(shortcut, &QShortcut::activatedAmbiguously, this, &MainWindow::onRefreshClicked);
     }
+}
+
+void MainWindow::setupToolBar()
+{
+    toolBar = new PinToolBar(*toolWindows, this);
+    addToolBar(toolBar);
+    connect(toolBar, &PinToolBar::refreshClicked, this, &MainWindow::onRefreshClicked);
+    connect(toolBar, &PinToolBar::contentChanged, this, &MainWindow::onContentChanged);
+    connect(toolBar, &PinToolBar::filterChanged, this, &MainWindow::onFilterChanged);
+    connect(toolBar, &PinToolBar::searchTextChanged, this, &MainWindow::onSearchTextChanged);
+    connect(toolBar, &PinToolBar::searchModeChanged, this, &MainWindow::onSearchModeChanged);
+    connect(toolBar, &PinToolBar::toolWindowRequested, toolWindows, &ToolWindows::show);
+}
+
+void MainWindow::setupCentralWidget()
+{
+    auto* central = new QWidget(this);
+    auto* column = new QVBoxLayout(central);
+    column->setContentsMargins(8, 8, 8, 4);
+    column->setSpacing(centralSpacing);
+
+    notificationLabel = newPlainLabel({}, central);
+    notificationLabel->setObjectName(u"notification"_s);
+    notificationLabel->setWordWrap(true);
+    notificationLabel->setAlignment(Qt::AlignCenter);
+    notificationLabel->setMinimumWidth(1); // a long address in a message is not to widen the window
+    makeCopyable(notificationLabel, tr("Copy"));
+    notificationLabel->hide();
+    column->addWidget(notificationLabel);
+
+    setupPinTable();
+    column->addWidget(pinTable, 1);
+    statsFrame = new StatsFrame(this);
+    connect(statsFrame, &StatsFrame::peerIdCopied, this, [this] {
+        statusBar()->showMessage(tr("Copied to clipboard"), static_cast<int>(copiedPeerIdShown.count()));
+    });
+    column->addWidget(statsFrame);
+    setCentralWidget(central);
+}
+
+void MainWindow::setupPinTable()
+{
+    pinTable = new PinTable(proxyModel, this);
+    connect(pinTable, &QWidget::customContextMenuRequested, this, &MainWindow::onTableContextMenuRequested);
+    connect(pinTable, &QTableView::doubleClicked, this, &MainWindow::onTableDoubleClicked);
+    connect(pinTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::onSelectionChanged);
+    connect(pinTable, &PinTable::indirectPinsRequested, this, &MainWindow::onShowIndirectPins);
+    connect(pinTable, &PinTable::contentsRequested, this, &MainWindow::showContents);
+    connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::onUnpinSelected);
+    connect(pinTable, &PinTable::copyRequested, this, &MainWindow::onCopySelectedCID);
+    connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::onOpenInGateway);
+    connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::onOpenFromLocal);
+}
+
+void MainWindow::setupStatusBar()
+{
+    statusLabel = newPlainLabel({}, this);
+    statusLabel->setObjectName(u"statusLabel"_s);
+    statusLabel->setMinimumWidth(statusMinimumWidth);
+    makeCopyable(statusLabel, tr("Copy status"));
+    statusBar()->addWidget(statusLabel, 1);
+    setStatusMessage(tr("Ready"));
 }
 
 void MainWindow::connectClient()
@@ -131,58 +190,46 @@ void MainWindow::setupTimers()
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
     planTimer->setSingleShot(true);
     connect(planTimer, &QTimer::timeout, this, &MainWindow::planNextFacts);
+    statusResetTimer->setSingleShot(true);
+    connect(statusResetTimer, &QTimer::timeout, this, [this] { setStatusMessage(tr("Ready")); });
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)
 {
     connected = on;
     if (on) {
-        setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
+        statsFrame->setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
         return;
     }
-    setConnectionDotState(ConnectionStatusDot::Disconnected, tr("Disconnected from %1").arg(client->baseUrl()));
-    nodeId.clear();
-    peerIdLabel->setText(tr("Not connected"));
-    peerIdLabel->setFocusPolicy(Qt::NoFocus);
-    peerIdLabel->setCursor(Qt::ArrowCursor);
-    peerIdLabel->setToolTip({});
+    statsFrame->setConnectionDotState(ConnectionStatusDot::Disconnected,
+                                      tr("Disconnected from %1").arg(client->baseUrl()));
+    statsFrame->showNoPeer();
 }
 
 void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 {
-    nodeId = id;
-    peerIdLabel->setText(tr("PeerID: %1  |  %2").arg(id, agent));
-    peerIdLabel->setToolTip({});
-    peerIdLabel->setCursor(Qt::PointingHandCursor);
-    peerIdLabel->setFocusPolicy(Qt::TabFocus); // the space bar copies as a click does
+    statsFrame->showPeer(id, agent);
 }
 
-void MainWindow::setConnectionDotState(ConnectionStatusDot::State state, const QString& detail)
+void MainWindow::onErrorOccurred(const QString& message)
 {
-    connectionDot->setState(state);
-    const QString word = tr(stateWords.at(static_cast<size_t>(state)));
-    QString tip = tr("Connection: %1").arg(word);
-    if (!detail.trimmed().isEmpty())
-        tip += u'\n' + detail;
-    tip += u'\n' + tr("Updated: %1").arg(QTime::currentTime().toString(u"hh:mm:ss"_s));
-    setPlainToolTip(connectionDot, tip);
-    connectionDot->setAccessibleName(tr("Connection: %1").arg(word));
+    setRefreshing(false);
+    showNotification(message, true);
+    showStatusFor(errorMessageShown, tr("Error: ") + message);
 }
 
+/// A message that replaces another ends the other's time as well.
 void MainWindow::setStatusMessage(const QString& text)
 {
+    statusResetTimer->stop();
     statusLabel->setText(messageForLabel(text));
-    const QString line = logTime() + u"  "_s + text;
-    statusLogLines.append(line);
-    emit statusLogAppended(line);
+    appendToStatusLog(text);
 }
 
-void MainWindow::resetStatusLater(std::chrono::milliseconds delay, std::function<bool(const QString&)> isOurs)
+void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& text)
 {
-    QTimer::singleShot(delay, this, [this, isOurs = std::move(isOurs)] {
-        if (isOurs(statusLabel->text()))
-            setStatusMessage(tr("Ready"));
-    });
+    setStatusMessage(text);
+    statusResetTimer->start(time);
 }
 
 void MainWindow::showNotification(const QString& text, bool warning)
@@ -190,35 +237,4 @@ void MainWindow::showNotification(const QString& text, bool warning)
     const QString shown = messageForLabel(text);
     notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
     notificationLabel->show();
-}
-
-bool MainWindow::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched != peerIdLabel)
-        return QMainWindow::eventFilter(watched, event);
-    switch (event->type()) {
-    case QEvent::MouseButtonPress: // consumed whatever the button
-        if (static_cast<const QMouseEvent*>(event)->button() == Qt::LeftButton)
-            copyPeerId();
-        return true;
-    case QEvent::KeyPress:
-        if (static_cast<const QKeyEvent*>(event)->key() != Qt::Key_Space)
-            return false;
-        copyPeerId();
-        return true;
-    case QEvent::FocusIn:
-    case QEvent::FocusOut:
-        peerIdLabel->setFrameShape(event->type() == QEvent::FocusIn ? QFrame::Box : QFrame::NoFrame);
-        return false;
-    default:
-        return false;
-    }
-}
-
-void MainWindow::copyPeerId()
-{
-    if (nodeId.isEmpty())
-        return;
-    QGuiApplication::clipboard()->setText(nodeId);
-    statusBar()->showMessage(tr("Copied to clipboard"), static_cast<int>(copiedPeerIdShown.count()));
 }

@@ -1,7 +1,10 @@
 #include "WidgetBuilders.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QTableView>
 
 void makeRowTable(QTableView* table)
@@ -23,4 +26,24 @@ QLabel* newCidHeading(const QString& markup, const QString& cid, QWidget* parent
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
+}
+
+void makeCopyable(QLabel* label, const QString& entry)
+{
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setCursor(Qt::IBeamCursor);
+    label->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(label, &QWidget::customContextMenuRequested, label, [label, entry](const QPoint& position) {
+        auto* menu = new QMenu(label);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->addAction(entry, label, [label] { QGuiApplication::clipboard()->setText(label->text()); });
+        menu->popup(label->mapToGlobal(position));
+    });
+}
+
+QAction* addUnavailable(QMenu* menu, const QString& text)
+{
+    QAction* action = menu->addAction(text);
+    action->setEnabled(false);
+    return action;
 }

@@ -2,14 +2,22 @@
 
 #include <QString>
 
+class QAction;
 class QLabel;
+class QMenu;
 class QTableView;
 class QWidget;
 
 /// A table of whole rows: extended selection, alternating colours, no grid, no row numbers, the last column stretched,
-/// and a context menu of its owner's.
+/// and a context menu that its owner provides.
 void makeRowTable(QTableView* table);
 
 /// A word-wrapped line that names what a dialog is about. `markup` is the program's own text with %1 for `cid`, which
-/// is shown as it stands.
+/// is shown as it is.
 QLabel* newCidHeading(const QString& markup, const QString& cid, QWidget* parent);
+
+/// Lets the user select the label's text, and copy all of it through a menu of the one entry `entry`.
+void makeCopyable(QLabel* label, const QString& entry);
+
+/// A disabled entry, for an action that does not exist yet.
+QAction* addUnavailable(QMenu* menu, const QString& text);

@@ -24,7 +24,7 @@ QByteArray pinLines(int count, const QByteArray& type)
 
 } // namespace
 
-class tst_Annotating : public WindowTest
+class tst_WindowMetadata : public WindowTest
 {
     Q_OBJECT
 
@@ -84,7 +84,7 @@ private slots:
         QCOMPARE(cells(PinModel::SizeColumn), QStringList(4, u"5 B"_s));
     }
 
-    void aRefreshWhileAnnotatingIsHarmless()
+    void aRefreshWhileFactsComeInIsHarmless()
     {
         node->answer(dagStatPath, NodeAnswer::hold());
         open(*node);
@@ -100,17 +100,6 @@ private slots:
         QCOMPARE(cells(PinModel::SizeColumn), QStringList(3, u"7 B"_s));
     }
 
-    void refsStopAtFiveHundred()
-    {
-        pins(pinLines(502, "recursive"));
-        open(*node);
-        QTRY_VERIFY_WITH_TIMEOUT(counts().endsWith(u"Metadata loaded: 502/502 CIDs"_s), 30'000);
-        QTRY_COMPARE_WITH_TIMEOUT(cells(PinModel::RefsColumn).count(u"2"_s), 500, 30'000);
-        QTRY_COMPARE(node->openNow(), 0);
-        QCOMPARE(node->count(refsPath), 500);
-        QCOMPARE(cells(PinModel::RefsColumn).count(u"…"_s), 2);
-    }
-
     void withoutMetadataOnlyRefsAreAsked()
     {
         setting("loadMetadata"_L1, false);
@@ -118,16 +107,6 @@ private slots:
         QTRY_COMPARE(cells(PinModel::RefsColumn), QStringList(3, u"2"_s));
         QCOMPARE(node->count(dagStatPath) + node->count(filesStatPath), 0);
         QVERIFY(counts().endsWith(u"Total DAG size of all displayed CIDs: —"_s));
-    }
-
-    void anEmptyListShowsZeros()
-    {
-        pins({});
-        open(*node);
-        QTRY_COMPARE(counts(),
-                     u"Total: 0  |  Recursive: 0  |  Direct: 0  |  Indirect: 0  |  "
-                     "Total DAG size of all displayed CIDs: —"_s);
-        QVERIFY(!label("statsLine1"_L1)->isVisibleTo(window.get()));
     }
 
     void searchingSplitsTheCountsOverTwoLines()
@@ -169,5 +148,5 @@ private:
     QString counts() const { return label("countLabel"_L1)->text(); }
 };
 
-NORVO_TEST_MAIN(QApplication, tst_Annotating)
-#include "tst_annotating.moc"
+NORVO_TEST_MAIN(QApplication, tst_WindowMetadata)
+#include "tst_windowmetadata.moc"

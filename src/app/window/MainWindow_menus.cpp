@@ -2,6 +2,7 @@
 
 #include "ActivationDialog.h"
 #include "ProductInfo.h"
+#include "WidgetBuilders.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -17,13 +18,6 @@ constexpr int aboutIconSize = 64;
 
 } // namespace
 
-QAction* MainWindow::addUnavailable(QMenu* menu, const QString& text)
-{
-    QAction* action = menu->addAction(text);
-    action->setEnabled(false);
-    return action;
-}
-
 void MainWindow::setupMenuBar()
 {
     setupFileMenu();
@@ -38,7 +32,7 @@ void MainWindow::setupFileMenu()
     menu->addSeparator();
     menu->addAction(tr("&Settings..."), Qt::CTRL | Qt::Key_Comma, this, &MainWindow::onSettingsClicked);
     menu->addAction(tr("Remote &Services..."), this, &MainWindow::onRemoteServicesClicked)
-        ->setEnabled(hasToolWindow(ToolWindowId::RemoteServices));
+        ->setEnabled(toolWindows->canShow(ToolWindows::RemoteServices));
     menu->addSeparator();
     menu->addAction(tr("&Quit"), QKeySequence::Quit, qApp, &QCoreApplication::quit);
 }

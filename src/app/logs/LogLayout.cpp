@@ -17,11 +17,11 @@ constexpr char16_t lastNarrowLetter = 0x24f;
 constexpr qreal everything = 1e9; // pixels, as Qt's own layouts have it
 
 constexpr qsizetype tabCells = 8;
-/// A line is shaped with each repaint. The address of an unpin of thousands is hundreds of kilobytes long: what stands
-/// behind this many letters is in the text, for copying, and not in sight.
+/// A line is shaped with each repaint. The address of an unpin of thousands is hundreds of kilobytes long: what comes
+/// after this many letters is in the text, for copying, and not in sight.
 constexpr qsizetype longestShown = 8000;
 
-/// What is drawn of a line. Where a letter stands for the end of a line, Qt would draw nothing behind it.
+/// What is drawn of a line. At a letter that means the end of a line Qt would stop drawing.
 QString shownText(const QTextBlock& block)
 {
     QString text = block.text().left(longestShown);
@@ -55,7 +55,7 @@ QList<QTextLayout::FormatRange> selectionsIn(const QTextBlock& block,
 LogLayout::LogLayout(QTextDocument* document)
     : QAbstractTextDocumentLayout(document)
 {
-    setProperty("contentHasAlignment", false); // tells the view that its width changes nothing
+    setProperty("contentHasAlignment", false); // for the view: its width changes nothing
     measureFont();
 }
 
@@ -95,7 +95,11 @@ void LogLayout::draw(QPainter* painter, const PaintContext& context)
 int LogLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
 {
     const QTextBlock block = document()->findBlockByNumber(lineAt(point.y()));
-    QTextLayout* layout = block.layout(); // stays shaped: words are selected by the line that a block has
+    QTextLayout ofShownText(shownText(block), document()->defaultFont(), paintDevice());
+    const bool isCut = block.length() - 1 > longestShown;
+    // A block's own layout stays shaped: words are selected by the line that it has. That of a cut line would take in
+    // all of its letters, so no words are selected in one.
+    QTextLayout* layout = isCut ? &ofShownText : block.layout();
     if (layout->lineCount() == 0)
         shape(*layout);
     const QPointF inBlock = point - blockBoundingRect(block).topLeft();
@@ -132,7 +136,7 @@ QRectF LogLayout::blockBoundingRect(const QTextBlock& block) const
 void LogLayout::widenFor(QTextBlock block)
 {
     mostCells = std::max(mostCells, cellsOf(shownText(block)));
-    block.clearLayout(); // a cursor made one when it stood here
+    block.clearLayout(); // a cursor made one when it was here
 }
 
 /// An append looks at what has come and repaints no line before it; any other change looks at all lines.
@@ -144,7 +148,7 @@ void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
         mostCells = 0;
     }
     QTextBlock first = document()->findBlock(append ? from : 0);
-    if (append && first.next().isValid() && from == first.next().position() - 1) { // begun behind this line
+    if (append && first.next().isValid() && from == first.next().position() - 1) { // begun at the end of this line
         first.clearLayout();
         first = first.next();
     }

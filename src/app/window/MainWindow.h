@@ -1,0 +1,211 @@
+#pragma once
+
+#include "ConnectionStatusDot.h"
+#include "MetadataPlan.h"
+#include "PinFilterProxyModel.h"
+#include "ToolWindows.h"
+#include "WindowSettings.h"
+
+#include <QHash>
+#include <QMainWindow>
+#include <QModelIndex>
+#include <QUrl>
+
+#include <chrono>
+#include <functional>
+
+class IpfsClient;
+class PinModel;
+class PinTable;
+class PinToolBar;
+class QAction;
+class QLabel;
+class QSettings;
+class QTimer;
+class SettingsDialog;
+class StatsFrame;
+
+/// The program's one window. It owns the client of the node, the models and the settings store, and connects them with
+/// what it is made of: the tool bar, the table, the lines below it and the tool windows.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+    // Construction, menus and status: MainWindow.cpp, MainWindow_menus.cpp. Nothing here fails.
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    /// Whether the program runs with a trial's restrictions. There is no licensing server, so it never does.
+    bool isTrial() const { return false; }
+
+protected:
+    /// The program ends with its main window: free tool windows close with it.
+    void closeEvent(QCloseEvent* event) override;
+
+private slots:
+    void onActivationClicked();
+    void onApplicationStateChanged(Qt::ApplicationState state);
+    void onConnectionStatusChanged(bool on);
+    void onNodeInfoReceived(const QString& id, const QString& agent);
+    void onErrorOccurred(const QString& message);
+
+private:
+    void setupMenuBar();
+    void setupFileMenu();
+    void setupEditMenu();
+    void setupHelpMenu();
+    void setupShortcuts();
+    void setupToolBar();
+    void setupCentralWidget();
+    void setupPinTable();
+    void setupStatusBar();
+    void connectClient();
+    void setupTimers();
+    void updateWindowTitleForActivationState();
+    void showAboutBox();
+    void setStatusMessage(const QString& text);
+    /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
+    void showStatusFor(std::chrono::milliseconds time, const QString& text);
+    void showNotification(const QString& text, bool warning);
+
+    // The two logs: MainWindow_windows.cpp.
+public:
+    /// Every request that left in this run, a line each, oldest first.
+    QStringList rpcLog() const { return rpcLogLines; }
+    /// Every status message of this run, a line each, oldest first.
+    QStringList statusLog() const { return statusLogLines; }
+    /// Empty the list; nothing is emitted.
+    void clearRpcLog() { rpcLogLines.clear(); }
+    void clearStatusLog() { statusLogLines.clear(); }
+
+signals:
+    /// A line has come to the log; it is in the list already.
+    void rpcLogAppended(QString line);
+    void statusLogAppended(QString line);
+
+private slots:
+    void onRpcRequestIssued(const QString& requestDescription);
+
+private:
+    void appendToStatusLog(const QString& text);
+
+    // Tool windows: MainWindow_windows.cpp.
+public:
+    using AuxWindowMode = ToolWindows::AuxWindowMode;
+    using enum ToolWindows::AuxWindowMode;
+
+    /// Open a tool window, or bring the open one to the front in `mode`. None of them blocks this window.
+    void showGcDialog(AuxWindowMode mode);
+    void showDhtStatsDialog(AuxWindowMode mode);
+    void showNetworkDialog(AuxWindowMode mode);
+    void showSwarmDialog(AuxWindowMode mode);
+    void showConfigDialog(AuxWindowMode mode);
+    void showRemoteServicesDialog(AuxWindowMode mode);
+    void showStatusLogDialog(AuxWindowMode mode);
+    void showRpcLogDialog(AuxWindowMode mode);
+
+private slots:
+    void onGcClicked();
+    void onDhtStatsClicked();
+    void onConfigClicked();
+    void onRemoteServicesClicked();
+    void onStatusLogClicked();
+    void onLogClicked();
+
+private:
+    void setupToolWindows();
+    template <typename Dialog> void offerNodeTool(ToolWindows::Id id);
+
+private slots:
+    // Settings: MainWindow_settings.cpp. Values of the store that make no sense are survived, not reported.
+    void onSettingsClicked();
+
+private:
+    void loadSettings();
+    void startAutoRefresh();
+    void applySettings(const SettingsDialog& dialog);
+    void saveSettings();
+
+    // The refresh cycle: MainWindow_refresh.cpp. A failure comes by onErrorOccurred and keeps the old rows.
+private slots:
+    void onRefreshClicked();
+    void onAutoRefreshTick();
+    void onPinsReceived(const QList<PinEntry>& pins);
+    void onStreamEntriesLoaded(const QString& source, int count);
+    void onContentChanged();
+    void onFilterChanged();
+    void onSearchTextChanged(const QString& text);
+    void onSearchDebounceTimeout();
+    void onSearchModeChanged(PinFilterProxyModel::SearchMode mode);
+
+private:
+    void triggerRefresh(bool force);
+    void fetchList();
+    void setRefreshing(bool on);
+    QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
+    void fitColumns();
+    bool showsUnpinned() const;
+
+    // Metadata and counts: MainWindow_metadata.cpp. A fact that can't be had counts as come.
+private slots:
+    void onRefsReceivedForTable(const QString& rootCid, const QStringList& cids);
+    void onDagStatReceived(const QString& cid, long long cumulativeSize);
+    void onKindReceived(const QString& cid, const QString& kind);
+
+private:
+    bool wantsMetadata() const;
+    void planMetadata(const QList<PinEntry>& list);
+    void planNextFacts();
+    void dropPlan();
+    void startCountTimer();
+    void updateCountLabelsSoon();
+    void updateCountLabels();
+    long long shownDagSize() const;
+
+    // The table's actions: MainWindow_table.cpp. Without a usable row they do nothing.
+private slots:
+    void onSelectionChanged();
+    void onTableContextMenuRequested(const QPoint& pos);
+    void onTableDoubleClicked(const QModelIndex& index);
+    void onCopySelectedCID();
+    void onOpenInGateway();
+    void onOpenFromLocal();
+    void onUnpinSelected();
+    void onUnpinAll();
+    void onUnpinned(const QStringList& cids);
+    void onShowIndirectPins(const QString& rootCid);
+
+private:
+    void showContents(const QString& rootCid, const QString& name);
+    void unpin(const QStringList& cids);
+    void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
+
+    IpfsClient* client;
+    PinModel* pinModel;
+    PinFilterProxyModel* proxyModel;
+    QTimer* autoRefreshTimer;
+    QTimer* searchDebounceTimer;
+    QTimer* countUpdateTimer;
+    QTimer* planTimer;
+    QTimer* statusResetTimer; ///< runs while the status shows a message for a time
+    QSettings* settings;
+    ToolWindows* toolWindows;
+
+    PinToolBar* toolBar = nullptr;
+    PinTable* pinTable = nullptr;
+    StatsFrame* statsFrame = nullptr;
+    QLabel* statusLabel = nullptr;
+    QLabel* notificationLabel = nullptr;
+    QAction* unpinSelectedAction = nullptr;
+    QAction* unpinAllAction = nullptr;
+
+    WindowSettings values; ///< of which the client has the address and the window its geometry
+    bool connected = false;
+    QHash<QString, int> streamCounts;
+    MetadataPlan plan;
+    int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
+    qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
+    QStringList rpcLogLines;
+    QStringList statusLogLines;
+};

@@ -1,0 +1,157 @@
+#include "MainWindow.h"
+
+#include "ContentMode.h"
+#include "IpfsClient.h"
+#include "PinModel.h"
+#include "PinTable.h"
+#include "PinToolBar.h"
+#include "StatsFrame.h"
+
+#include <QLabel>
+#include <QTime>
+#include <QTimer>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto loadMessageShown = 5000ms;
+/// Longest list whose columns are measured.
+constexpr int fittedRows = 1200;
+
+} // namespace
+
+void MainWindow::onRefreshClicked()
+{
+    triggerRefresh(false);
+}
+
+void MainWindow::onAutoRefreshTick()
+{
+    triggerRefresh(false);
+}
+
+bool MainWindow::showsUnpinned() const
+{
+    return values.contentMode == ContentMode::unpinned;
+}
+
+void MainWindow::onContentChanged()
+{
+    values.contentMode = toolBar->contentMode();
+    toolBar->setFilterEnabled(values.contentMode == ContentMode::pinned);
+    if (showsUnpinned())
+        onSelectionChanged(); // there is nothing to unpin; the other way round the rows are not pins until they come
+    triggerRefresh(true);
+}
+
+void MainWindow::onFilterChanged()
+{
+    values.typeFilter = toolBar->typeFilter();
+    proxyModel->setTypeFilter(values.typeFilter);
+    triggerRefresh(true);
+}
+
+void MainWindow::triggerRefresh(bool force)
+{
+    if (force) {
+        dropPlan();
+        client->cancelActiveLoading();
+    } else if (toolBar->isRefreshing()) {
+        return;
+    }
+    streamCounts.clear();
+    lastCountLabelUpdateMs = 0;
+    statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
+    setRefreshing(true);
+    notificationLabel->hide();
+    const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
+    setStatusMessage(message.arg(client->baseUrl()));
+    fetchList();
+    client->fetchNodeInfo();
+}
+
+void MainWindow::fetchList()
+{
+    if (showsUnpinned())
+        client->fetchUnpinned();
+    else
+        client->fetchPins(values.typeFilter, u"base32"_s, true);
+}
+
+void MainWindow::setRefreshing(bool on)
+{
+    if (on && toolBar->refreshHasFocus())
+        pinTable->setFocus(); // a disabled button would hand the focus on to whatever is next to it
+    toolBar->setRefreshing(on);
+}
+
+void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
+{
+    if (count <= 0 || !toolBar->isRefreshing())
+        return;
+    int& highest = streamCounts[source];
+    highest = std::max(highest, count);
+    if (source == (showsUnpinned() ? "refs/local"_L1 : "pin/ls"_L1))
+        setStatusMessage(tr("Entries loaded: %1").arg(highest));
+}
+
+/// What the table gets of a listing, with what earlier refreshes brought.
+QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
+{
+    QList<PinEntry> list = pins;
+    if (values.typeFilter == PinType::recursiveAndDirect)
+        list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
+    if (wantsMetadata())
+        plan.fillIn(list);
+    return list;
+}
+
+void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
+{
+    setRefreshing(false);
+    const QList<PinEntry> list = listForTable(pins);
+    pinModel->setPins(list);
+    planMetadata(list);
+    proxyModel->setTypeFilter(values.typeFilter);
+    if (!showsUnpinned()) {
+        QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
+        if (list.size() > fittedRows)
+            setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pins.size()));
+    }
+    searchDebounceTimer->stop();
+    proxyModel->setFilterFixedString(toolBar->searchText());
+    updateCountLabels();
+
+    const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
+    const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
+    showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
+    onSelectionChanged();
+}
+
+/// Runs after the event loop has had a turn. Longer lists keep the widths they have.
+void MainWindow::fitColumns()
+{
+    if (!showsUnpinned() && pinModel->rowCount() <= fittedRows)
+        pinTable->fitColumns();
+}
+
+void MainWindow::onSearchTextChanged(const QString& /*text*/)
+{
+    searchDebounceTimer->start();
+}
+
+void MainWindow::onSearchDebounceTimeout()
+{
+    proxyModel->setFilterFixedString(toolBar->searchText());
+    updateCountLabels();
+}
+
+void MainWindow::onSearchModeChanged(PinFilterProxyModel::SearchMode mode)
+{
+    proxyModel->setSearchMode(mode);
+    onSearchDebounceTimeout();
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QStringList>
+#include <QTableView>
+
+class QMenu;
+
+/// The view of the pins: its columns, its selection and the menu of a row. What is chosen goes out as a signal.
+class PinTable : public QTableView
+{
+    Q_OBJECT
+
+public:
+    /// `pins` is a PinModel or a filter of one; it opens sorted by the number of refs.
+    explicit PinTable(QAbstractItemModel* pins, QWidget* parent = nullptr);
+
+    QString cidOf(const QModelIndex& index) const;
+    /// Whether the row is a recursive pin with a CID, so that there is something below it.
+    bool isRecursivePin(const QModelIndex& index) const;
+    bool hasSelection() const;
+    /// Empty if nothing is selected.
+    QString firstSelectedCid() const;
+    /// Those of the selected rows that have one, in the order of the selection.
+    QStringList selectedCids() const;
+    /// Puts the selected CIDs on the clipboard, a line each; returns how many, -1 if nothing is selected.
+    int copySelectedCids() const;
+
+    /// Runs the menu of the row at `pos`. A row outside a selection of several becomes the selection; there is no menu
+    /// on empty space. Rows that are not `pinned` have no entries for pins.
+    void showRowMenu(const QPoint& pos, bool pinned);
+    /// Fits all columns but the last to their content.
+    void fitColumns();
+    /// In pixels; a CID of version 1 fits in.
+    static int minimumCidColumnWidth();
+
+signals:
+    void indirectPinsRequested(QString rootCid);
+    void contentsRequested(QString rootCid, QString name);
+    // These are about the selection.
+    void unpinRequested();
+    void copyRequested();
+    void gatewayRequested();
+    void localGatewayRequested();
+
+private:
+    bool hasSeveralRowsSelected() const;
+    void setupColumns();
+    void openCurrentRow();
+    void fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned);
+};

@@ -1,0 +1,170 @@
+#include "Appearance.h"
+#include "ModalAnswer.h"
+#include "PeerLabel.h"
+#include "PinModel.h"
+#include "PinTable.h"
+#include "TestMain.h"
+#include "ToolWindows.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDialog>
+#include <QPalette>
+#include <QPointer>
+#include <QSignalSpy>
+
+using namespace Qt::StringLiterals;
+
+/// The parts of the main window that need neither it nor a node.
+class tst_WindowParts : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { failOnWarnings(); }
+
+    void rowMenus_data()
+    {
+        QTest::addColumn<bool>("pinned");
+        QTest::addColumn<QList<int>>("selected"); // rows: 0 and 1 recursive, 2 direct
+        QTest::addColumn<int>("under");           // the pointer; -1 for empty space
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<QStringList>("selectedThen");
+        const QStringList always {u"Copy CID"_s, u"(Open via IPNS...)"_s, u"Open from gateway"_s, u"Open from local"_s};
+        const QStringList pin = QStringList {u"(Publish to IPNS...)"_s, u"Unpin"_s, u"-"_s} + always;
+        const QStringList recursive = QStringList {u"Show indirect pins"_s, u"List files / Export…"_s, u"-"_s} + pin;
+        QTest::newRow("recursive") << true << QList<int>() << 0 << recursive << QStringList(u"r1"_s);
+        QTest::newRow("direct") << true << QList<int>({2}) << 2 << pin << QStringList(u"d"_s);
+        QTest::newRow("inside a selection of several")
+            << true << QList<int>({1, 2}) << 1 << QStringList(u"Unpin"_s) << QStringList({u"r2"_s, u"d"_s});
+        QTest::newRow("outside a selection of several")
+            << true << QList<int>({1, 2}) << 0 << recursive << QStringList(u"r1"_s);
+        QTest::newRow("not pinned, several selected")
+            << false << QList<int>({1, 2}) << 2 << always << QStringList(u"d"_s);
+        QTest::newRow("empty space") << true << QList<int>({2}) << -1 << QStringList() << QStringList(u"d"_s);
+    }
+    void rowMenus()
+    {
+        QFETCH(const bool, pinned);
+        QFETCH(const QList<int>, selected);
+        QFETCH(const int, under);
+        PinModel model;
+        model.setPins(pins());
+        PinTable table(&model);
+        table.show();
+        select(table, selected);
+        const MenuAnswer menu;
+        table.showRowMenu(placeOf(table, under), pinned);
+        QTEST(menu.entries, "entries");
+        QTEST(table.selectedCids(), "selectedThen");
+    }
+
+    void copyAndOpen()
+    {
+        PinModel model;
+        model.setPins(pins());
+        PinTable table(&model);
+        QGuiApplication::clipboard()->setText(u"before"_s);
+        QCOMPARE(table.copySelectedCids(), -1);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+        select(table, {2, 0});
+        QCOMPARE(table.copySelectedCids(), 2);
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"d\nr1"_s); // in the order of the selection
+        QCOMPARE(table.firstSelectedCid(), u"d"_s);
+
+        table.show();
+        table.clearSelection();
+        const QSignalSpy contents(&table, &PinTable::contentsRequested);
+        const MenuAnswer menu(u"List files / Export…"_s);
+        table.showRowMenu(placeOf(table, 0), true);
+        QCOMPARE(contents.size(), 1);
+        QCOMPARE(contents.constFirst(), QVariantList({u"r1"_s, u"<b>one"_s}));
+    }
+
+    void aLongPeerIsElidedAndKeptWhole()
+    {
+        PeerLabel label;
+        const QString id(5000, u'x');
+        label.showPeer(id, u"<b>kubo"_s);
+        label.resize(200, label.sizeHint().height());
+        QVERIFY(label.minimumSizeHint().width() < 200);
+        QVERIFY(label.toolTip().contains(id + u"  |  &lt;b&gt;kubo"_s));
+        const QSignalSpy copied(&label, &PeerLabel::copied);
+        QTest::mouseClick(&label, Qt::LeftButton);
+        QCOMPARE(copied.size(), 1);
+        QCOMPARE(QGuiApplication::clipboard()->text(), id);
+        const QImage elided = label.grab().toImage();
+        label.showPeer(id, u"<b>kuba"_s); // the end is in sight
+        QVERIFY(label.grab().toImage() != elided);
+    }
+
+    void toolTipsCanBeRead()
+    {
+        const QPalette tips = toolTipPalette();
+        const QColor ink = tips.color(QPalette::ToolTipText);
+        QVERIFY(ink.lightness() - tips.color(QPalette::ToolTipBase).lightness() > 150);
+        QCOMPARE(darkPalette().color(QPalette::ToolTipBase), QColor(Qt::white)); // the application's stays
+    }
+
+    void oneToolWindowOfEachKind()
+    {
+        QWidget owner;
+        owner.show();
+        ToolWindows tools(&owner);
+        const QSignalSpy messages(&tools, &ToolWindows::statusMessageRequested);
+        tools.show(ToolWindows::Gc, ToolWindows::AuxChildWindow); // there is none
+        QVERIFY(!tools.canShow(ToolWindows::Gc) && messages.isEmpty());
+        QPointer<QDialog> dialog;
+        tools.setFactory(ToolWindows::Gc, [&owner, &dialog] { return dialog = new QDialog(&owner); });
+        tools.show(ToolWindows::Gc, ToolWindows::AuxChildWindow);
+        QVERIFY(dialog && dialog->isVisible() && !dialog->isModal());
+        QCOMPARE(dialog->parentWidget(), &owner);
+        dialog->resize(700, 500);
+        const QPointer<QDialog> first = dialog;
+        dialog->showMinimized();
+        tools.show(ToolWindows::Gc, ToolWindows::AuxNewWindow); // moves over, and comes back up
+        QCOMPARE(dialog, first);
+        QVERIFY(!dialog->parentWidget() && dialog->isVisible() && !dialog->isMinimized());
+        QCOMPARE(dialog->windowFlags() & Qt::WindowType_Mask, Qt::Window);
+        QCOMPARE(dialog->size(), QSize(700, 500));
+        tools.closeFreeWindows();
+        QTRY_VERIFY(!first);
+        QCOMPARE(messages.size(), 3);
+        QCOMPARE(messages.at(0) + messages.at(1) + messages.at(2),
+                 QVariantList({u"Opened GC window"_s, u"Opened GC window"_s, u"GC window closed"_s}));
+    }
+
+    void freeWindowsGoWithTheirTools()
+    {
+        QWidget owner;
+        QPointer<QDialog> dialog;
+        {
+            ToolWindows tools(&owner);
+            tools.setFactory(ToolWindows::Swarm, [&owner, &dialog] { return dialog = new QDialog(&owner); });
+            tools.show(ToolWindows::Swarm, ToolWindows::AuxNewWindow);
+        }
+        QVERIFY(!dialog);
+    }
+
+private:
+    static QList<PinEntry> pins()
+    {
+        return {{.cid = u"r1"_s, .type = PinType::recursive, .name = u"<b>one"_s},
+                {.cid = u"r2"_s, .type = PinType::recursive},
+                {.cid = u"d"_s, .type = PinType::direct}};
+    }
+    static void select(const PinTable& table, const QList<int>& rows)
+    {
+        for (const int row : rows)
+            table.selectionModel()->select(table.model()->index(row, 0),
+                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    static QPoint placeOf(const PinTable& table, int row)
+    {
+        return row < 0 ? QPoint(20, table.viewport()->height() - 4)
+                       : table.visualRect(table.model()->index(row, 0)).center();
+    }
+};
+
+NORVO_TEST_MAIN(QApplication, tst_WindowParts)
+#include "tst_windowparts.moc"
