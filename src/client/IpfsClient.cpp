@@ -11,6 +11,9 @@ IpfsClient::IpfsClient(QObject* parent)
     : QObject(parent)
     , transport(new RpcTransport(this))
     , endpoint(RpcEndpoint::at(u"127.0.0.1"_s, 5001))
+    , dagStatRequests(24, [this](const QString& cid) { sendQueued(dagStatRequest(), cid); })
+    , kindRequests(24, [this](const QString& cid) { sendQueued(kindRequest(), cid); })
+    , refsRequests(8, [this](const QString& cid) { sendQueued(refsRequest(), cid); })
 {
     connect(transport, &RpcTransport::requestIssued, this, &IpfsClient::rpcRequestIssued);
 }
@@ -66,13 +69,10 @@ void IpfsClient::registerLoadReply(QNetworkReply* reply)
 
 void IpfsClient::cancelActiveLoading()
 {
-    ++pinsEpoch;
+    load.cancel();
     ++cancelCount;
-    resetUnpinnedState();
-    compositePins.clear();
-    compositePending = 0;
     for (MetadataQueue* queue : {&dagStatRequests, &kindRequests, &refsRequests})
-        *queue = {};
+        queue->clear();
     const QSet<QNetworkReply*> replies = activeLoadReplies; // an abort ends its reply before it returns
     for (QNetworkReply* reply : replies) {
         reply->setProperty(ReplyProperty::cancelledByClient, true);

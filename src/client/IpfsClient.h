@@ -4,7 +4,7 @@
 #include "JsonReply.h"
 #include "LsEntry.h"
 #include "MetadataQueue.h"
-#include "PinEntry.h"
+#include "PinLoad.h"
 #include "RpcTransport.h"
 
 #include <QList>
@@ -21,14 +21,19 @@ class UnpinBatch;
 
 /// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
 /// thread and reaches every listener, whoever asked. No call has a timeout and none is repeated.
+///
+/// One block for each family: its operations, its signals, its reply handlers, and what only they need.
 class IpfsClient : public QObject
 {
     Q_OBJECT
 
+    using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
+
+    // The node and its calls: IpfsClient.cpp. A failure is errorOccurred, after connectionStatusChanged(false) if ping.
 public:
     explicit IpfsClient(QObject* parent = nullptr);
 
-    /// Takes effect with the next request; requests in flight end against the old endpoint.
+    /// Takes effect with the next request; requests in flight end against the old endpoint, and so does an unpin.
     void setEndpoint(const QString& newHost, unsigned short newPort);
     QString endpointHost() const { return endpoint.host; }
     unsigned short endpointPort() const { return endpoint.port; }
@@ -47,91 +52,22 @@ public:
     /// "/id". Emits nodeInfoReceived, or errorOccurred; an answer that is no object is ignored.
     void fetchNodeInfo();
 
-    /// "/pin/ls" with `type` as the node names it; empty stands for "all", and "recursive+direct" asks for both side by
-    /// side and joins them by CID. Ends with pinsReceived, or with errorOccurred and connectionStatusChanged(false), in
-    /// a composite load possibly with both. Makes every older list stale.
-    void fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0);
-
-    /// The local blocks that no pin accounts for, by "/pin/ls" and "/refs/local" side by side. Ends with pinsReceived;
-    /// if the pin list fails with errorOccurred and connectionStatusChanged(false), if the refs fail with errorOccurred
-    /// and an empty pinsReceived. Makes every older list stale.
-    void fetchUnpinned();
-
-    /// Facts about one CID, each from a queue of its own with a limit of open replies: 8 for refs, 24 for the other
-    /// two. A CID that is queued or open already is not asked for again; its one answer reaches all who asked.
-    /// What a person waits for is asked for AtOnce: beside the queues, so that nothing is waited for, and no cancel
-    /// drops it.
-    enum Urgency { InTurn, AtOnce };
-    /// "/refs", recursive. Ends with refsReceived; on a failure errorOccurred comes before it and the list is empty.
-    void fetchRefs(const QString& cid, Urgency urgency = InTurn);
-    /// "/dag/stat". Ends with dagStatReceived; on a failure errorOccurred comes before it and the size is -1.
-    void fetchObjectStat(const QString& cid);
-    /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
-    void fetchKind(const QString& cid, Urgency urgency = InTurn);
-
-    /// Removes pins by one "/pin/rm", with `normalizeCids` after each CID was rewritten to version 0 by "/cid/format",
-    /// as far as it can be. Ends with unpinned or errorOccurred. Where the node has no pin under a rewritten CID, the
-    /// batch is gone through one CID at a time, and it can end with both, in this order. Unpins that overlap do not
-    /// meet, and no cancel touches one. Blank texts are left out; if no other is there, nothing happens.
-    void unpin(const QList<QString>& cids, bool normalizeCids);
-
-    /// "/ls". Ends with lsReceived; on a failure errorOccurred comes before it and the list is empty.
-    void fetchLs(const QString& cid);
-    /// "/cat". Ends with catReceived, or with catFailed alone, also if fewer bytes came than the node announced.
-    void fetchCat(const QString& cid);
-
 signals:
-    /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request.
+    /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request. A secret in it reads "…".
     void rpcRequestIssued(QString requestDescription);
-    void pinsReceived(QList<PinEntry> pins);
-    /// How many entries of a list have come so far; `source` is the path without its first slash.
-    void streamEntriesLoaded(QString source, int count);
-    void nodeInfoReceived(QString nodeId, QString agentVersion);
     void errorOccurred(QString message);
     /// The node's own words of a call to `path` that failed, before the call's own signals. Not of facts that are asked
     /// for in turn, whose failures are ordinary.
     void nodeSaid(QString path, QString words);
     /// Only from ping and from pin lists of the current load.
     void connectionStatusChanged(bool connected);
-    /// The CIDs below `rootCid` in the node's order, duplicates kept.
-    void refsReceived(QString rootCid, QStringList cids);
-    /// In bytes; -1 if it could not be had.
-    void dagStatReceived(QString cid, qint64 cumulativeSize);
-    /// "Directory", "File", "Symlink" or "Other".
-    void kindReceived(QString cid, QString kind);
-    /// The pins that are gone, as the node names them, else as they were asked for.
-    void unpinned(QStringList cids);
-    /// Before each call of an unpin that is gone through one CID at a time: how many of its `total` CIDs are done.
-    void unpinProgress(int done, int total);
-    /// A "/pin/rm" of more than one CID ended in an HTTP error, with no unpinned: pins before the one that failed may
-    /// be gone. Comes before errorOccurred.
-    void pinsMayHaveChanged();
-    void lsReceived(QString cid, QList<LsEntry> entries);
-    void catReceived(QString cid, QByteArray data);
-    void catFailed(QString cid, QString errorMessage);
+    void nodeInfoReceived(QString nodeId, QString agentVersion);
 
 private slots:
-    void onPinsReplyReadyRead(QNetworkReply* reply);
-    void onPinsReplyFinished(QNetworkReply* reply);
-    void onRefsLocalReplyReadyRead(QNetworkReply* reply);
-    void onRefsLocalReplyFinished(QNetworkReply* reply);
-    void onNodeInfoReplyFinished(QNetworkReply* reply);
     void onPingReplyFinished(QNetworkReply* reply);
-    void onRefsReplyFinished(QNetworkReply* reply);
-    void onObjectStatReplyFinished(QNetworkReply* reply);
-    void onFilesStatReplyFinished(QNetworkReply* reply);
-    void onKindLsReplyFinished(QNetworkReply* reply);
-    void onCidFormatReplyFinished(QNetworkReply* reply);
-    void onUnpinReplyFinished(QNetworkReply* reply);
-    void onPinsLeftReplyFinished(QNetworkReply* reply);
-    void onSingleUnpinReplyFinished(QNetworkReply* reply);
-    void onLsReplyFinished(QNetworkReply* reply);
-    void onCatReplyFinished(QNetworkReply* reply);
+    void onNodeInfoReplyFinished(QNetworkReply* reply);
 
 private:
-    using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
-    struct MetadataRequest;
-
     /// Posts and hands the finished reply to `handler`.
     QNetworkReply* callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler);
     QNetworkReply* callQuietly(const RpcEndpoint& node, const QString& path, const QUrlQuery& query,
@@ -159,26 +95,82 @@ private:
                 this, [body, parse] { return parse(body); }, deliver);
     }
 
-    struct PinsLoad;
+    // Pin lists: IpfsClient_pins.cpp. A failure is errorOccurred, then connectionStatusChanged(false).
+public:
+    /// "/pin/ls" with `type` as the node names it; an empty one means "all", and "recursive+direct" asks for both side
+    /// by side and joins them by CID. Ends with pinsReceived, or with a failure, in a composite load possibly with
+    /// both. Makes every older list stale.
+    void fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0);
+
+signals:
+    void pinsReceived(QList<PinEntry> pins);
+    /// How many entries of a list have come so far; `source` is the path without its first slash.
+    void streamEntriesLoaded(QString source, int count);
+
+private slots:
+    void onPinsReplyReadyRead(QNetworkReply* reply);
+    void onPinsReplyFinished(QNetworkReply* reply);
+
+private:
+    struct PinsReply;
     QNetworkReply* startPinsRequest(const QString& type, const QString& cidBase, bool upgradeCidV0,
                                     bool compositeBatch);
     bool isCurrent(const QNetworkReply* reply) const;
     void startPinsParse(QNetworkReply* reply);
-    void deliverPins(ParsedPins pins, const PinsLoad& load);
+    void deliverPins(ParsedPins pins, const PinsReply& context);
     void onPinsReplyFailed(const QNetworkReply* reply);
-    void deliverCompositeStream();
+    void deliverCompositeHalf(QList<PinEntry> entries);
 
-    void resetUnpinnedState();
+    // Unpinned blocks: IpfsClient_unpinned.cpp. A failure of the refs is errorOccurred, then an empty pinsReceived.
+public:
+    /// The local blocks that no pin accounts for, by "/pin/ls" and "/refs/local" side by side. Ends with pinsReceived,
+    /// or with a failure, of the pin list as that of fetchPins. Makes every older list stale.
+    void fetchUnpinned();
+
+private slots:
+    void onRefsLocalReplyReadyRead(QNetworkReply* reply);
+    void onRefsLocalReplyFinished(QNetworkReply* reply);
+
+private:
     int takeLocalRef(QByteArrayView line);
     void takeLocalRefsLater(QNetworkReply* reply);
     void countLocalRefs(QNetworkReply* reply, int lines);
     void onRefsLocalReplyFailed(const QNetworkReply* reply);
     void finishUnpinnedFetch();
 
+    // Facts about one CID: IpfsClient_metadata.cpp. A failure is errorOccurred, then the call's own signal.
+public:
+    /// Each fact has a queue of its own with a limit of open replies: 8 for refs, 24 for the other two. A CID that is
+    /// queued or open already is not asked for again; its one answer reaches all who asked. AtOnce bypasses the queue,
+    /// for calls a user waits for; cancelActiveLoading does not abort them.
+    enum Urgency { InTurn, AtOnce };
+    /// "/refs", recursive. Ends with refsReceived, empty on a failure.
+    void fetchRefs(const QString& cid, Urgency urgency = InTurn);
+    /// "/dag/stat". Ends with dagStatReceived, -1 on a failure.
+    void fetchObjectStat(const QString& cid);
+    /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
+    void fetchKind(const QString& cid, Urgency urgency = InTurn);
+
+signals:
+    /// The CIDs below `rootCid` in the node's order, duplicates kept.
+    void refsReceived(QString rootCid, QStringList cids);
+    /// In bytes; -1 if it could not be had.
+    void dagStatReceived(QString cid, qint64 cumulativeSize);
+    /// "Directory", "File", "Symlink" or "Other".
+    void kindReceived(QString cid, QString kind);
+
+private slots:
+    void onRefsReplyFinished(QNetworkReply* reply);
+    void onObjectStatReplyFinished(QNetworkReply* reply);
+    void onFilesStatReplyFinished(QNetworkReply* reply);
+    void onKindLsReplyFinished(QNetworkReply* reply);
+
+private:
+    struct MetadataRequest;
     static const MetadataRequest& refsRequest();
     static const MetadataRequest& dagStatRequest();
     static const MetadataRequest& kindRequest();
-    void pumpQueue(MetadataQueue& queue, const MetadataRequest& request);
+    void sendQueued(const MetadataRequest& request, const QString& cid);
     void sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
                              const QUrlQuery& query, ReplyHandler handler);
     void askAtOnce(const MetadataRequest& request, const QString& cid);
@@ -191,9 +183,31 @@ private:
     void finishDagStatRequest(const QString& cid);
     void finishKindRequest(const QString& cid);
     QString codecKindFromCid(const QString& cid) const;
-    static QUrlQuery listingQuery(const QString& cid);
-    void deliverListing(const QString& cid, const Listing& listing);
 
+    // Unpinning: IpfsClient_unpin.cpp. A failure is errorOccurred, possibly after unpinned or pinsMayHaveChanged.
+public:
+    /// Removes pins by one "/pin/rm", with `normalizeCids` after each CID was rewritten to version 0 by "/cid/format",
+    /// as far as it can be. Ends with unpinned or a failure. Where the node has no pin under a rewritten CID, what is
+    /// left of the batch is gone through one CID at a time, and it can end with both, in this order. Unpins that
+    /// overlap do not meet, and no cancel touches one. Blank texts are left out; if no other is there, nothing happens.
+    void unpin(const QList<QString>& cids, bool normalizeCids);
+
+signals:
+    /// The pins that are gone, as the node names them, else as they were asked for.
+    void unpinned(QStringList cids);
+    /// Before each call of an unpin that is gone through one CID at a time: how many of its `total` CIDs are done.
+    void unpinProgress(int done, int total);
+    /// A "/pin/rm" of more than one CID ended in an HTTP error, with no unpinned: pins before the one that failed may
+    /// be gone. Comes before errorOccurred.
+    void pinsMayHaveChanged();
+
+private slots:
+    void onCidFormatReplyFinished(QNetworkReply* reply);
+    void onUnpinReplyFinished(QNetworkReply* reply);
+    void onPinsLeftReplyFinished(QNetworkReply* reply);
+    void onSingleUnpinReplyFinished(QNetworkReply* reply);
+
+private:
     QNetworkReply* callForBatch(const std::shared_ptr<UnpinBatch>& batch, const QString& path, const QUrlQuery& query,
                                 ReplyHandler handler);
     void formatNextCid(const std::shared_ptr<UnpinBatch>& batch);
@@ -204,26 +218,39 @@ private:
     void finishUnpin(const UnpinBatch& batch);
     void shareRemovals(const QStringList& removed);
 
+    // Contents: IpfsClient_content.cpp. A failure of "/ls" is errorOccurred, then an empty lsReceived; of "/cat" it is
+    // catFailed alone.
+public:
+    /// "/ls". Ends with lsReceived.
+    void fetchLs(const QString& cid);
+    /// "/cat". Ends with catReceived, or with catFailed, also if fewer bytes came than the node announced.
+    void fetchCat(const QString& cid);
+
+signals:
+    void lsReceived(QString cid, QList<LsEntry> entries);
+    void catReceived(QString cid, QByteArray data);
+    void catFailed(QString cid, QString errorMessage);
+
+private slots:
+    void onLsReplyFinished(QNetworkReply* reply);
+    void onCatReplyFinished(QNetworkReply* reply);
+
+private:
+    static QUrlQuery listingQuery(const QString& cid);
+    void deliverListing(const QString& cid, const Listing& listing);
+
     RpcTransport* transport;
     RpcEndpoint endpoint;
 
-    quint64 pinsEpoch = 0;
+    PinLoad load;
     int cancelCount = 0; ///< a metadata list parsed across a cancel is stale
     QSet<QNetworkReply*> activeLoadReplies;
-    QList<PinEntry> compositePins;
-    int compositePending = 0;
-    QSet<QString> indirectCids {};               ///< pinned through a parent only, by the last list
-    QList<std::weak_ptr<UnpinBatch>> openUnpins; ///< those with rewritten CIDs
-
-    bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
-    bool unpinnedPinsDone = false;
-    bool unpinnedRefsDone = false;
-    QSet<QString> unpinnedPinnedCids {}; ///< all that the pin list accounts for
-    QSet<QString> unpinnedLocalRefs {};
-
     MetadataQueue dagStatRequests;
     MetadataQueue kindRequests;
     MetadataQueue refsRequests;
+
+    QSet<QString> indirectCids {};               ///< pinned through a parent only, by the last list
+    QList<std::weak_ptr<UnpinBatch>> openUnpins; ///< those with rewritten CIDs
 };
 
 /// Reads a finished plain JSON reply and deletes it later; `action` is in the infinitive form, as "get repo stat".

@@ -17,37 +17,17 @@ struct IpfsClient::MetadataRequest
     QUrlQuery (*query)(const QString& cid);
     const char* cidProperty = nullptr;
     ReplyHandler handler = nullptr;
-    int mostOpen = 0;               ///< replies at a time
     bool failureIsOrdinary = false; ///< another call is made then
 };
 
 namespace {
-
-bool enqueueUnique(MetadataQueue& queue, const QString& cid)
-{
-    if (cid.isEmpty())
-        return false;
-    const qsizetype before = queue.known.size();
-    queue.known.insert(cid);
-    if (queue.known.size() == before)
-        return false;
-    queue.queue.append(cid);
-    return true;
-}
-
-void release(MetadataQueue& queue, const QString& cid)
-{
-    queue.known.remove(cid);
-    if (queue.inFlight > 0) // the replies that a cancel aborts find it at 0 already
-        --queue.inFlight;
-}
 
 bool isCancelled(const QNetworkReply* reply)
 {
     return reply->property(ReplyProperty::cancelledByClient).toBool();
 }
 
-/// Whether the reply belongs to a queue, which then has to be told of its end.
+/// Whether the reply belongs to a queue, which then waits for its end.
 bool isQueued(const QNetworkReply* reply)
 {
     return !reply->property(ReplyProperty::outsideQueues).toBool();
@@ -68,8 +48,7 @@ const IpfsClient::MetadataRequest& IpfsClient::refsRequest()
                                                   return rpcQuery({{u"arg"_s, cid}, {u"recursive"_s, u"true"_s}});
                                               },
                                           .cidProperty = ReplyProperty::rootCid,
-                                          .handler = &IpfsClient::onRefsReplyFinished,
-                                          .mostOpen = 8};
+                                          .handler = &IpfsClient::onRefsReplyFinished};
     return request;
 }
 
@@ -81,8 +60,7 @@ const IpfsClient::MetadataRequest& IpfsClient::dagStatRequest()
                                                   return rpcQuery({{u"arg"_s, cid}, {u"progress"_s, u"false"_s}});
                                               },
                                           .cidProperty = ReplyProperty::cid,
-                                          .handler = &IpfsClient::onObjectStatReplyFinished,
-                                          .mostOpen = 24};
+                                          .handler = &IpfsClient::onObjectStatReplyFinished};
     return request;
 }
 
@@ -92,7 +70,6 @@ const IpfsClient::MetadataRequest& IpfsClient::kindRequest()
                                           .query = [](const QString& cid) { return argQuery(u"/ipfs/"_s + cid); },
                                           .cidProperty = ReplyProperty::cid,
                                           .handler = &IpfsClient::onFilesStatReplyFinished,
-                                          .mostOpen = 24,
                                           .failureIsOrdinary = true};
     return request;
 }
@@ -101,13 +78,13 @@ void IpfsClient::fetchRefs(const QString& cid, Urgency urgency)
 {
     if (urgency == AtOnce)
         askAtOnce(refsRequest(), cid);
-    else if (enqueueUnique(refsRequests, cid))
+    else if (refsRequests.enqueueUnique(cid))
         pumpRefsQueue();
 }
 
 void IpfsClient::fetchObjectStat(const QString& cid)
 {
-    if (enqueueUnique(dagStatRequests, cid))
+    if (dagStatRequests.enqueueUnique(cid))
         pumpDagStatQueue();
 }
 
@@ -115,7 +92,7 @@ void IpfsClient::fetchKind(const QString& cid, Urgency urgency)
 {
     if (urgency == AtOnce)
         askAtOnce(kindRequest(), cid);
-    else if (enqueueUnique(kindRequests, cid))
+    else if (kindRequests.enqueueUnique(cid))
         pumpKindQueue();
 }
 
@@ -137,26 +114,22 @@ void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& 
 
 void IpfsClient::pumpRefsQueue()
 {
-    pumpQueue(refsRequests, refsRequest());
+    refsRequests.pump();
 }
 
 void IpfsClient::pumpDagStatQueue()
 {
-    pumpQueue(dagStatRequests, dagStatRequest());
+    dagStatRequests.pump();
 }
 
 void IpfsClient::pumpKindQueue()
 {
-    pumpQueue(kindRequests, kindRequest());
+    kindRequests.pump();
 }
 
-void IpfsClient::pumpQueue(MetadataQueue& queue, const MetadataRequest& request)
+void IpfsClient::sendQueued(const MetadataRequest& request, const QString& cid)
 {
-    while (queue.inFlight < request.mostOpen && !queue.queue.isEmpty()) {
-        const QString cid = queue.queue.takeFirst();
-        ++queue.inFlight;
-        sendMetadataRequest(request, cid, request.path, request.query(cid), request.handler);
-    }
+    sendMetadataRequest(request, cid, request.path, request.query(cid), request.handler);
 }
 
 void IpfsClient::sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
@@ -169,19 +142,19 @@ void IpfsClient::sendMetadataRequest(const MetadataRequest& request, const QStri
 
 void IpfsClient::finishRefsRequest(const QString& cid)
 {
-    release(refsRequests, cid);
+    refsRequests.release(cid);
     pumpRefsQueue();
 }
 
 void IpfsClient::finishDagStatRequest(const QString& cid)
 {
-    release(dagStatRequests, cid);
+    dagStatRequests.release(cid);
     pumpDagStatQueue();
 }
 
 void IpfsClient::finishKindRequest(const QString& cid)
 {
-    release(kindRequests, cid);
+    kindRequests.release(cid);
     pumpKindQueue();
 }
 
@@ -269,7 +242,7 @@ void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
               });
 }
 
-/// A CID's prefix and codec tell nothing certain about what it holds, so they play no part in deciding a kind.
+/// A CID's prefix and codec say nothing certain about what it holds, so they play no part in deciding a kind.
 QString IpfsClient::codecKindFromCid(const QString& /*cid*/) const
 {
     return otherKind();

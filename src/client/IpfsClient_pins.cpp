@@ -1,6 +1,7 @@
 #include "IpfsClient.h"
 
 #include "Detached.h"
+#include "LineBuffer.h"
 #include "PinLists.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
@@ -14,7 +15,7 @@
 using namespace Qt::StringLiterals;
 
 /// What the way back from the parse has to know of its reply.
-struct IpfsClient::PinsLoad
+struct IpfsClient::PinsReply
 {
     QString tag {};
     int count = 0; ///< lines streamed
@@ -25,8 +26,8 @@ struct IpfsClient::PinsLoad
 
 namespace {
 
-/// Moves what the reply holds behind `body`, with no copy between, and returns it. A node next door hands over tens of
-/// megabytes at once.
+/// Moves what the reply holds to the end of `body`, with no copy between, and returns it. A node next door hands over
+/// tens of megabytes at once.
 QByteArrayView takeAvailable(QNetworkReply* reply, QByteArray& body)
 {
     const qsizetype start = body.size();
@@ -39,32 +40,12 @@ QByteArrayView takeAvailable(QNetworkReply* reply, QByteArray& body)
     return QByteArrayView(body).sliced(start);
 }
 
-/// Appends `chunk` to the open line in `buffer`, counts the lines that it completes, empty ones left out, and leaves
-/// the new open line. Costs the chunk, whatever `buffer` holds.
-int takeLines(QByteArray& buffer, QByteArrayView chunk)
-{
-    int count = 0;
-    qsizetype start = 0;
-    for (qsizetype feed = chunk.indexOf('\n'); feed >= 0; feed = chunk.indexOf('\n', start)) {
-        const QByteArrayView line = chunk.sliced(start, feed - start);
-        const bool blank = line.trimmed().isEmpty() && (start > 0 || QByteArrayView(buffer).trimmed().isEmpty());
-        count += blank ? 0 : 1;
-        start = feed + 1;
-    }
-    if (start > 0)
-        buffer.clear();
-    buffer.append(chunk.sliced(start));
-    return count;
-}
-
 } // namespace
 
 void IpfsClient::fetchPins(const QString& type, const QString& cidBase, bool upgradeCidV0)
 {
-    ++pinsEpoch;
-    compositePins.clear();
     const bool composite = type == PinType::recursiveAndDirect;
-    compositePending = composite ? 2 : 0;
+    load.beginPins(composite);
     if (composite) {
         startPinsRequest(PinType::recursive, cidBase, upgradeCidV0, true);
         startPinsRequest(PinType::direct, cidBase, upgradeCidV0, true);
@@ -90,19 +71,19 @@ QNetworkReply* IpfsClient::startPinsRequest(const QString& type, const QString& 
     reply->setProperty(ReplyProperty::rawData, QByteArray());
     reply->setProperty(ReplyProperty::pinsCompositeBatch, compositeBatch);
     reply->setProperty(ReplyProperty::forUnpinned, false);
-    reply->setProperty(ReplyProperty::pinsEpoch, pinsEpoch);
+    reply->setProperty(ReplyProperty::pinsEpoch, load.pinsEpoch);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onPinsReplyReadyRead(reply); });
     return reply;
 }
 
 bool IpfsClient::isCurrent(const QNetworkReply* reply) const
 {
-    return reply->property(ReplyProperty::pinsEpoch).toULongLong() == pinsEpoch;
+    return reply->property(ReplyProperty::pinsEpoch).toULongLong() == load.pinsEpoch;
 }
 
 void IpfsClient::onPinsReplyReadyRead(QNetworkReply* reply)
 {
-    if (!reply || !reply->isOpen()) // an aborted reply is closed when it tells of its end
+    if (!reply || !reply->isOpen()) // an aborted reply is closed when it reports its end
         return;
     if (!isCurrent(reply)) {
         reply->readAll();
@@ -110,10 +91,11 @@ void IpfsClient::onPinsReplyReadyRead(QNetworkReply* reply)
     }
     QByteArray body = takeBytes(reply, ReplyProperty::rawData);
     const QByteArrayView chunk = takeAvailable(reply, body);
-    QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
-    const int lines = takeLines(buffer, chunk);
+    LineBuffer buffer(takeBytes(reply, ReplyProperty::streamBuffer));
+    int lines = 0;
+    buffer.take(chunk, [&lines](QByteArrayView line) { lines += line.trimmed().isEmpty() ? 0 : 1; });
     reply->setProperty(ReplyProperty::rawData, body);
-    reply->setProperty(ReplyProperty::streamBuffer, buffer);
+    reply->setProperty(ReplyProperty::streamBuffer, buffer.openLine());
     if (lines == 0)
         return;
     const int count = reply->property(ReplyProperty::streamCount).toInt() + lines;
@@ -140,57 +122,53 @@ void IpfsClient::onPinsReplyFinished(QNetworkReply* reply)
 void IpfsClient::startPinsParse(QNetworkReply* reply)
 {
     QByteArray body = takeBytes(reply, ReplyProperty::rawData);
-    body.append(reply->readAll()); // nothing, unless a reply told of fewer bytes than it held
-    const PinsLoad load {.tag = reply->property(ReplyProperty::streamTag).toString(),
-                         .count = reply->property(ReplyProperty::streamCount).toInt(),
-                         .composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool(),
-                         .forUnpinned = reply->property(ReplyProperty::forUnpinned).toBool(),
-                         .epoch = pinsEpoch};
+    body.append(reply->readAll()); // nothing, unless a reply reported fewer bytes than it held
+    const PinsReply context {.tag = reply->property(ReplyProperty::streamTag).toString(),
+                             .count = reply->property(ReplyProperty::streamCount).toInt(),
+                             .composite = reply->property(ReplyProperty::pinsCompositeBatch).toBool(),
+                             .forUnpinned = reply->property(ReplyProperty::forUnpinned).toBool(),
+                             .epoch = load.pinsEpoch};
     runDetached(
         this,
-        [body, load] {
+        [body, context] {
             ParsedPins pins {.list = parsePinList(body)};
             QList<PinEntry>& entries = pins.list.entries;
-            if (load.composite)
+            if (context.composite)
                 sortPinsByCid(entries);
-            if (load.forUnpinned)
+            if (context.forUnpinned)
                 pins.accountedFor = textsAccountedFor(std::exchange(entries, {}));
             pins.indirectCids = indirectCidsOf(entries);
             return pins;
         },
-        [this, load](ParsedPins pins) { deliverPins(std::move(pins), load); });
+        [this, context](ParsedPins pins) { deliverPins(std::move(pins), context); });
 }
 
-void IpfsClient::deliverPins(ParsedPins pins, const PinsLoad& load)
+void IpfsClient::deliverPins(ParsedPins pins, const PinsReply& context)
 {
-    if (load.epoch != pinsEpoch)
+    if (context.epoch != load.pinsEpoch)
         return;
-    const int streamed = load.count + (pins.list.hasOpenLine ? 1 : 0);
+    const int streamed = context.count + (pins.list.hasOpenLine ? 1 : 0);
     if (const int total = streamed != 0 ? streamed : pins.list.keyCount; total > 0) {
-        emit streamEntriesLoaded(load.tag, total);
-        if (load.epoch != pinsEpoch) // a listener has begun another load
+        emit streamEntriesLoaded(context.tag, total);
+        if (context.epoch != load.pinsEpoch) // a listener has begun another load
             return;
     }
     indirectCids = std::move(pins.indirectCids);
-    if (load.forUnpinned) {
-        unpinnedPinnedCids = std::move(pins.accountedFor);
-        unpinnedPinsDone = true;
+    if (context.forUnpinned) {
+        load.takePinnedCids(std::move(pins.accountedFor));
         finishUnpinnedFetch();
-    } else if (load.composite) {
-        compositePins = mergePinsByCid(std::move(compositePins), std::move(pins.list.entries));
-        deliverCompositeStream();
+    } else if (context.composite) {
+        deliverCompositeHalf(std::move(pins.list.entries));
     } else {
         emit pinsReceived(pins.list.entries);
     }
 }
 
 /// One of the two streams has delivered or failed; the last one hands out what both gave.
-void IpfsClient::deliverCompositeStream()
+void IpfsClient::deliverCompositeHalf(QList<PinEntry> entries)
 {
-    if (compositePending > 0)
-        --compositePending;
-    if (compositePending == 0)
-        emit pinsReceived(std::exchange(compositePins, {}));
+    if (const auto pins = load.takeCompositeHalf(std::move(entries)))
+        emit pinsReceived(*pins);
 }
 
 void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)
@@ -198,8 +176,8 @@ void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)
     if (reply->property(ReplyProperty::cancelledByClient).toBool() || !isCurrent(reply))
         return;
     if (reply->property(ReplyProperty::pinsCompositeBatch).toBool())
-        deliverCompositeStream();
-    if (unpinnedFetchActive)
-        resetUnpinnedState();
+        deliverCompositeHalf({});
+    if (load.isUnpinnedActive())
+        load.resetUnpinnedState();
     reportFailure(tr("Network error: %1").arg(reply->errorString()), &IpfsClient::connectionStatusChanged, false);
 }

@@ -1,5 +1,6 @@
 #include "IpfsClient.h"
 
+#include "LineBuffer.h"
 #include "RefsParser.h"
 #include "ReplyProperties.h"
 
@@ -12,17 +13,11 @@ namespace {
 /// Bytes taken in one turn of the event loop: some 5,000 lines. A node next door hands over far more at once.
 constexpr qint64 pieceSize = 512 * 1024;
 
-/// A set of half a million that has to grow holds everything up for a tenth of a second. Room for this many costs 5 MB.
-constexpr qsizetype expectedRefs = 2'000'000;
-
 } // namespace
 
 void IpfsClient::fetchUnpinned()
 {
-    ++pinsEpoch;
-    resetUnpinnedState();
-    unpinnedFetchActive = true;
-    unpinnedLocalRefs.reserve(expectedRefs);
+    load.beginUnpinned();
     startPinsRequest(PinType::all, u"base32"_s, true, false)->setProperty(ReplyProperty::forUnpinned, true);
 
     QNetworkReply* reply = call(u"/refs/local"_s, {}, &IpfsClient::onRefsLocalReplyFinished);
@@ -30,26 +25,17 @@ void IpfsClient::fetchUnpinned()
     reply->setProperty(ReplyProperty::streamTag, u"refs/local"_s);
     reply->setProperty(ReplyProperty::streamCount, 0);
     reply->setProperty(ReplyProperty::streamBuffer, QByteArray());
-    reply->setProperty(ReplyProperty::pinsEpoch, pinsEpoch);
+    reply->setProperty(ReplyProperty::pinsEpoch, load.pinsEpoch);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onRefsLocalReplyReadyRead(reply); });
 }
 
-void IpfsClient::resetUnpinnedState()
-{
-    unpinnedFetchActive = false;
-    unpinnedPinsDone = false;
-    unpinnedRefsDone = false;
-    unpinnedPinnedCids.clear();
-    unpinnedLocalRefs.clear();
-}
-
-/// Adds the CID of one line; tells how many lines named one.
+/// Adds the CID of one line; returns how many lines named one.
 int IpfsClient::takeLocalRef(QByteArrayView line)
 {
     const QString cid = refFromLine(line);
     if (cid.isEmpty())
         return 0;
-    unpinnedLocalRefs.insert(cid);
+    load.addLocalRef(cid);
     return 1;
 }
 
@@ -61,17 +47,10 @@ void IpfsClient::onRefsLocalReplyReadyRead(QNetworkReply* reply)
         reply->readAll();
         return;
     }
-    QByteArray buffer = takeBytes(reply, ReplyProperty::streamBuffer);
-    qsizetype searched = buffer.size(); // what was kept holds no line feed
-    buffer.append(reply->read(pieceSize));
-    qsizetype start = 0;
+    LineBuffer buffer(takeBytes(reply, ReplyProperty::streamBuffer));
     int lines = 0;
-    for (qsizetype feed = buffer.indexOf('\n', searched); feed >= 0; feed = buffer.indexOf('\n', searched)) {
-        lines += takeLocalRef(QByteArrayView(buffer).sliced(start, feed - start));
-        start = searched = feed + 1;
-    }
-    buffer.remove(0, start);
-    reply->setProperty(ReplyProperty::streamBuffer, buffer);
+    buffer.take(reply->read(pieceSize), [&](QByteArrayView line) { lines += takeLocalRef(line); });
+    reply->setProperty(ReplyProperty::streamBuffer, buffer.openLine());
     takeLocalRefsLater(reply);
     countLocalRefs(reply, lines);
 }
@@ -122,15 +101,15 @@ void IpfsClient::onRefsLocalReplyFinished(QNetworkReply* reply)
     countLocalRefs(reply, takeLocalRef(takeBytes(reply, ReplyProperty::streamBuffer)));
     if (!isCurrent(reply))
         return;
-    unpinnedRefsDone = true;
+    load.endLocalRefs();
     finishUnpinnedFetch();
 }
 
 void IpfsClient::onRefsLocalReplyFailed(const QNetworkReply* reply)
 {
-    if (reply->property(ReplyProperty::cancelledByClient).toBool() || !unpinnedFetchActive)
+    if (reply->property(ReplyProperty::cancelledByClient).toBool() || !load.isUnpinnedActive())
         return;
-    resetUnpinnedState();
+    load.resetUnpinnedState();
     reportFailure(tr("Network error (refs/local): %1").arg(reply->errorString()), &IpfsClient::pinsReceived,
                   QList<PinEntry>());
 }
@@ -138,13 +117,6 @@ void IpfsClient::onRefsLocalReplyFailed(const QNetworkReply* reply)
 /// Whichever half ends last does the work.
 void IpfsClient::finishUnpinnedFetch()
 {
-    if (!unpinnedFetchActive || !unpinnedPinsDone || !unpinnedRefsDone)
-        return;
-    QList<PinEntry> unpinned;
-    for (const QString& cid : std::as_const(unpinnedLocalRefs)) {
-        if (!unpinnedPinnedCids.contains(cid))
-            unpinned.append({.cid = cid});
-    }
-    resetUnpinnedState(); // before the signal, whose listener may fetch again
-    emit pinsReceived(unpinned);
+    if (const auto unpinned = load.takeUnpinned()) // at rest before the signal, whose listener may fetch again
+        emit pinsReceived(*unpinned);
 }

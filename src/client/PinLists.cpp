@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Where an entry belongs by CID: the next 16 characters behind what all CIDs have in common, then its row.
+/// Where an entry belongs by CID: the next 16 characters after what all CIDs have in common, then its row.
 struct SortKey
 {
     std::array<quint64, 2> head {};

@@ -10,7 +10,7 @@ namespace ReplyProperty {
 
 inline constexpr const char* streamTag = "streamTag";       ///< QString, the source named to streamEntriesLoaded
 inline constexpr const char* streamCount = "streamCount";   ///< int, lines counted so far
-inline constexpr const char* streamBuffer = "streamBuffer"; ///< QByteArray, what stands behind the last line feed
+inline constexpr const char* streamBuffer = "streamBuffer"; ///< QByteArray, what came after the last line feed
 inline constexpr const char* rawData = "rawData";           ///< QByteArray, the whole body so far
 inline constexpr const char* pinsCompositeBatch = "pinsCompositeBatch"; ///< bool, one of the two of a composite load
 inline constexpr const char* forUnpinned = "forUnpinned";             ///< bool, the pin list half of an unpinned fetch

@@ -43,8 +43,8 @@ JsonReply judgeJsonReply(const QByteArray& body, const QString& action)
 
 JsonReply failedJsonReply(const QByteArray& body, const QString& errorString, const QString& action)
 {
-    const QString told = QString::fromUtf8(body).trimmed();
-    return {.body = body, .errorMessage = failedTo(action, told.isEmpty() ? errorString : told)};
+    const QString words = QString::fromUtf8(body).trimmed();
+    return {.body = body, .errorMessage = failedTo(action, words.isEmpty() ? errorString : words)};
 }
 
 QString rpcErrorMessage(const QByteArray& body)

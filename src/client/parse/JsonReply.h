@@ -17,7 +17,7 @@ struct JsonReply
 /// An object with a text under "Error" or "Message" is a failure, even on a good HTTP status.
 JsonReply judgeJsonReply(const QByteArray& body, const QString& action);
 
-/// The answer of a reply that failed: tells the trimmed body, or `errorString` where there is none.
+/// The answer of a reply that failed: its text is the trimmed body, or `errorString` where there is none.
 JsonReply failedJsonReply(const QByteArray& body, const QString& errorString, const QString& action);
 
 /// The node's own words of a call that failed, the "Message" of its JSON error; empty if there are none.

@@ -5,11 +5,11 @@
 #include <QByteArray>
 #include <QList>
 
-/// The size in bytes that "/dag/stat" tells: -1 if the body is no object or tells none, 0 if what it tells is no
+/// The size in bytes that "/dag/stat" gives: -1 if the body is no object or has none, 0 if what it gives is no
 /// number.
 qint64 parseDagSize(const QByteArray& body);
 
-/// "Directory", "File" or "Symlink" from "/files/stat"; empty if the body tells none of them.
+/// "Directory", "File" or "Symlink" from "/files/stat"; empty if the body names none of them.
 QString parseFileKind(const QByteArray& body);
 
 /// The kind that a listing points to: "File" if all names are numbers, "Other" without entries, else "Directory".

@@ -23,7 +23,7 @@ template <typename Visit> void forEachLine(QByteArrayView body, Visit visit)
 
 namespace NdJson {
 
-/// Takes `word` off the front of `line`, if it stands there.
+/// Takes `word` off the front of `line`, if it begins so.
 bool take(QByteArrayView& line, QByteArrayView word);
 /// Takes a JSON string of printable ASCII without escapes off the front of `line`.
 std::optional<QLatin1StringView> takePlainString(QByteArrayView& line);
@@ -32,7 +32,7 @@ std::optional<QLatin1StringView> takePlainString(QByteArrayView& line);
 
 /// Reads a line as a node writes it, `{"key":"text",…}` with no blanks, many times as fast as by way of a JSON
 /// document: calls `member(key, value)` for each member, which answers whether to go on. False if the line is anything
-/// but plain ASCII texts without escapes, or `member` stopped it; what it was told then means nothing, and the line is
+/// but plain ASCII texts without escapes, or `member` stopped it; what it was given then means nothing, and the line is
 /// the JSON parser's to judge.
 template <typename Member> bool readPlainLine(QByteArrayView line, Member member)
 {

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "PinEntry.h"
+
+#include <QList>
+#include <QSet>
+#include <QString>
+
+#include <optional>
+
+/// What the client keeps of the load under way: its epoch, and what the halves of a load of two replies have brought.
+class PinLoad
+{
+public:
+    /// Grows with each load and each cancel. A reply that carries another one is stale.
+    quint64 pinsEpoch = 0;
+
+    void beginPins(bool composite);
+    void beginUnpinned();
+    void cancel();
+
+    /// One half of a composite load has brought `entries`, sorted by CID, or none if it failed. All of them, once both
+    /// halves are in.
+    std::optional<QList<PinEntry>> takeCompositeHalf(QList<PinEntry> entries);
+
+    bool isUnpinnedActive() const { return unpinnedFetchActive; }
+    void addLocalRef(const QString& cid) { unpinnedLocalRefs.insert(cid); }
+    void endLocalRefs() { unpinnedRefsDone = true; }
+    void takePinnedCids(QSet<QString> cids);
+    /// The local refs that no pin accounts for, once both halves are in; the state is at rest then.
+    std::optional<QList<PinEntry>> takeUnpinned();
+    void resetUnpinnedState();
+
+private:
+    QList<PinEntry> compositePins;
+    int compositePending = 0; ///< halves still to come
+
+    bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
+    bool unpinnedPinsDone = false;
+    bool unpinnedRefsDone = false;
+    QSet<QString> unpinnedPinnedCids; ///< all that the pin list accounts for
+    QSet<QString> unpinnedLocalRefs;
+};
