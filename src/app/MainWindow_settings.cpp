@@ -25,7 +25,7 @@ constexpr auto loadMetadataKey = "loadMetadata"_L1;
 constexpr auto refreshIntervalKey = "refreshInterval"_L1;
 constexpr auto geometryKey = "geometry"_L1;
 /// Seconds; a timer counts its milliseconds in an int.
-constexpr int longestInterval = std::numeric_limits<int>::max() / 1000;
+constexpr int longestTimerInterval = std::numeric_limits<int>::max() / 1000;
 
 } // namespace
 
@@ -63,7 +63,7 @@ void MainWindow::loadSettings()
 void MainWindow::startAutoRefresh()
 {
     if (autoRefresh && refreshIntervalSeconds > 0) // a store may hold anything, and no pause at all is no interval
-        autoRefreshTimer->start(std::min(refreshIntervalSeconds, longestInterval) * 1000);
+        autoRefreshTimer->start(std::min(refreshIntervalSeconds, longestTimerInterval) * 1000);
 }
 
 void MainWindow::saveSettings()
