@@ -15,6 +15,9 @@ if(NOT MSVC)
         target_compile_definitions(norvo_options INTERFACE NORVO_SANITIZED)
         target_link_options(norvo_options INTERFACE -fsanitize=${NORVO_SANITIZE})
     endif()
+    if(NORVO_FUZZ) # libFuzzer is led by what it sees of the libraries
+        target_compile_options(norvo_options INTERFACE -fsanitize=fuzzer-no-link)
+    endif()
 endif()
 
 find_package(Threads REQUIRED)

@@ -24,8 +24,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 8;
-constexpr int rowHeight = 24;
+constexpr int listMargin = 8;
+constexpr int listRowHeight = 24;
 
 } // namespace
 
@@ -56,7 +56,7 @@ void IndirectPinsDialog::setupUi()
     countLabel->setObjectName("countLabel"_L1);
     setupTable();
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(margin, margin, margin, margin);
+    column->setContentsMargins(listMargin, listMargin, listMargin, listMargin);
     column->addWidget(newCidHeading(tr("CIDs referenced under recursive pin: <b>%1</b>"), rootCid, this));
     column->addWidget(countLabel);
     column->addWidget(table, 1);
@@ -70,7 +70,7 @@ void IndirectPinsDialog::setupTable()
     table->setEditTriggers(QAbstractItemView::NoEditTriggers); // a string list can be edited
     table->setTextElideMode(Qt::ElideMiddle);                  // CIDs differ at their ends
     table->horizontalHeader()->hide();                         // it would call the one column "1"
-    table->verticalHeader()->setDefaultSectionSize(rowHeight);
+    table->verticalHeader()->setDefaultSectionSize(listRowHeight);
     connect(table, &QTableView::customContextMenuRequested, this, &IndirectPinsDialog::onCustomContextMenuRequested);
     // The view's own copying takes the current row alone, and a placeholder as well.
     const auto* copy = new QShortcut(QKeySequence::Copy, table, nullptr, nullptr, Qt::WidgetShortcut);
@@ -104,7 +104,7 @@ void IndirectPinsDialog::onErrorOccurred(const QString& message)
 void IndirectPinsDialog::showRows(const QStringList& texts)
 {
     model->setStringList(texts);
-    table->setRowHeight(0, rowHeight); // an error before may have made it higher
+    table->setRowHeight(0, listRowHeight); // an error before may have made it higher
 }
 
 /// "Loading…" passes: until the answer has come, that row is treated like a CID, and this is meant so.

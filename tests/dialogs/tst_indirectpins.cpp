@@ -148,6 +148,9 @@ private:
     {
         opened.clear();
         QGuiApplication::clipboard()->setText(u"before"_s);
+        dialog->activateWindow(); // no window manager gives back the focus that a menu took
+        table()->setFocus();
+        QTRY_VERIFY(dialog->isActiveWindow() && table()->hasFocus());
         QTest::keySequence(table(), QKeySequence::Copy);
         for (const char* slot : {"onOpenInGateway", "onOpenFromLocal"})
             QVERIFY(QMetaObject::invokeMethod(dialog.get(), slot));
