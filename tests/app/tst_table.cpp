@@ -122,6 +122,7 @@ private slots:
     {
         node->answer("/cid/format", NodeAnswer::error("no"));
         node->answer("/pin/rm", NodeAnswer::error("pin is locked"));
+        setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
         open(*node);
         QVERIFY(waitForRows(3));
         node->clearRequests();
