@@ -130,7 +130,7 @@ private slots:
         QTRY_COMPARE(rows(), 1);
         trigger(u"Unpin all listed CIDs"_s); // what the search hides is listed as well
         QTRY_VERIFY(status().startsWith(u"Error: Unpin failed: "_s));
-        QCOMPARE(node->requests("/pin/rm").constFirst().values(u"arg"_s), QStringList({u"r1"_s, u"r2"_s, u"d"_s}));
+        QCOMPARE(node->requests("/pin/rm").constFirst().values(u"arg"_s), QStringList({u"d"_s, u"r1"_s, u"r2"_s}));
         QVERIFY(window->statusLog().filter(u"Unpinned"_s).isEmpty());
         QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
         QTRY_COMPARE_WITH_TIMEOUT(status(), u"Ready"_s, 20'000);
