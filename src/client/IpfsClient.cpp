@@ -58,6 +58,17 @@ void IpfsClient::registerLoadReply(QNetworkReply* reply)
     connect(reply, &QObject::destroyed, this, [this, reply] { activeLoadReplies.remove(reply); });
 }
 
+/// Nothing is emitted for a reply that its owner's end aborts.
+void IpfsClient::endWith(QObject* owner, QNetworkReply* reply)
+{
+    if (!owner)
+        return;
+    connect(owner, &QObject::destroyed, reply, [reply] {
+        reply->setProperty(ReplyProperty::cancelledByClient, true);
+        reply->abort();
+    });
+}
+
 void IpfsClient::cancelActiveLoading()
 {
     ++pinsEpoch;

@@ -63,7 +63,8 @@ public:
     /// drops it.
     enum Urgency { InTurn, AtOnce };
     /// "/refs", recursive. Ends with refsReceived; on a failure errorOccurred comes before it and the list is empty.
-    void fetchRefs(const QString& cid, Urgency urgency = InTurn);
+    /// A call AtOnce is aborted in silence when its `owner` is destroyed.
+    void fetchRefs(const QString& cid, Urgency urgency = InTurn, QObject* owner = nullptr);
     /// "/dag/stat". Ends with dagStatReceived; on a failure errorOccurred comes before it and the size is -1.
     void fetchObjectStat(const QString& cid);
     /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
@@ -75,10 +76,12 @@ public:
     /// meet, and no cancel touches one. Blank texts are left out; if no other is there, nothing happens.
     void unpin(const QList<QString>& cids, bool normalizeCids);
 
-    /// "/ls". Ends with lsReceived; on a failure errorOccurred comes before it and the list is empty.
-    void fetchLs(const QString& cid);
+    /// "/ls". Ends with lsReceived; on a failure errorOccurred comes before it and the list is empty. Aborted in
+    /// silence when `owner` is destroyed.
+    void fetchLs(const QString& cid, QObject* owner = nullptr);
     /// "/cat". Ends with catReceived, or with catFailed alone, also if fewer bytes came than the node announced.
-    void fetchCat(const QString& cid);
+    /// Aborted in silence when `owner` is destroyed.
+    void fetchCat(const QString& cid, QObject* owner = nullptr);
 
 signals:
     /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request.
@@ -139,6 +142,7 @@ private:
         emit(this->*ownSignal)(std::forward<Values>(values)...);
     }
     void registerLoadReply(QNetworkReply* reply);
+    static void endWith(QObject* owner, QNetworkReply* reply);
     /// Hands what `parse` makes of a body to `deliver`: at once for a short body, by way of a thread for a long one.
     template <typename Parse, typename Deliver>
     void parseList(const QByteArray& body, const Parse& parse, const Deliver& deliver)
@@ -173,7 +177,7 @@ private:
     void pumpQueue(MetadataQueue& queue, const MetadataRequest& request);
     void sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
                              const QUrlQuery& query, ReplyHandler handler);
-    void askAtOnce(const MetadataRequest& request, const QString& cid);
+    void askAtOnce(const MetadataRequest& request, const QString& cid, QObject* owner = nullptr);
     static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid);
     void askListingForKind(const QString& cid, bool queued);
     void pumpRefsQueue();

@@ -22,7 +22,7 @@ constexpr QStringView deviceNumbers = u"123456789¹²³";
 struct Signature
 {
     QByteArrayView prefix;
-    QByteArrayView form; ///< what stands behind a container's name and length
+    QByteArrayView form; ///< what follows a container's name and length
     QLatin1StringView suffix;
 };
 

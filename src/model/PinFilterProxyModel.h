@@ -2,7 +2,8 @@
 
 #include <QSortFilterProxyModel>
 
-/// Narrows the pin table by pin type and search text. Sorting is the stock one: by the shown values.
+/// Narrows the pin table by pin type and search text. Sorts by the shown values in stock order, save that an unknown
+/// number of refs comes after the known ones.
 class PinFilterProxyModel : public QSortFilterProxyModel
 {
     Q_OBJECT

@@ -61,12 +61,21 @@ private slots:
             QByteArray body;
             for (const QString& cid : cids)
                 body += "{\"Ref\":\"" + cid.toUtf8() + "\",\"Err\":\"\"}\n";
+            emit client->errorOccurred(u"DAG stat failed for %1: no"_s.arg(root)); // says nothing about the refs
             node->release("/refs", NodeAnswer::json(body));
             QTRY_COMPARE(countLabel()->text(), count);
             QCOMPARE(rows(), cids.isEmpty() ? QStringList {u"(no refs)"_s} : cids);
             QCOMPARE(dialog->windowTitle(), u"Indirect pins under %1 (%2)"_s.arg(titleCid, count));
             QVERIFY(table()->hasFocus());
         }
+    }
+
+    void closingEndsTheCall()
+    {
+        open(u"r"_s);
+        QTRY_COMPARE(node->heldCount("/refs"), 1);
+        dialog.reset();
+        QTRY_COMPARE(node->openNow(), 0);
     }
 
     void anyErrorTakesTheRows()
@@ -95,7 +104,7 @@ private slots:
         }
     }
 
-    /// The client tells of the error, and then of an empty list.
+    /// The client reports the error, and then an empty list.
     void aFailedCallIsNoListWithoutRefs()
     {
         node->answer("/refs", NodeAnswer::error("no such block"));
@@ -168,7 +177,7 @@ private:
     {
         QTest::mouseClick(table()->viewport(), Qt::LeftButton, modifiers, pointIn(row));
     }
-    /// Asks for the menu at a row and takes an entry; tells whether there was a menu.
+    /// Asks for the menu at a row and takes an entry; returns whether there was a menu.
     bool chooseFromMenu(int row, const QString& entry)
     {
         const MenuAnswer menu(entry);
