@@ -1,5 +1,6 @@
 #include "Appearance.h"
 #include "ModalAnswer.h"
+#include "NoticeArea.h"
 #include "PeerLabel.h"
 #include "PinModel.h"
 #include "PinTable.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QLabel>
 #include <QPalette>
 #include <QPointer>
 #include <QSignalSpy>
@@ -96,6 +98,27 @@ private slots:
         const QImage elided = label.grab().toImage();
         label.showPeer(id, u"<b>kuba"_s); // the end is in sight
         QVERIFY(label.grab().toImage() != elided);
+    }
+
+    void theNodesWordsGoWithTheirNotification()
+    {
+        NoticeArea area;
+        const auto* words = area.findChild<QLabel*>(u"nodeWordsLabel"_s);
+        QVERIFY(area.showNodeWords(QString(5000, u'x')).endsWith(QString(299, u'x') + u'…'));
+        QCOMPARE(words->text().size(), area.showNodeWords(QString(5000, u'\n') + QString(300, u'x')).size());
+        area.showNotification(u"of the same call"_s, true);
+        QCoreApplication::processEvents();
+        area.showNotification(u"of another call"_s, true);
+        QVERIFY(words->isHidden() && !area.isHidden());
+
+        area.showNodeWords(u"without a notification"_s);
+        QCoreApplication::processEvents();
+        area.hideNotification();
+        QVERIFY(!words->isHidden()); // it has its time
+        area.showNodeWords(u"replaced"_s);
+        area.showNotification(u"of their call"_s, true);
+        area.hideNotification();
+        QVERIFY(words->isHidden() && area.isHidden());
     }
 
     void toolTipsCanBeRead()

@@ -2,6 +2,7 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
+#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
@@ -122,15 +123,8 @@ void MainWindow::setupCentralWidget()
     column->setContentsMargins(8, 8, 8, 4);
     column->setSpacing(centralSpacing);
 
-    notificationLabel = newPlainLabel({}, central);
-    notificationLabel->setObjectName(u"notification"_s);
-    notificationLabel->setWordWrap(true);
-    notificationLabel->setAlignment(Qt::AlignCenter);
-    notificationLabel->setMinimumWidth(1); // a long address in a message is not to widen the window
-    makeCopyable(notificationLabel, tr("Copy"));
-    notificationLabel->hide();
-    column->addWidget(notificationLabel);
-
+    notices = new NoticeArea(central);
+    column->addWidget(notices);
     setupPinTable();
     column->addWidget(pinTable, 1);
     statsFrame = new StatsFrame(this);
@@ -169,6 +163,7 @@ void MainWindow::connectClient()
 {
     connect(client, &IpfsClient::pinsReceived, this, &MainWindow::onPinsReceived);
     connect(client, &IpfsClient::errorOccurred, this, &MainWindow::onErrorOccurred);
+    connect(client, &IpfsClient::nodeSaid, this, &MainWindow::onNodeSaid);
     connect(client, &IpfsClient::connectionStatusChanged, this, &MainWindow::onConnectionStatusChanged);
     connect(client, &IpfsClient::nodeInfoReceived, this, &MainWindow::onNodeInfoReceived);
     connect(client, &IpfsClient::refsReceived, this, &MainWindow::onRefsReceivedForTable);
@@ -214,8 +209,14 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
-    showNotification(message, true);
+    notices->showNotification(message, true);
     showStatusFor(errorMessageShown, tr("Error: ") + message);
+}
+
+/// Comes before the signals of the call that failed.
+void MainWindow::onNodeSaid(const QString& /*path*/, const QString& words)
+{
+    appendToStatusLog(notices->showNodeWords(words));
 }
 
 /// A message that replaces another ends the other's time as well.
@@ -230,11 +231,4 @@ void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& te
 {
     setStatusMessage(text);
     statusResetTimer->start(time);
-}
-
-void MainWindow::showNotification(const QString& text, bool warning)
-{
-    const QString shown = messageForLabel(text);
-    notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
-    notificationLabel->show();
 }

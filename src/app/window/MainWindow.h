@@ -15,6 +15,7 @@
 #include <functional>
 
 class IpfsClient;
+class NoticeArea;
 class PinModel;
 class PinTable;
 class PinToolBar;
@@ -49,6 +50,7 @@ private slots:
     void onConnectionStatusChanged(bool on);
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
+    void onNodeSaid(const QString& path, const QString& words);
 
 private:
     void setupMenuBar();
@@ -67,7 +69,6 @@ private:
     void setStatusMessage(const QString& text);
     /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
     void showStatusFor(std::chrono::milliseconds time, const QString& text);
-    void showNotification(const QString& text, bool warning);
 
     // The two logs: MainWindow_windows.cpp.
 public:
@@ -193,10 +194,10 @@ private:
     ToolWindows* toolWindows;
 
     PinToolBar* toolBar = nullptr;
+    NoticeArea* notices = nullptr;
     PinTable* pinTable = nullptr;
     StatsFrame* statsFrame = nullptr;
     QLabel* statusLabel = nullptr;
-    QLabel* notificationLabel = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
 

@@ -4,13 +4,13 @@
 #include "Gateway.h"
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
+#include "NoticeArea.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "PinTable.h"
 
 #include <QAction>
 #include <QDesktopServices>
-#include <QLabel>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -114,7 +114,7 @@ void MainWindow::unpin(const QStringList& cids)
 /// The list is fetched again without the refresh flag, so that the notification stays until a later refresh.
 void MainWindow::onUnpinned(const QStringList& cids)
 {
-    showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
+    notices->showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
     showStatusFor(unpinMessageShown, tr("Unpinned %1 CID(s)").arg(cids.size()));
     fetchList();
 }
