@@ -127,6 +127,22 @@ private slots:
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
     }
 
+    void aNodeThatDiesKeepsItsRows()
+    {
+        setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
+        open();
+        QVERIFY(waitForRows(3));
+        const QString counts = label("countLabel"_L1)->text();
+        QTRY_COMPARE(node->openNow(), 0);
+        node->stop();
+        refreshButton()->click();
+        QTRY_COMPARE(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size(), 2);
+        QTest::qWait(50);
+        QCOMPARE(rows(), 3);
+        QCOMPARE(label("countLabel"_L1)->text(), counts);
+        QVERIFY(window->statusLog().filter(u"Loaded 0"_s).isEmpty());
+    }
+
     void onlyAComboLeavesASilentNode()
     {
         node->answer(path, NodeAnswer::hold());

@@ -193,6 +193,7 @@ void MainWindow::onConnectionStatusChanged(bool on)
 {
     connected = on;
     if (on) {
+        listAnswered = true;
         statsFrame->setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
         return;
     }

@@ -126,6 +126,7 @@ private:
     void loadSettings();
     void startAutoRefresh();
     void applySettings(const SettingsDialog& dialog);
+    void leaveNode();
     void saveSettings();
 
     // The refresh cycle: MainWindow_refresh.cpp. A failure comes by onErrorOccurred and keeps the old rows.
@@ -204,6 +205,7 @@ private:
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
+    bool listAnswered = false; ///< the node has answered a part of the load
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh

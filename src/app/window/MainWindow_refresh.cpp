@@ -76,6 +76,7 @@ void MainWindow::triggerRefresh(bool force)
 
 void MainWindow::fetchList()
 {
+    listAnswered = false;
     if (showsUnpinned())
         client->fetchUnpinned();
     else
@@ -113,6 +114,8 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
 void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 {
     setRefreshing(false);
+    if (pins.isEmpty() && !listAnswered)
+        return; // nothing is known of a node that can't be reached; the errors have been reported
     const QList<PinEntry> list = listForTable(pins);
     pinModel->setPins(list);
     planMetadata(list);
