@@ -2,6 +2,7 @@
 #include "ModalAnswer.h"
 #include "NoticeArea.h"
 #include "PeerLabel.h"
+#include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "TestMain.h"
@@ -10,9 +11,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QPalette>
 #include <QPointer>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -61,17 +64,13 @@ private slots:
         QTEST(table.selectedCids(), "selectedThen");
     }
 
-    void copyAndOpen()
+    void selectionAndMenu()
     {
         PinModel model;
         model.setPins(pins());
         PinTable table(&model);
-        QGuiApplication::clipboard()->setText(u"before"_s);
-        QCOMPARE(table.copySelectedCids(), -1);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
         select(table, {2, 0});
-        QCOMPARE(table.copySelectedCids(), 2);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"d\nr1"_s); // in the order of the selection
+        QCOMPARE(table.selectedCids(), QStringList({u"d"_s, u"r1"_s})); // in the order of the selection
         QCOMPARE(table.firstSelectedCid(), u"d"_s);
 
         table.show();
@@ -81,6 +80,56 @@ private slots:
         table.showRowMenu(placeOf(table, 0), true);
         QCOMPARE(contents.size(), 1);
         QCOMPARE(contents.constFirst(), QVariantList({u"r1"_s, u"<b>one"_s}));
+    }
+
+    void aResetKeepsThePlace_data()
+    {
+        QTest::addColumn<int>("removed"); // from the start of 100,000 rows
+        QTest::addColumn<int>("step");    // between selected rows
+        QTest::addColumn<int>("selected");
+        QTest::addColumn<int>("top");
+        QTest::newRow("the same list") << 0 << 10 << 10'000 << 50'000;
+        QTest::newRow("rows are gone above") << 3 << 10 << 9'999 << 49'997;
+        QTest::newRow("too large a selection") << 0 << 9 << 0 << 50'000;
+        QTest::newRow("nothing left") << 100'000 << 10 << 0 << 0;
+    }
+    void aResetKeepsThePlace()
+    {
+        QFETCH(const int, removed);
+        QFETCH(const int, step);
+        constexpr int count = 100'000;
+        constexpr int current = 50'010;
+        QList<PinEntry> list;
+        for (int i = 0; i < count; ++i)
+            list.append({.cid = u"bafybeig%1"_s.arg(i, 51, 10, u'0'), .type = PinType::direct});
+        PinModel model;
+        model.setPins(list);
+        PinFilterProxyModel filter;
+        filter.setSourceModel(&model);
+        PinTable table(&filter);
+        table.resize(800, 600);
+        table.show();
+        QItemSelection ranges;
+        for (int row = 0; row < count; row += step)
+            ranges.select(filter.index(row, 0), filter.index(row, PinModel::NameColumn));
+        table.selectionModel()->select(ranges, QItemSelectionModel::ClearAndSelect);
+        table.selectionModel()->setCurrentIndex(filter.index(current, 3), QItemSelectionModel::NoUpdate);
+        table.verticalScrollBar()->setValue(50'000);
+
+        QElapsedTimer stall;
+        stall.start();
+        const PinTable::Place place = table.place();
+        const qint64 taken = stall.elapsed();
+        list.remove(0, removed);
+        model.setPins(list);
+        stall.restart();
+        table.restore(place);
+        qInfo("%lld ms to take, %lld ms to restore", taken, stall.elapsed());
+        QTEST(static_cast<int>(table.selectedCids().size()), "selected");
+        QTEST(table.verticalScrollBar()->value(), "top");
+        const QModelIndex now = table.currentIndex();
+        QCOMPARE(now.row(), list.isEmpty() ? -1 : current - removed);
+        QCOMPARE(now.column(), list.isEmpty() ? -1 : 3);
     }
 
     void aLongPeerIsElidedAndKeptWhole()

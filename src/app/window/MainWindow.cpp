@@ -143,10 +143,10 @@ void MainWindow::setupPinTable()
     connect(pinTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::onSelectionChanged);
     connect(pinTable, &PinTable::indirectPinsRequested, this, &MainWindow::onShowIndirectPins);
     connect(pinTable, &PinTable::contentsRequested, this, &MainWindow::showContents);
-    connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::onUnpinSelected);
-    connect(pinTable, &PinTable::copyRequested, this, &MainWindow::onCopySelectedCID);
-    connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::onOpenInGateway);
-    connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::onOpenFromLocal);
+    connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::unpin);
+    connect(pinTable, &PinTable::copyRequested, this, &MainWindow::copyCids);
+    connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::openInGateway);
+    connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::openFromLocal);
 }
 
 void MainWindow::setupStatusBar()

@@ -12,7 +12,6 @@
 #include <QUrl>
 
 #include <chrono>
-#include <functional>
 
 class IpfsClient;
 class NoticeArea;
@@ -181,7 +180,10 @@ private slots:
 private:
     void showContents(const QString& rootCid, const QString& name);
     void unpin(const QStringList& cids);
-    void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
+    void copyCids(const QStringList& cids);
+    void openInGateway(const QString& cid);
+    void openFromLocal(const QString& cid);
+    void openInBrowser(const QString& cid, const QUrl& url, const QString& message);
 
     IpfsClient* client;
     PinModel* pinModel;

@@ -117,6 +117,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     if (pins.isEmpty() && !listAnswered)
         return; // nothing is known of a node that can't be reached; the errors have been reported
     const QList<PinEntry> list = listForTable(pins);
+    const PinTable::Place place = pinTable->place();
     pinModel->setPins(list);
     planMetadata(list);
     proxyModel->setTypeFilter(values.typeFilter);
@@ -127,6 +128,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     }
     searchDebounceTimer->stop();
     proxyModel->setFilterFixedString(toolBar->searchText());
+    pinTable->restore(place);
     updateCountLabels();
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
