@@ -125,6 +125,7 @@ private slots:
         open();
         QTRY_VERIFY(!window->statusLog().filter(u"Error: Network error: Connection refused"_s).isEmpty());
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
+        QVERIFY(table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
     }
 
     void aNodeThatDiesKeepsItsRows()

@@ -1,4 +1,5 @@
 #include "Appearance.h"
+#include "EmptyTable.h"
 #include "ModalAnswer.h"
 #include "NoticeArea.h"
 #include "PeerLabel.h"
@@ -130,6 +131,39 @@ private slots:
         const QModelIndex now = table.currentIndex();
         QCOMPARE(now.row(), list.isEmpty() ? -1 : current - removed);
         QCOMPARE(now.column(), list.isEmpty() ? -1 : 3);
+    }
+
+    void anEmptyTableSaysWhy_data()
+    {
+        QTest::addColumn<EmptyTable>("table");
+        QTest::addColumn<QString>("part"); // of the text; empty if it shows nothing
+        const QString down = u"Network error: Connection refused"_s;
+        const QString forbidden = u"Network error: Error transferring http://a/ - server replied: Forbidden"_s;
+        const QString missing = u"Network error: Error transferring http://a/ - server replied: Not found"_s;
+        const QString a = u"http://a"_s;
+        const auto row = [](const char* name, const EmptyTable& table, const QString& part) {
+            QTest::newRow(name) << table << part;
+        };
+        row("nothing asked", {}, u"Refresh (F5)"_s);
+        row("loading", {.state = EmptyTable::Loading, .address = a}, u"Loading the list from http://a…"_s);
+        row("no node", {.state = stateAfter(down), .address = a}, u"No node answers at http://a.\n\nStart"_s);
+        row("no host", {.state = stateAfter(u"Network error: Host a not found"_s), .address = a}, u"No node answers"_s);
+        row("refused", {.state = stateAfter(forbidden), .address = a}, u"http://a refuses requests (403)"_s);
+        row("failed at the node", {.state = stateAfter(missing), .reason = missing}, missing);
+        row("cut off", {.state = stateAfter(u"Connection closed"_s), .reason = u"%1<b>"_s}, u"%1<b>"_s);
+        row("no pins", {.state = EmptyTable::Loaded, .allTypes = true}, u"no pins."_s);
+        row("no pins of the type", {.state = EmptyTable::Loaded, .searching = true}, u"no pins of this type"_s);
+        row("no blocks", {.state = EmptyTable::Loaded, .unpinned = true}, u"Every block"_s);
+        row("nothing found", {.state = EmptyTable::Loading, .searching = true, .total = 7}, u"None of the 7 row(s)"_s);
+        row("rows", {.state = stateAfter(down), .total = 7, .shown = 1}, {});
+    }
+    void anEmptyTableSaysWhy()
+    {
+        QFETCH(const EmptyTable, table);
+        QFETCH(const QString, part);
+        const QString text = emptyTableText(table);
+        QCOMPARE(text.isEmpty(), part.isEmpty());
+        QVERIFY2(text.contains(part), qPrintable(text));
     }
 
     void aLongPeerIsElidedAndKeptWhole()

@@ -70,6 +70,7 @@ MainWindow::MainWindow(QWidget* parent)
 
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);
 
+    updateEmptyText();
     loadSettings();
     QTimer::singleShot(firstRefreshDelay, this, &MainWindow::onRefreshClicked);
 }
@@ -200,6 +201,7 @@ void MainWindow::onConnectionStatusChanged(bool on)
     statsFrame->setConnectionDotState(ConnectionStatusDot::Disconnected,
                                       tr("Disconnected from %1").arg(client->baseUrl()));
     statsFrame->showNoPeer();
+    showListState(stateAfter(lastError)); // a list's error comes before this
 }
 
 void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
@@ -210,6 +212,9 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
+    lastError = message;
+    if (showsUnpinned() && listState == EmptyTable::Loading)
+        showListState(stateAfter(message)); // of the blocks, whose list then comes empty
     notices->showNotification(message, true);
     showStatusFor(errorMessageShown, tr("Error: ") + message);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ConnectionStatusDot.h"
+#include "EmptyTable.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
 #include "ToolWindows.h"
@@ -146,6 +147,8 @@ private:
     void setRefreshing(bool on);
     QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
     void fitColumns();
+    void showListState(EmptyTable::State state);
+    void updateEmptyText();
     bool showsUnpinned() const;
 
     // Metadata and counts: MainWindow_metadata.cpp. A fact that can't be had counts as come.
@@ -207,6 +210,8 @@ private:
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
+    EmptyTable::State listState = EmptyTable::NotAsked;
+    QString lastError {};
     bool listAnswered = false; ///< the node has answered a part of the load
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet

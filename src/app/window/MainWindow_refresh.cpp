@@ -77,6 +77,7 @@ void MainWindow::triggerRefresh(bool force)
 void MainWindow::fetchList()
 {
     listAnswered = false;
+    showListState(EmptyTable::Loading);
     if (showsUnpinned())
         client->fetchUnpinned();
     else
@@ -116,6 +117,8 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     setRefreshing(false);
     if (pins.isEmpty() && !listAnswered)
         return; // nothing is known of a node that can't be reached; the errors have been reported
+    if (!pins.isEmpty() || listState == EmptyTable::Loading)
+        listState = EmptyTable::Loaded; // else a part of the list has failed
     const QList<PinEntry> list = listForTable(pins);
     const PinTable::Place place = pinTable->place();
     pinModel->setPins(list);
@@ -135,6 +138,24 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
     showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
     onSelectionChanged();
+}
+
+void MainWindow::showListState(EmptyTable::State state)
+{
+    listState = state;
+    updateEmptyText();
+}
+
+void MainWindow::updateEmptyText()
+{
+    pinTable->setEmptyText(emptyTableText({.state = listState,
+                                           .unpinned = showsUnpinned(),
+                                           .allTypes = values.typeFilter == PinType::all,
+                                           .searching = !toolBar->searchText().isEmpty(),
+                                           .total = pinModel->rowCount(),
+                                           .shown = proxyModel->rowCount(),
+                                           .address = client->baseUrl(),
+                                           .reason = lastError}));
 }
 
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.

@@ -7,8 +7,10 @@
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QMenu>
+#include <QPainter>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTextOption>
 
 #include <algorithm>
 #include <array>
@@ -25,6 +27,7 @@ constexpr int minimumCidTextWidth = 392;
 constexpr int cidColumnPadding = 28;
 /// A larger selection isn't restored: a part of it would pass for all.
 constexpr int mostRestoredRows = 10'000;
+constexpr int emptyTextMargin = 24;
 constexpr int farthestTop = 1000; ///< rows
 
 struct Section
@@ -39,6 +42,15 @@ constexpr std::array sections {Section {PinModel::CidColumn, 420, QHeaderView::I
                                Section {PinModel::TypeColumn, 88, QHeaderView::Interactive},
                                Section {PinModel::SizeColumn, 100, QHeaderView::Interactive},
                                Section {PinModel::NameColumn, 0, QHeaderView::Stretch}};
+
+/// Between the text and its ground: fainter than rows, and more readable than most placeholder colours.
+QColor emptyTextColor(const QPalette& palette)
+{
+    const QColor text = palette.color(QPalette::Text);
+    const QColor ground = palette.color(QPalette::Base);
+    const auto mix = [](int most, int rest) { return (2 * most + rest) / 3; };
+    return {mix(text.red(), ground.red()), mix(text.green(), ground.green()), mix(text.blue(), ground.blue())};
+}
 
 QString cellText(const QModelIndex& index, PinModel::Column column)
 {
@@ -233,6 +245,27 @@ void PinTable::fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned)
     addUnavailable(menu, tr("Open via IPNS..."));
     menu->addAction(tr("Open from gateway"), this, [this, cid] { emit gatewayRequested(cid); });
     menu->addAction(tr("Open from local"), this, [this, cid] { emit localGatewayRequested(cid); });
+}
+
+void PinTable::setEmptyText(const QString& text)
+{
+    if (text == emptyText)
+        return;
+    emptyText = text;
+    setAccessibleDescription(text);
+    viewport()->update();
+}
+
+void PinTable::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (emptyText.isEmpty())
+        return;
+    QTextOption layout(Qt::AlignCenter);
+    layout.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QPainter painter(viewport());
+    painter.setPen(emptyTextColor(palette()));
+    painter.drawText(QRectF(viewport()->rect()).adjusted(emptyTextMargin, 0, -emptyTextMargin, 0), emptyText, layout);
 }
 
 void PinTable::fitColumns()

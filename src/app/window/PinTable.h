@@ -38,6 +38,9 @@ public:
     /// position; where rows came or went, the first row in sight stays so if it is near.
     void restore(const Place& place);
 
+    /// What the table shows in place of rows, as plain text; empty for nothing.
+    void setEmptyText(const QString& text);
+
     /// Runs the menu of the row at `pos`. A row outside a selection of several becomes the selection; there is no menu
     /// on empty space. Rows that are not `pinned` have no entries for pins.
     void showRowMenu(const QPoint& pos, bool pinned);
@@ -55,6 +58,9 @@ signals:
     void gatewayRequested(QString cid);
     void localGatewayRequested(QString cid);
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     bool hasSeveralRowsSelected() const;
     int selectedRowCount() const;
@@ -63,4 +69,6 @@ private:
     void setupColumns();
     void openCurrentRow();
     void fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned);
+
+    QString emptyText {};
 };
