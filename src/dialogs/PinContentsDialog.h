@@ -35,6 +35,8 @@ public:
     /// `rootName` names the file if the pin is a single one; it may be empty. The client is not owned.
     PinContentsDialog(const QString& cid, IpfsClient* newClient, QWidget* parent, const QString& newRootName);
 
+    bool isSaving() const { return saveIndex < saveQueue.size(); }
+
 private slots:
     void onLsReceived(const QString& cid, const QList<LsEntry>& entries);
     void onKindReceived(const QString& cid, const QString& kind);
@@ -74,7 +76,6 @@ private:
     void saveNextSelectedFile();
     void advanceSave();
     void endSave();
-    bool isSaving() const { return saveIndex < saveQueue.size(); }
     bool isCurrentDownload(const QString& cid) const;
     QString targetPath(const FileNode& file) const;
     void writeDownloadedFileAsync(const QString& path, const QByteArray& bytes);

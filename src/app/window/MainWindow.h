@@ -41,7 +41,7 @@ public:
     bool isTrial() const { return false; }
 
 protected:
-    /// The program ends with its main window: free tool windows close with it.
+    /// The program ends with its main window: free tool windows close with it. Asks first while work is under way.
     void closeEvent(QCloseEvent* event) override;
 
 private slots:
@@ -66,6 +66,9 @@ private:
     void setupTimers();
     void updateWindowTitleForActivationState();
     void showAboutBox();
+    void quit();
+    QString quitQuestion() const;
+    bool mayClose();
     void setStatusMessage(const QString& text);
     /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
     void showStatusFor(std::chrono::milliseconds time, const QString& text);
@@ -178,6 +181,8 @@ private slots:
     void onUnpinSelected();
     void onUnpinAll();
     void onUnpinned(const QStringList& cids);
+    void onUnpinProgress(int done, int total);
+    void onPinsMayHaveChanged();
     void onShowIndirectPins(const QString& rootCid);
 
 private:

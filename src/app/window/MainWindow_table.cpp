@@ -132,3 +132,14 @@ void MainWindow::onUnpinned(const QStringList& cids)
     showStatusFor(unpinMessageShown, tr("Unpinned %1 CID(s)").arg(cids.size()));
     fetchList();
 }
+
+void MainWindow::onUnpinProgress(int done, int total)
+{
+    setStatusMessage(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total)));
+}
+
+/// An unpin of several that failed may have removed some: the list is fetched again, as after one that succeeded.
+void MainWindow::onPinsMayHaveChanged()
+{
+    fetchList();
+}
