@@ -32,6 +32,8 @@ public:
     PinContentsDialog(const QString& cid, IpfsClient* newClient, QWidget* parent, const QString& newRootName);
     ~PinContentsDialog() override;
 
+    bool isSaving() const { return saveIndex < saveQueue.size(); }
+
 private slots:
     void onLsReceived(const QString& cid, const QList<LsEntry>& entries);
     void onKindReceived(const QString& cid, const QString& kind);
@@ -70,7 +72,6 @@ private:
     void endSave();
     void noteFailure(const QString& reason);
     void showFailures();
-    bool isSaving() const { return saveIndex < saveQueue.size(); }
     bool isCurrentDownload(const QString& cid) const;
     QString targetPath(const QString& relativePath) const;
     void writeDownloadedFileAsync(const QString& path, const QByteArray& bytes);

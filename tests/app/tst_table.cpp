@@ -12,9 +12,12 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QRadioButton>
+#include <QTemporaryDir>
 #include <QTextEdit>
 
 using namespace Qt::StringLiterals;
@@ -134,6 +137,44 @@ private slots:
         QVERIFY(window->statusLog().filter(u"Unpinned"_s).isEmpty());
         QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
         QTRY_COMPARE_WITH_TIMEOUT(status(), u"Ready"_s, 20'000);
+    }
+
+    void aRunningSaveIsNotCutInSilence()
+    {
+        const QTemporaryDir folder;
+        node->answer("/cat", NodeAnswer::hold());
+        open(*node);
+        QVERIFY(waitForRows(3));
+        const MenuAnswer menu(u"List files / Export…"_s);
+        rightClick(u"r1"_s);
+        auto* contents = window->findChild<PinContentsDialog*>();
+        auto* saveAll = contents->findChild<QPushButton*>();
+        QTRY_VERIFY(saveAll->isEnabled());
+        saveAll->click();
+        emit contents->findChild<QFileDialog*>()->fileSelected(folder.path());
+        QTRY_COMPARE(node->heldCount("/cat"), 1);
+        for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
+            const ModalAnswer<QMessageBox> given([this, answer](QMessageBox& box) {
+                QCOMPARE(box.text(), u"A save is still running. Quit anyway?"_s);
+                QCOMPARE(box.defaultButton(), box.button(QMessageBox::No));
+                QVERIFY(!window->close()); // asks once
+                box.button(answer)->click();
+            });
+            window->close();
+            QVERIFY(given.wasGiven());
+            QCOMPARE(window->isVisible(), answer == QMessageBox::No);
+        }
+    }
+
+    void aFailedUnpinFetchesTheListAgain()
+    {
+        open(*node);
+        QVERIFY(waitForRows(3));
+        node->clearRequests();
+        QVERIFY(QMetaObject::invokeMethod(window.get(), "onUnpinProgress", Q_ARG(int, 7), Q_ARG(int, 20)));
+        QCOMPARE(status(), u"Unpinning 7 of 20…"_s);
+        QVERIFY(QMetaObject::invokeMethod(window.get(), "onPinsMayHaveChanged"));
+        QTRY_COMPARE(node->count("/pin/ls"), 1);
     }
 
     void freeToolWindowsCloseWithTheWindow()

@@ -127,4 +127,5 @@ void MainWindow::updateCountLabels()
                                              .dagSize = unpinned ? 0 : shownDagSize(),
                                              .metadataDone = plan.doneCount(),
                                              .metadataTargets = wantsMetadata() ? plan.targetCount() : 0}));
+    updateEmptyText();
 }

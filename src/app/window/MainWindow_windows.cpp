@@ -27,6 +27,10 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (!mayClose()) {
+        event->ignore();
+        return;
+    }
     QMainWindow::closeEvent(event);
     if (event->isAccepted())
         toolWindows->closeFreeWindows();
