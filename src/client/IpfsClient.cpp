@@ -27,7 +27,13 @@ QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& que
 
 QNetworkReply* IpfsClient::callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler)
 {
-    QNetworkReply* reply = postRequest(path, query);
+    return callQuietly(endpoint, path, query, handler);
+}
+
+QNetworkReply* IpfsClient::callQuietly(const RpcEndpoint& node, const QString& path, const QUrlQuery& query,
+                                       ReplyHandler handler)
+{
+    QNetworkReply* reply = transport->post(node, path, query);
     connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
     return reply;
 }

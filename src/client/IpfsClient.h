@@ -16,7 +16,7 @@
 
 class QNetworkReply;
 struct Listing;
-struct PinList;
+struct ParsedPins;
 class UnpinBatch;
 
 /// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
@@ -104,6 +104,11 @@ signals:
     void kindReceived(QString cid, QString kind);
     /// The pins that are gone, as the node names them, else as they were asked for.
     void unpinned(QStringList cids);
+    /// Before each call of an unpin that is gone through one CID at a time: how many of its `total` CIDs are done.
+    void unpinProgress(int done, int total);
+    /// A "/pin/rm" of more than one CID ended in an HTTP error, with no unpinned: pins before the one that failed may
+    /// be gone. Comes before errorOccurred.
+    void pinsMayHaveChanged();
     void lsReceived(QString cid, QList<LsEntry> entries);
     void catReceived(QString cid, QByteArray data);
     void catFailed(QString cid, QString errorMessage);
@@ -121,6 +126,7 @@ private slots:
     void onKindLsReplyFinished(QNetworkReply* reply);
     void onCidFormatReplyFinished(QNetworkReply* reply);
     void onUnpinReplyFinished(QNetworkReply* reply);
+    void onPinsLeftReplyFinished(QNetworkReply* reply);
     void onSingleUnpinReplyFinished(QNetworkReply* reply);
     void onLsReplyFinished(QNetworkReply* reply);
     void onCatReplyFinished(QNetworkReply* reply);
@@ -131,6 +137,8 @@ private:
 
     /// Posts and hands the finished reply to `handler`.
     QNetworkReply* callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    QNetworkReply* callQuietly(const RpcEndpoint& node, const QString& path, const QUrlQuery& query,
+                               ReplyHandler handler);
     /// As callQuietly, and reports the node's words of a failure before.
     QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
     void reportNodeWords(const QNetworkReply* reply, const QString& path);
@@ -160,7 +168,7 @@ private:
                                     bool compositeBatch);
     bool isCurrent(const QNetworkReply* reply) const;
     void startPinsParse(QNetworkReply* reply);
-    void deliverPins(PinList list, const PinsLoad& load);
+    void deliverPins(ParsedPins pins, const PinsLoad& load);
     void onPinsReplyFailed(const QNetworkReply* reply);
     void deliverCompositeStream();
 
@@ -190,12 +198,15 @@ private:
     static QUrlQuery listingQuery(const QString& cid);
     void deliverListing(const QString& cid, const Listing& listing);
 
+    QNetworkReply* callForBatch(const std::shared_ptr<UnpinBatch>& batch, const QString& path, const QUrlQuery& query,
+                                ReplyHandler handler);
     void formatNextCid(const std::shared_ptr<UnpinBatch>& batch);
     void removePins(const std::shared_ptr<UnpinBatch>& batch);
+    void listPinsLeft(const std::shared_ptr<UnpinBatch>& batch);
     void removeNextPin(const std::shared_ptr<UnpinBatch>& batch);
     void reportFailedUnpin(const QNetworkReply* reply);
     void finishUnpin(const UnpinBatch& batch);
-    void tellOpenUnpins(const QStringList& removed);
+    void shareRemovals(const QStringList& removed);
 
     RpcTransport* transport;
     RpcEndpoint endpoint;
@@ -205,7 +216,7 @@ private:
     QSet<QNetworkReply*> activeLoadReplies;
     QList<PinEntry> compositePins;
     int compositePending = 0;
-    QSet<QString> indirectCids {};               ///< those that the last list told to be pinned through a parent only
+    QSet<QString> indirectCids {};               ///< pinned through a parent only, by the last list
     QList<std::weak_ptr<UnpinBatch>> openUnpins; ///< those with rewritten CIDs
 
     bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting

@@ -1,7 +1,7 @@
 #include "IpfsClient.h"
 
 #include "Detached.h"
-#include "PinListParser.h"
+#include "PinLists.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
 
@@ -149,37 +149,38 @@ void IpfsClient::startPinsParse(QNetworkReply* reply)
     runDetached(
         this,
         [body, load] {
-            PinList list = parsePinList(body);
+            ParsedPins pins {.list = parsePinList(body)};
+            QList<PinEntry>& entries = pins.list.entries;
             if (load.composite)
-                sortPinsByCid(list.entries);
+                sortPinsByCid(entries);
             if (load.forUnpinned)
-                list.accountedFor = textsAccountedFor(std::exchange(list.entries, {}));
-            list.indirectCids = indirectCidsOf(list.entries);
-            return list;
+                pins.accountedFor = textsAccountedFor(std::exchange(entries, {}));
+            pins.indirectCids = indirectCidsOf(entries);
+            return pins;
         },
-        [this, load](PinList list) { deliverPins(std::move(list), load); });
+        [this, load](ParsedPins pins) { deliverPins(std::move(pins), load); });
 }
 
-void IpfsClient::deliverPins(PinList list, const PinsLoad& load)
+void IpfsClient::deliverPins(ParsedPins pins, const PinsLoad& load)
 {
     if (load.epoch != pinsEpoch)
         return;
-    const int streamed = load.count + (list.hasOpenLine ? 1 : 0);
-    if (const int total = streamed != 0 ? streamed : list.keyCount; total > 0) {
+    const int streamed = load.count + (pins.list.hasOpenLine ? 1 : 0);
+    if (const int total = streamed != 0 ? streamed : pins.list.keyCount; total > 0) {
         emit streamEntriesLoaded(load.tag, total);
         if (load.epoch != pinsEpoch) // a listener has begun another load
             return;
     }
-    indirectCids = std::move(list.indirectCids);
+    indirectCids = std::move(pins.indirectCids);
     if (load.forUnpinned) {
-        unpinnedPinnedCids = std::move(list.accountedFor);
+        unpinnedPinnedCids = std::move(pins.accountedFor);
         unpinnedPinsDone = true;
         finishUnpinnedFetch();
     } else if (load.composite) {
-        compositePins = mergePinsByCid(std::move(compositePins), std::move(list.entries));
+        compositePins = mergePinsByCid(std::move(compositePins), std::move(pins.list.entries));
         deliverCompositeStream();
     } else {
-        emit pinsReceived(list.entries);
+        emit pinsReceived(pins.list.entries);
     }
 }
 

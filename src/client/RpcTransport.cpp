@@ -5,6 +5,7 @@
 #include "LogTime.h"
 #include "NodeAccessManager.h"
 #include "OriginValue.h"
+#include "ShownAddress.h"
 
 #include <QCoreApplication>
 #include <QNetworkReply>
@@ -16,6 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr auto nowhere = "http:///api/v0"_L1; ///< the base for a host that can't be one
 constexpr auto streamErrorName = "X-Stream-Error";
 
 /// Calls that change nothing, wherever they are repeated. All others go out once, over a connection of their own.
@@ -67,9 +69,9 @@ QString userAgent()
     return u"Norvo/"_s + QCoreApplication::applicationVersion();
 }
 
-void setAttribute(QNetworkRequest& request, NodeAccessManager::RequestAttribute attribute, bool on)
+void setAttribute(QNetworkRequest& request, NodeAccessManager::RequestAttribute attribute, const QVariant& value)
 {
-    request.setAttribute(static_cast<QNetworkRequest::Attribute>(attribute), on);
+    request.setAttribute(static_cast<QNetworkRequest::Attribute>(attribute), value);
 }
 
 } // namespace
@@ -96,7 +98,7 @@ QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& pa
 {
     // A host that can't be one is shown as it was given, and nothing leaves: read as an address the text could name
     // another host.
-    QUrl url(endpoint.hostIsValid ? endpoint.base + path : u"http:///api/v0"_s + path);
+    QUrl url((endpoint.hostIsValid ? endpoint.base : QString(nowhere)) + path);
     if (!query.isEmpty())
         url.setQuery(query);
     QNetworkRequest request(url);
@@ -107,8 +109,11 @@ QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& pa
     setAttribute(request, NodeAccessManager::MayRepeat, onlyReads(path, query));
     setAttribute(request, NodeAccessManager::KeepsWhatCame,
                  std::ranges::find(lineByLinePaths, path) != lineByLinePaths.end());
-    const QString tail = url.hasQuery() ? u'?' + url.query(QUrl::FullyEncoded) : QString();
-    const QString shown = endpoint.hostIsValid ? url.toString(QUrl::FullyEncoded) : endpoint.base + path + tail;
+    QString shown = shownAddress(url);
+    if (shown.contains(u'…')) // what is encoded holds none
+        setAttribute(request, NodeAccessManager::ShownAddress, shown);
+    if (!endpoint.hostIsValid)
+        shown.replace(0, nowhere.size(), endpoint.base);
     emit requestIssued(u"[%1] POST %2"_s.arg(logTime(), shown));
     return network->post(request, QByteArray());
 }

@@ -9,9 +9,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// CIDs that a message names for each of the node's words, and how many different words it tells.
+/// CIDs that a message names for each of the node's words, and how many different words it shows.
 constexpr qsizetype namedCids = 3;
-constexpr qsizetype toldWords = 3;
+constexpr qsizetype shownWords = 3;
 
 /// What the node said, and of which CIDs.
 class Failures
@@ -25,13 +25,13 @@ public:
         groups[words].append(cid);
     }
 
-    QString told() const
+    QString text() const
     {
         QStringList parts;
-        parts.reserve(toldWords + 1);
-        for (const QString& words : order.first(std::min(toldWords, order.size())))
+        parts.reserve(shownWords + 1);
+        for (const QString& words : order.first(std::min(shownWords, order.size())))
             parts.append(u"%1 (%2)"_s.arg(words, named(groups.value(words))));
-        if (order.size() > toldWords)
+        if (order.size() > shownWords)
             parts.append(u"…"_s);
         return parts.join("; "_L1);
     }
@@ -51,59 +51,90 @@ private:
 
 } // namespace
 
+const QString* UnpinBatch::storedText() const
+{
+    if (stored.isEmpty())
+        return nullptr;
+    const std::optional<QString>& text = stored.at(doneCount());
+    return text ? &*text : nullptr;
+}
+
+void UnpinBatch::skipGone()
+{
+    while (!isDone()) {
+        const QString* text = storedText();
+        if (!text || (!text->isEmpty() && !removedTexts.contains(*text)))
+            return;
+        results.append({.failure = firstRefusal, .firstCall = FirstCall::MayHaveRemoved});
+    }
+}
+
 const QString& UnpinBatch::currentText() const
 {
-    return (refused.asAsked ? unpinRequestedCids : unpinFormattedCids).at(results.size());
+    if (const QString* text = storedText())
+        return *text;
+    return (refused ? unpinRequestedCids : unpinFormattedCids).at(doneCount());
+}
+
+/// What the first call can have done if the current text was pinned after it.
+UnpinBatch::FirstCall UnpinBatch::firstCallBeforePinned() const
+{
+    const bool wasNamed = !refused && currentText() == unpinFormattedCids.at(doneCount());
+    return wasNamed ? FirstCall::StoppedBefore : FirstCall::StoppedByThen;
 }
 
 void UnpinBatch::takeSuccess(const QStringList& pins)
 {
-    const QString text = currentText();
-    Result result = std::exchange(refused, {});
-    result.pins = pins.isEmpty() ? QStringList {text} : pins;
-    result.failure.clear();
-    results.append(result);
+    const QString& text = currentText();
+    removedTexts.insert(text);
+    results.append({.pins = pins.isEmpty() ? QStringList {text} : pins, .firstCall = firstCallBeforePinned()});
+    refused.reset();
 }
 
 void UnpinBatch::takeFailure(const QString& words, bool notPinned)
 {
-    const qsizetype current = results.size();
-    if (!refused.asAsked && unpinRequestedCids.at(current) != unpinFormattedCids.at(current)) {
-        refused = {.failure = words, .notPinned = notPinned, .asAsked = true};
-        return;
+    const qsizetype current = doneCount();
+    Result result {.failure = words};
+    if (notPinned)
+        result.firstCall = FirstCall::MayHaveRemoved;
+    if (storedText()) {
+        results.append({.failure = words, .firstCall = firstCallBeforePinned()});
+    } else if (refused) {
+        if (refused->firstCall == FirstCall::MayHaveRemoved) // else the first refusal is the one to report
+            refused->failure = words;
+        results.append(*std::exchange(refused, std::nullopt));
+    } else if (unpinRequestedCids.at(current) != unpinFormattedCids.at(current)) {
+        refused = result;
+    } else {
+        results.append(result);
     }
-    Result result = std::exchange(refused, {});
-    if (!result.asAsked)
-        result.notPinned = notPinned;
-    if (!result.asAsked || result.notPinned) // else what kept the CID as rewritten is what there is to tell
-        result.failure = words;
-    results.append(result);
 }
 
 void UnpinBatch::failTheRest(const QString& words)
 {
-    while (!isThrough()) {
-        Result result = std::exchange(refused, {});
+    while (!isDone()) {
+        Result result = std::exchange(refused, std::nullopt).value_or(Result());
         result.failure = words;
         results.append(result);
     }
 }
 
-/// Where the first call stopped, which had removed all before that and does not say how far it came. A CID that it
-/// removed and one that never was a pin are told alike afterwards. Certain is that it stopped at the latest at the
-/// first CID that was found pinned afterwards, or at the last one, and that it can't have passed one that was known to
-/// be no pin; and what stood before and is no pin now, it has most likely removed.
+bool UnpinBatch::isNoPin(const QString& cid) const
+{
+    return std::ranges::any_of(knownAsNoPins, [&cid](const QSet<QString>& cids) { return cids.contains(cid); });
+}
+
+/// The latest CID at which the first call can have stopped. It removed all before the one where it did, which it does
+/// not name. What was a pin and is none now, it has most likely removed.
 qsizetype UnpinBatch::stopOfFirstCall() const
 {
-    const auto found = std::ranges::find_if(results, [](const Result& result) { return result.failure.isEmpty(); });
-    qsizetype stop = found - results.begin();
-    if (found == results.end() || !found->asAsked) // that one itself it had not reached
-        --stop;
-    for (qsizetype i = 0; i < stop; ++i) {
-        if (!results.at(i).notPinned || knownAsNoPins.contains(unpinRequestedCids.at(i)))
+    for (qsizetype i = 0; i < results.size(); ++i) {
+        if (results.at(i).firstCall == FirstCall::StoppedBefore)
+            return i - 1;
+        if (results.at(i).firstCall == FirstCall::StoppedByThen || isNoPin(unpinRequestedCids.at(i)))
             return i;
     }
-    return stop;
+    return results.size() - 1;
 }
 
 UnpinOutcome UnpinBatch::outcome() const
@@ -126,6 +157,6 @@ UnpinOutcome UnpinBatch::outcome() const
             failures.add(result.failure, asked);
         }
     }
-    outcome.failures = failures.told();
+    outcome.failures = failures.text();
     return outcome;
 }

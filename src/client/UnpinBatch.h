@@ -1,11 +1,14 @@
 #pragma once
 
-#include <QHash>
+#include "RpcTransport.h"
+
 #include <QList>
 #include <QSet>
 #include <QStringList>
 
-/// What an unpin came to that had to be gone through one CID at a time.
+#include <optional>
+
+/// The result of an unpin that was gone through one CID at a time.
 struct UnpinOutcome
 {
     QStringList removed {}; ///< the pins, as the node names them
@@ -21,14 +24,25 @@ public:
     QList<QString> unpinFormattedCids {}; ///< of the same length: as rewritten, empty until known
     int unpinFormatPending = 0;           ///< answers of "/cid/format" still to come
     qsizetype nextToFormat = 0;           ///< first CID whose "/cid/format" has not left
-    /// CIDs as asked for that are known to have been no pins of their own when the first call ran.
-    QSet<QString> knownAsNoPins {};
+    RpcEndpoint endpoint {};              ///< where all of its calls go
+    /// CIDs as asked for that are known to have been no pins of their own when the first call ran. Shared, not copied.
+    QList<QSet<QString>> knownAsNoPins {};
 
+    QString firstRefusal {};       ///< the node's words for the CID at which the first call stopped
+    int pinListsPending = 0;       ///< answers of "/pin/ls" still to come
+    QList<QByteArray> pinLists {}; ///< those that came whole
+    /// By storedTexts; empty if the node's pins are not known.
+    QList<std::optional<QString>> stored {};
+
+    qsizetype size() const { return unpinRequestedCids.size(); }
+    qsizetype doneCount() const { return results.size(); }
+    /// Passes over CIDs that the node has no pin for. Call before each question.
+    void skipGone();
     /// Whether every CID has been gone through.
-    bool isThrough() const { return results.size() >= unpinRequestedCids.size(); }
+    bool isDone() const { return doneCount() >= size(); }
     /// What to name to the node next.
     const QString& currentText() const;
-    /// The node removed the current text and named `pins` as removed; none stand for the text itself.
+    /// The node removed the current text and named `pins` as removed; none means the text itself.
     void takeSuccess(const QStringList& pins);
     /// The node refused the current text; `notPinned` if it has no pin under that text.
     void takeFailure(const QString& words, bool notPinned);
@@ -39,16 +53,26 @@ public:
     UnpinOutcome outcome() const;
 
 private:
+    /// What is known of the first call and one CID.
+    enum class FirstCall {
+        MayHaveRemoved, ///< it is not pinned any more, or never was
+        StoppedByThen,  ///< the call can't have got past it
+        StoppedBefore   ///< the call can't have reached it
+    };
     struct Result
     {
         QStringList pins {};
-        QString failure {};     ///< empty for a success
-        bool notPinned = false; ///< what the node said of the CID as rewritten, which the first call named
-        bool asAsked = false;   ///< the CID was refused as rewritten, and this is the answer as asked for
+        QString failure {}; ///< empty for a success
+        FirstCall firstCall = FirstCall::StoppedByThen;
     };
 
+    /// Under which text the current CID is pinned; null if that is not known.
+    const QString* storedText() const;
+    FirstCall firstCallBeforePinned() const;
+    bool isNoPin(const QString& cid) const;
     qsizetype stopOfFirstCall() const;
 
     QList<Result> results;
-    Result refused; ///< of the current CID as rewritten
+    std::optional<Result> refused; ///< of the current CID as rewritten; as asked for comes next
+    QSet<QString> removedTexts;
 };

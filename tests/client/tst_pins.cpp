@@ -1,4 +1,5 @@
 #include "ClientLog.h"
+#include "PinLists.h"
 #include "ReplyProperties.h"
 
 #include <QMetaMethod>
@@ -16,6 +17,20 @@ namespace {
 const QByteArray lineA = "{\"Cid\":\"a\",\"Name\":\"n\",\"Type\":\"recursive\"}\n";
 const QByteArray lineB = "{\"Cid\":\"b\",\"Type\":\"direct\"}\n";
 const QByteArray path = "/pin/ls";
+
+PinEntry entry(const QString& cid, const QString& name)
+{
+    return {.cid = cid, .name = name};
+}
+
+/// "cid:name" of each entry.
+QStringList shown(const QList<PinEntry>& entries)
+{
+    QStringList list;
+    for (const PinEntry& pin : entries)
+        list.append(pin.cid + u':' + pin.name);
+    return list;
+}
 
 /// A reply that hands out a body in chunks, without a network.
 class ChunkedReply : public QNetworkReply
@@ -302,6 +317,32 @@ private slots:
         client.reset();
         QVERIFY(waitForDetached(30s));
         QCoreApplication::processEvents(); // the delivery finds nobody
+    }
+
+    void sortingKeepsTheLastOfEqualCids()
+    {
+        const QString head = u"bafybei0123456789abcdef"_s; // longer than what the sort looks at first
+        QList<PinEntry> entries {
+            entry(head + u"b"_s, u"1"_s), entry({}, u"no CID"_s),        entry(head + u"a"_s, u"2"_s),
+            entry(head, u"3"_s),          entry(head + u"b"_s, u"4"_s),  entry(u"Qm"_s, u"5"_s),
+            entry(head + u"ü"_s, u"6"_s), entry(head + u"ℵa"_s, u"8"_s), entry(head + u"€b"_s, u"7"_s)};
+        sortPinsByCid(entries);
+        QCOMPARE(shown(entries),
+                 QStringList({u"Qm:5"_s, head + u":3"_s, head + u"a:2"_s, head + u"b:4"_s, head + u"ü:6"_s,
+                              head + u"€b:7"_s, head + u"ℵa:8"_s}));
+        QList<PinEntry> none;
+        sortPinsByCid(none);
+        QVERIFY(none.isEmpty());
+    }
+
+    void mergingKeepsTheLater()
+    {
+        const QList<PinEntry> earlier {entry(u"a"_s, u"old"_s), entry(u"b"_s, u"old"_s), entry(u"d"_s, u"old"_s)};
+        const QList<PinEntry> later {entry(u"b"_s, u"new"_s), entry(u"c"_s, u"new"_s), entry(u"e"_s, u"new"_s)};
+        QCOMPARE(shown(mergePinsByCid(earlier, later)),
+                 QStringList({u"a:old"_s, u"b:new"_s, u"c:new"_s, u"d:old"_s, u"e:new"_s}));
+        QCOMPARE(mergePinsByCid(earlier, {}), earlier);
+        QCOMPARE(mergePinsByCid({}, later), later);
     }
 
     void takingChunksIsLinear()

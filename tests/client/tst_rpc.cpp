@@ -57,6 +57,52 @@ private slots:
         QVERIFY2(issued.size() == 1 && line.match(issued.constFirst()).hasMatch(), qPrintable(issued.join(u'\n')));
     }
 
+    void secretsAreNotShown_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char* path, const QByteArray& query, const QByteArray& shown) {
+            QTest::addRow("%s %s", path, query.constData())
+                << QString::fromUtf8(path) << QString::fromUtf8(query) << QString::fromUtf8(shown);
+        };
+        row("/pin/remote/service/add", "arg=n&arg=http://e/&arg=t%26k", "arg=n&arg=http://e/&arg=…");
+        row("/pin/remote/service/rm", "arg=a&arg=b&arg=c", "arg=a&arg=b&arg=c");
+        for (const char* key : {"API", "api.authorizations", "API.Authorizations.me.AuthSecret", "Identity",
+                                "Identity.PrivKey", "Pinning", "Pinning.RemoteServices", "Pinning.RemoteServices.s",
+                                "pinning.remoteservices.s.api.key", "Pinning.RemoteServices.a.b.API.Key",
+                                "Pinning.RemoteServices.s.API", "Pinning.RemoteServices.policies.API.Key"}) {
+            const QByteArray shownKey = key;
+            row("/config", "arg=" + shownKey + "&arg=v+%22&json=true", "arg=" + shownKey + "&arg=…&json=true");
+        }
+        for (const char* key :
+             {"API.HTTPHeaders", "Identity.PeerID", "Pinning.Recursive", "Addresses.API", "APIs",
+              "Pinning.RemoteServices.s.API.Endpoint", "Pinning.RemoteServices.s.Policies.MFS.Enable", ""}) {
+            const QByteArray query = "arg=" + QByteArray(key) + "&arg=v";
+            row("/config", query, query);
+        }
+        row("/config", "arg=Identity.PrivKey", "arg=Identity.PrivKey");
+        row("/config/show", "arg=API&arg=v", "arg=API&arg=v");
+    }
+    /// In the line of the request and in the text of its failure; what is sent stays.
+    void secretsAreNotShown()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const QString, query);
+        QFETCH(const QString, shown);
+        QString line;
+        connect(client.get(), &IpfsClient::rpcRequestIssued, this, [&line](const QString& text) { line = text; });
+        node->answer(path.toLatin1(), NodeAnswer::error("no"));
+        QNetworkReply* reply = client->postRequest(path, QUrlQuery(query));
+        QTRY_VERIFY(reply->isFinished());
+        reply->deleteLater();
+        const QString address = client->baseUrl() + path + u'?';
+        QCOMPARE(line.section(u' ', 3), address + shown);
+        QCOMPARE(reply->errorString(),
+                 u"Error transferring %1 - server replied: Internal Server Error"_s.arg(address + shown));
+        QCOMPARE(node->requests().constFirst().rawQuery, query.toLatin1());
+    }
+
     void originHeader_data()
     {
         QTest::addColumn<bool>("on");

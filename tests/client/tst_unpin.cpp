@@ -8,6 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QByteArray listPath = "/pin/ls";
 const QByteArray formatPath = "/cid/format";
 const QByteArray rmPath = "/pin/rm";
 const QByteArray notPinned = "not pinned or pinned indirectly";
@@ -16,6 +17,16 @@ const auto v0Docs = u"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372
 const auto v1Notes = u"bafybeigu66tnnkzn65sqrifvkie7nzul6yfbjhkbzgb2rumg3kuwkth3d4"_s;
 const auto rawHello = u"bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4"_s;
 const auto emptyFile = u"bafkreihdwdcefgh4dqkjv67uzcmw7ojee6xedzdetojuzjevtenxquvyku"_s;
+
+/// As "/cid/format" rewrites it; empty for what has no version 0.
+QString rewritten(const QString& text)
+{
+    auto cid = decodeCid(text);
+    if (!cid || cid->codec != Cid::dagPbCodec)
+        return {};
+    cid->version = 0;
+    return encodeCid(*cid);
+}
 
 /// As the table shows the demo node's pins: all lifted to version 1.
 QString shown(const QString& kind)
@@ -36,7 +47,7 @@ private slots:
         QTest::addColumn<NodeAnswer>("format");
         QTest::addColumn<NodeAnswer>("rm");
         QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("lines");
         const NodeAnswer refused = NodeAnswer::error("no");
         const auto rewritten = NodeAnswer::json(R"({"CidStr":"x","Formatted":"Qm+","ErrorMsg":""})");
         const auto rm = [&](const char* name, const NodeAnswer& answer, const QString& line) {
@@ -46,11 +57,12 @@ private slots:
         rm("the node's own forms", NodeAnswer::json(R"({"Pins":["Qa",7,"Qb"]})"), u"unpinned Qa Qb"_s);
         rm("an empty answer means all", NodeAnswer::json(R"({"Pins":[]})"), u"unpinned a b"_s);
         rm("numbers alone mean all", NodeAnswer::json(R"({"Pins":[1,2]})"), u"unpinned a b"_s);
+        rm("nobody answers", NodeAnswer::dropAt({}, 0), u"error Unpin failed: Connection closed"_s);
         rm("no object", NodeAnswer::json("[]"), u"error Unpin: invalid response from node"_s);
         rm("other words", NodeAnswer::error("pin is locked"),
-           u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
+           u"changed\nerror Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
         rm("not pinned, and nothing was rewritten", NodeAnswer::error(notPinned),
-           u"error Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
+           u"changed\nerror Unpin failed: Error transferring %1arg=a&arg=b - server replied: Internal Server Error"_s);
         const auto format = [&](const char* name, const NodeAnswer& answer, const QByteArray& query) {
             QTest::newRow(name) << QStringList(u"a"_s) << answer << NodeAnswer::json("{}") << query << u"unpinned a"_s;
         };
@@ -65,12 +77,12 @@ private slots:
         QFETCH(const NodeAnswer, format);
         QFETCH(const NodeAnswer, rm);
         QFETCH(const QByteArray, query);
-        QFETCH(QString, line);
+        QFETCH(QString, lines);
         node->answer(formatPath, format);
         node->answer(rmPath, rm);
         client->unpin(asked, true);
-        line.replace(u"%1"_s, u"http://127.0.0.1:%1/api/v0/pin/rm?"_s.arg(node->port()));
-        QTRY_COMPARE(log->outcome(), QStringList {line});
+        lines.replace(u"%1"_s, u"http://127.0.0.1:%1/api/v0/pin/rm?"_s.arg(node->port()));
+        QTRY_COMPARE(log->outcome(), lines.split(u'\n'));
         QCOMPARE(node->requests(rmPath).constFirst().rawQuery, query);
         QCOMPARE(node->count(rmPath), 1);
         QCOMPARE(node->requests(formatPath).constFirst().rawQuery, "arg=a&v=0&b=base58btc");
@@ -174,10 +186,98 @@ private slots:
         client->setEndpoint(u"127.0.0.1"_s, demo.port());
         for (int i = 0; i < 2; ++i)
             client->unpin({v0Docs, v1Notes}, true);
-        QTRY_COMPARE(log->lines.size(), 2);
+        QTRY_COMPARE(log->lines.size(), 3);
         QVERIFY2(log->lines.at(0).startsWith(u"unpinned Qm"_s), qPrintable(log->lines.at(0)));
-        QVERIFY2(log->lines.at(1).startsWith(u"error Unpin failed: not pinned"_s), qPrintable(log->lines.at(1)));
+        QCOMPARE(log->lines.at(1), u"changed"_s);
+        QVERIFY2(log->lines.at(2).startsWith(u"error Unpin failed: not pinned"_s), qPrintable(log->lines.at(2)));
         QCOMPARE(demo.allPins().size(), 8);
+    }
+
+    void onlyWhatIsLeftIsTried_data()
+    {
+        QTest::addColumn<NodeAnswer>("recursive");
+        QTest::addColumn<NodeAnswer>("direct");
+        QTest::addColumn<QString>("words");
+        QTest::addColumn<QStringList>("tried");
+        QTest::addColumn<QStringList>("lines");
+        const auto listed = [](const QString& cid) {
+            return NodeAnswer::json("{\"Cid\":\"" + cid.toLatin1() + "\",\"Type\":\"any\"}\n");
+        };
+        const NodeAnswer none = NodeAnswer::json({});
+        const QString words = QLatin1StringView(notPinned);
+        const QString refused = u"error Unpin failed: %1 (%2)"_s;
+        const QString v0DocsExact = rewritten(v0Docs);
+        const QStringList each {v0DocsExact, v0Docs, rewritten(v1Notes), v1Notes, rawHello};
+        const QStringList notesGo {u"unpinned %1 %2"_s.arg(v0DocsExact, v1Notes), refused.arg(words, rawHello)};
+        QTest::newRow("recursive") << listed(v1Notes) << none << words << QStringList(v1Notes) << notesGo;
+        QTest::newRow("direct") << none << listed(v1Notes) << words << QStringList(v1Notes) << notesGo;
+        QTest::newRow("in one document") << NodeAnswer::json("{\"Keys\":{\"" + v1Notes.toLatin1() + "\":{}}}")
+                                         << NodeAnswer::json("{\"Keys\":{}}") << words << QStringList(v1Notes)
+                                         << notesGo;
+        QTest::newRow("an old node's words")
+            << listed(rawHello) << none << u"not pinned"_s << QStringList(rawHello)
+            << QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rawHello), refused.arg(u"not pinned"_s, v1Notes)};
+        QTest::newRow("not reached") << listed(v0DocsExact) << none << words << QStringList(v0DocsExact)
+                                     << QStringList {u"unpinned "_s + v0DocsExact,
+                                                     refused.arg(words, v1Notes + u", "_s + rawHello)};
+        QTest::newRow("none is left") << none << none << words << QStringList()
+                                      << QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rewritten(v1Notes)),
+                                                      refused.arg(words, rawHello)};
+        const QStringList allGo {u"unpinned %1 %2 %3"_s.arg(v0Docs, v1Notes, rawHello)};
+        QTest::newRow("no list") << none << NodeAnswer::error("no") << words << each << allGo;
+        QTest::newRow("a list that is none") << NodeAnswer::text(200, "<html>") << none << words << each << allGo;
+        QTest::newRow("an error as list") << NodeAnswer::json(R"({"Message":"no"})") << none << words << each << allGo;
+    }
+    /// The first call is refused; what is tried afterwards succeeds, but for a text of the other version.
+    void onlyWhatIsLeftIsTried()
+    {
+        QFETCH(const NodeAnswer, recursive);
+        QFETCH(const NodeAnswer, direct);
+        QFETCH(const QString, words);
+        QFETCH(const QStringList, tried);
+        QFETCH(const QStringList, lines);
+        node->route(formatPath, [](const NodeRequest& request) {
+            return NodeAnswer::json("{\"Formatted\":\"" + rewritten(request.value(u"arg"_s)).toLatin1() + "\"}");
+        });
+        node->route(listPath, [&](const NodeRequest& request) {
+            return request.value(u"type"_s) == "recursive"_L1 ? recursive : direct;
+        });
+        node->route(rmPath, [&](const NodeRequest& request) {
+            const bool otherVersion = tried.size() > 1 && request.value(u"arg"_s).startsWith("Qm"_L1);
+            const bool refuses = node->count(rmPath) == 1 || otherVersion;
+            return refuses ? NodeAnswer::error(words.toLatin1()) : NodeAnswer::json("{}");
+        });
+        client->unpin({v0Docs, v1Notes, rawHello}, true);
+        QTRY_COMPARE(log->lines, lines);
+        QStringList asked;
+        for (const NodeRequest& request : node->requests(rmPath).sliced(1))
+            asked.append(request.values(u"arg"_s));
+        QCOMPARE(asked, tried);
+        QCOMPARE(log->progress.size(), tried.size());
+        QByteArrayList lists;
+        for (const NodeRequest& request : node->requests(listPath))
+            lists.append(request.rawQuery);
+        std::ranges::sort(lists);
+        QCOMPARE(lists, QByteArrayList({"type=direct&stream=true", "type=recursive&stream=true"}));
+    }
+
+    /// However the address changes meanwhile.
+    void anUnpinStaysAtItsNode()
+    {
+        FakeNode other;
+        node->answer(formatPath, NodeAnswer::hold());
+        node->answer(rmPath, NodeAnswer::hold());
+        node->answer(listPath, NodeAnswer::error("no"));
+        client->unpin({u"a"_s}, true);
+        client->setEndpoint(u"127.0.0.1"_s, other.port());
+        QTRY_COMPARE(node->heldCount(formatPath), 1);
+        node->release(formatPath, NodeAnswer::json(R"({"Formatted":"Qa"})"));
+        QTRY_COMPARE(node->heldCount(rmPath), 1);
+        node->release(rmPath, NodeAnswer::error(notPinned));
+        QTRY_COMPARE(node->heldCount(rmPath), 1);
+        node->release(rmPath, NodeAnswer::json("{}"));
+        QTRY_COMPARE(log->lines, QStringList {u"unpinned Qa"_s});
+        QCOMPARE(other.requests().size(), 0);
     }
 
     void theRestIsToldInTheNodesWords()

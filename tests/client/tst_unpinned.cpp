@@ -54,6 +54,8 @@ private slots:
         row("a pinned block is listed as raw", "{\"Cid\":\"" + docs + "\"}\n", ref(docsRaw) + ref("b"), {u"b"_s}, 2);
         row("and under version 0", "{\"Cid\":\"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST\"}\n", ref(docsRaw), {},
             1);
+        row("a pinned block is listed as stored", "{\"Cid\":\"" + docs + "\"}\n",
+            ref("QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST"), {}, 1);
         row("the comparison is one of texts", "{\"Cid\":\"A\"}\n", ref("a"), {u"a"_s}, 1);
     }
     void joins()

@@ -46,6 +46,10 @@ public:
                 [this](const QString& cid, const QString& kind) { lines.append(u"kind %1 %2"_s.arg(cid, kind)); });
         connect(&client, &IpfsClient::unpinned, this,
                 [this](const QStringList& cids) { lines.append(u"unpinned "_s + cids.join(u' ')); });
+        connect(&client, &IpfsClient::unpinProgress, this, [this](int done, int total) {
+            progress.append(u"%1/%2"_s.arg(QString::number(done), QString::number(total)));
+        });
+        connect(&client, &IpfsClient::pinsMayHaveChanged, this, [this] { lines.append(u"changed"_s); });
         connect(&client, &IpfsClient::lsReceived, this, [this](const QString& cid, const QList<LsEntry>& entries) {
             QString line = u"ls "_s + cid;
             for (const LsEntry& entry : entries)
@@ -78,6 +82,7 @@ public:
 
     QStringList lines;
     QList<int> loaded;
+    QStringList progress; ///< of unpins
 };
 
 /// What each test of the client starts from: a node, a client of it and the log of what it emits.

@@ -26,7 +26,9 @@ public:
         /// have died, the request is sent again. Without it each request gets a new connection and is sent once.
         MayRepeat = QNetworkRequest::User,
         /// bool. What came before a trailer "X-Stream-Error" is valid by itself: the trailer is no failure.
-        KeepsWhatCame
+        KeepsWhatCame,
+        /// QString. The address to be shown in error texts, where the request's own holds a secret.
+        ShownAddress
     };
 
     explicit NodeAccessManager(QObject* parent = nullptr);

@@ -23,6 +23,13 @@ bool isSet(const QNetworkRequest& request, NodeAccessManager::RequestAttribute a
     return request.attribute(static_cast<QNetworkRequest::Attribute>(attribute)).toBool();
 }
 
+QUrl shownUrl(const QNetworkRequest& request)
+{
+    const auto attribute = static_cast<QNetworkRequest::Attribute>(NodeAccessManager::ShownAddress);
+    const QString shown = request.attribute(attribute).toString();
+    return shown.isEmpty() ? request.url() : QUrl(shown);
+}
+
 QByteArray headerLine(const QByteArray& name, QByteArray value)
 {
     value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' ');
@@ -226,7 +233,7 @@ ReplyFailure NodeReply::failureOf(CURLcode result, long osError) const
     if (!head.isComplete()) // cut off within its head, which libcurl lets pass
         return {RemoteHostClosedError, failureOfTransfer(CURLE_PARTIAL_FILE, 0, url()).text};
     if (head.status() < 200 || head.status() > 299)
-        return failureOfStatus(head.status(), head.reason(), url());
+        return failureOfStatus(head.status(), head.reason(), shownUrl(request()));
     if (const QByteArray words = head.trailer(streamErrorName);
         !words.isEmpty() && !isSet(request(), NodeAccessManager::KeepsWhatCame))
         return {UnknownServerError, QString::fromUtf8(words)};

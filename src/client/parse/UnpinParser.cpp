@@ -26,7 +26,8 @@ std::optional<QStringList> parseRemovedPins(const QByteArray& body)
     return cids;
 }
 
-bool tellsNotPinned(const QByteArray& body)
+bool saysNotPinned(const QByteArray& body)
 {
-    return rpcErrorMessage(body) == "not pinned or pinned indirectly"_L1;
+    const QString words = rpcErrorMessage(body);
+    return words == "not pinned or pinned indirectly"_L1 || words == "not pinned"_L1; // the latter before 0.5
 }

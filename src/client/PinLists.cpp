@@ -1,0 +1,177 @@
+#include "PinLists.h"
+
+#include "CidText.h"
+#include "JsonReply.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// Where an entry belongs by CID: the next 16 characters behind what all CIDs have in common, then its row.
+struct SortKey
+{
+    std::array<quint64, 2> head {};
+    qsizetype row = 0;
+};
+
+qsizetype commonPrefix(const QList<PinEntry>& entries)
+{
+    QStringView prefix = entries.constFirst().cid;
+    for (const PinEntry& entry : entries) {
+        const auto [mine, other] = std::ranges::mismatch(prefix, entry.cid);
+        prefix = prefix.first(mine - prefix.begin());
+    }
+    return prefix.size();
+}
+
+/// The next characters in the order of their codes. From the first one above 254 on all count as equal, so that the
+/// whole CIDs decide.
+SortKey sortKeyOf(QStringView cid, qsizetype prefix, qsizetype row)
+{
+    constexpr quint64 beyond = 0xff;
+    SortKey key {.row = row};
+    quint64 code = 0;
+    for (qsizetype i = 0; i < 16; ++i) {
+        if (code != beyond)
+            code = prefix + i < cid.size() ? std::min<quint64>(cid.at(prefix + i).unicode(), beyond) : 0;
+        quint64& word = key.head.at(static_cast<size_t>(i / 8));
+        word = (word << 8) | code;
+    }
+    return key;
+}
+
+/// No bytes, or an object that is no error.
+bool isEmptyList(const QByteArray& body)
+{
+    return body.trimmed().isEmpty() || (QJsonDocument::fromJson(body).isObject() && rpcErrorMessage(body).isEmpty());
+}
+
+bool hasVersion0(const Cid& cid)
+{
+    constexpr QByteArrayView sha256 {"\x12\x20"}; // the hash function, and the length of what it gives
+    return cid.codec == Cid::dagPbCodec && cid.multihash.startsWith(sha256);
+}
+
+} // namespace
+
+void sortPinsByCid(QList<PinEntry>& entries)
+{
+    if (entries.isEmpty())
+        return;
+    // Comparing whole CIDs all over memory takes several times as long as comparing a few characters in one place.
+    const qsizetype prefix = commonPrefix(entries);
+    std::vector<SortKey> keys;
+    keys.reserve(static_cast<size_t>(entries.size()));
+    for (qsizetype row = 0; row < entries.size(); ++row)
+        keys.push_back(sortKeyOf(entries.at(row).cid, prefix, row));
+    std::ranges::sort(keys, [&entries](const SortKey& a, const SortKey& b) {
+        if (a.head != b.head)
+            return a.head < b.head;
+        const int order = entries.at(a.row).cid.compare(entries.at(b.row).cid);
+        return order != 0 ? order < 0 : a.row < b.row;
+    });
+
+    QList<PinEntry> sorted;
+    sorted.reserve(entries.size());
+    std::array<quint64, 2> lastHead {};
+    for (const SortKey& key : keys) {
+        PinEntry& entry = entries[key.row];
+        const bool again = key.head == lastHead && !sorted.isEmpty() && sorted.constLast().cid == entry.cid;
+        lastHead = key.head;
+        if (again)
+            sorted.last() = std::move(entry);
+        else if (!entry.cid.isEmpty())
+            sorted.append(std::move(entry));
+    }
+    entries = std::move(sorted);
+}
+
+QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
+{
+    if (earlier.isEmpty() || later.isEmpty())
+        return earlier.isEmpty() ? later : earlier;
+    QList<PinEntry> merged;
+    merged.reserve(earlier.size() + later.size());
+    auto left = earlier.begin();
+    auto right = later.begin();
+    while (left != earlier.end() && right != later.end()) {
+        const int order = left->cid.compare(right->cid);
+        merged.append(std::move(order < 0 ? *left++ : *right++));
+        if (order == 0)
+            ++left;
+    }
+    std::move(left, earlier.end(), std::back_inserter(merged));
+    std::move(right, later.end(), std::back_inserter(merged));
+    return merged;
+}
+
+QSet<QString> textsAccountedFor(const QList<PinEntry>& entries)
+{
+    QSet<QString> texts;
+    texts.reserve(2 * entries.size());
+    for (const PinEntry& entry : entries) {
+        if (entry.cid.isEmpty())
+            continue;
+        texts.insert(entry.cid);
+        auto cid = decodeCid(entry.cid);
+        if (!cid)
+            continue;
+        texts.insert(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}));
+        if (cid->version == 1 && hasVersion0(*cid)) {
+            cid->version = 0;
+            texts.insert(encodeCid(*cid));
+        }
+    }
+    return texts;
+}
+
+QSet<QString> indirectCidsOf(const QList<PinEntry>& entries)
+{
+    QSet<QString> cids;
+    for (const PinEntry& entry : entries) {
+        if (entry.type == PinType::indirect)
+            cids.insert(entry.cid);
+    }
+    for (qsizetype i = 0; i < entries.size() && !cids.isEmpty(); ++i) {
+        if (entries.at(i).type != PinType::indirect)
+            cids.remove(entries.at(i).cid);
+    }
+    return cids;
+}
+
+QList<std::optional<QString>> storedTexts(const QSet<QString>& pinned, const QStringList& requested,
+                                          const QStringList& formatted)
+{
+    QList<std::optional<QString>> texts;
+    texts.reserve(requested.size());
+    for (qsizetype i = 0; i < requested.size(); ++i) {
+        const auto cid = decodeCid(requested.at(i));
+        const QStringList spellings {formatted.at(i), requested.at(i), cid ? encodeCid(*cid) : QString()};
+        const auto stored = std::ranges::find_if(
+            spellings, [&pinned](const QString& text) { return !text.isEmpty() && pinned.contains(text); });
+        if (stored != spellings.end())
+            texts.append(*stored);
+        else
+            texts.append(cid ? std::optional(QString()) : std::nullopt);
+    }
+    return texts;
+}
+
+std::optional<QSet<QString>> pinnedTexts(const QList<QByteArray>& bodies)
+{
+    QSet<QString> texts;
+    for (const QByteArray& body : bodies) {
+        const QList<PinEntry> entries = parsePinList(body).entries;
+        if (entries.isEmpty() && !isEmptyList(body))
+            return std::nullopt;
+        texts.reserve(texts.size() + entries.size());
+        for (const PinEntry& entry : entries)
+            texts.insert(entry.cid);
+    }
+    return texts;
+}
