@@ -102,7 +102,7 @@ private slots:
         constexpr int current = 50'010;
         QList<PinEntry> list;
         for (int i = 0; i < count; ++i)
-            list.append({.cid = u"bafybeig%1"_s.arg(i, 51, 10, u'0'), .type = PinType::direct});
+            list.append({.cid = u"bafybeig"_s + QString::number(i).rightJustified(51, u'0'), .type = PinType::direct});
         PinModel model;
         model.setPins(list);
         PinFilterProxyModel filter;
