@@ -133,6 +133,7 @@ private slots:
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
         open();
         QVERIFY(waitForRows(3));
+        QTRY_VERIFY(label("countLabel"_L1)->text().endsWith(u"3/3 CIDs"_s));
         const QString counts = label("countLabel"_L1)->text();
         QTRY_COMPARE(node->openNow(), 0);
         node->stop();

@@ -102,14 +102,14 @@ private slots:
         constexpr int current = 50'010;
         QList<PinEntry> list;
         for (int i = 0; i < count; ++i)
-            list.append({.cid = u"bafybeig%1"_s.arg(i, 51, 10, u'0'), .type = PinType::direct});
+            list.append({.cid = u"bafybeig"_s + QString::number(i).rightJustified(51, u'0'), .type = PinType::direct});
         PinModel model;
-        model.setPins(list);
         PinFilterProxyModel filter;
         filter.setSourceModel(&model);
         PinTable table(&filter);
         table.resize(800, 600);
         table.show();
+        model.setPins(list); // into the sorted table, as later lists come
         QItemSelection ranges;
         for (int row = 0; row < count; row += step)
             ranges.select(filter.index(row, 0), filter.index(row, PinModel::NameColumn));

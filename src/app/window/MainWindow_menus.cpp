@@ -97,7 +97,7 @@ void MainWindow::showAboutBox()
 /// Closes this window first: the application would close the dialogs in any order, and those end what they do.
 void MainWindow::quit()
 {
-    if (close())
+    if (close() && !isVisible()) // a close that is asking already returns true
         QCoreApplication::quit();
 }
 
@@ -109,18 +109,13 @@ QString MainWindow::quitQuestion() const
                                                                       : QString();
 }
 
-/// A second try while the question is open is refused: it is to be answered first.
 bool MainWindow::mayClose()
 {
-    const auto boxName = u"quitQuestion"_s;
     const QString question = quitQuestion();
     if (question.isEmpty())
         return true;
-    if (findChild<QMessageBox*>(boxName))
-        return false;
     QPointer<QMessageBox> box
         = new QMessageBox(QMessageBox::Question, u"Norvo"_s, question, QMessageBox::Yes | QMessageBox::No, this);
-    box->setObjectName(boxName);
     box->setTextFormat(Qt::PlainText);
     box->setDefaultButton(QMessageBox::No);
     const bool yes = box->exec() == QMessageBox::Yes;
