@@ -1,4 +1,5 @@
 #include "PinListParser.h"
+#include "PinLists.h"
 
 #include <algorithm>
 #include <cstdlib>

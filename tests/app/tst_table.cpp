@@ -1,5 +1,6 @@
 #include "DemoNode.h"
 #include "IndirectPinsDialog.h"
+#include "IpfsClient.h"
 #include "LogDialog.h"
 #include "ModalAnswer.h"
 #include "PinContentsDialog.h"
@@ -132,7 +133,8 @@ private slots:
         field<QLineEdit>("Search:"_L1)->setText(u"r2"_s);
         QTRY_COMPARE(rows(), 1);
         trigger(u"Unpin all listed CIDs"_s); // what the search hides is listed as well
-        QTRY_VERIFY(status().startsWith(u"Error: Unpin failed: "_s));
+        QTRY_COMPARE(window->statusLog().filter(u"Error: Unpin failed: "_s).size(), 1);
+        QTRY_COMPARE(node->count("/pin/ls"), 2); // pins may be gone: both halves of the list are fetched again
         QCOMPARE(node->requests("/pin/rm").constFirst().values(u"arg"_s), QStringList({u"d"_s, u"r1"_s, u"r2"_s}));
         QVERIFY(window->statusLog().filter(u"Unpinned"_s).isEmpty());
         QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
@@ -167,15 +169,13 @@ private slots:
         }
     }
 
-    void aFailedUnpinFetchesTheListAgain()
+    void anUnpinShowsHowFarItIs()
     {
         open(*node);
         QVERIFY(waitForRows(3));
-        node->clearRequests();
-        QVERIFY(QMetaObject::invokeMethod(window.get(), "onUnpinProgress", Q_ARG(int, 7), Q_ARG(int, 20)));
+        emit window->findChild<IpfsClient*>()->unpinProgress(7, 20);
         QCOMPARE(status(), u"Unpinning 7 of 20…"_s);
-        QVERIFY(QMetaObject::invokeMethod(window.get(), "onPinsMayHaveChanged"));
-        QTRY_COMPARE(node->count("/pin/ls"), 1);
+        QVERIFY(window->statusLog().filter(u"7 of 20"_s).isEmpty());
     }
 
     void freeToolWindowsCloseWithTheWindow()

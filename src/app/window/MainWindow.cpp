@@ -171,6 +171,8 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::dagStatReceived, this, &MainWindow::onDagStatReceived);
     connect(client, &IpfsClient::kindReceived, this, &MainWindow::onKindReceived);
     connect(client, &IpfsClient::unpinned, this, &MainWindow::onUnpinned);
+    connect(client, &IpfsClient::unpinProgress, this, &MainWindow::onUnpinProgress);
+    connect(client, &IpfsClient::pinsMayHaveChanged, this, &MainWindow::onPinsMayHaveChanged);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }

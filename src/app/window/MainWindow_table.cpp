@@ -13,6 +13,8 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
+#include <QLabel>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -135,7 +137,8 @@ void MainWindow::onUnpinned(const QStringList& cids)
 
 void MainWindow::onUnpinProgress(int done, int total)
 {
-    setStatusMessage(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total)));
+    statusResetTimer->stop();
+    statusLabel->setText(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total))); // not logged
 }
 
 /// An unpin of several that failed may have removed some: the list is fetched again, as after one that succeeded.
