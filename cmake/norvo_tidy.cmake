@@ -1,8 +1,8 @@
 # What `make check` reads the sources by, in the preset `tidy`: nothing here is ever linked or run.
 
 # A header is parsed once for all the files that use it: each library is one unity file, and the programs outside src
-# are one together. A program brings a main and names that another one has too, so each stands in
-# a namespace of its own, after all that they include.
+# are one together. A program brings a main and names that another one has too, so each is put into a namespace of its
+# own, after all that they include.
 function(norvo_tidy_programs)
     set(sources "")
     set(libraries "")
@@ -62,7 +62,7 @@ endfunction()
 function(norvo_windows_syntax folder)
     find_program(NORVO_WINDOWS_CXX NAMES x86_64-w64-mingw32-g++-posix x86_64-w64-mingw32-g++ REQUIRED)
     add_custom_target(windows_syntax)
-    # curl's headers lie beside those of this machine's C library, which are not to be seen.
+    # curl's headers are in one folder with those of this machine's C library, which must not be found.
     find_path(NORVO_CURL_HEADERS curl/curl.h)
     if(NORVO_CURL_HEADERS)
         file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/windows)
