@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The front door. `make` alone says what there is.
 .PHONY: help run test check bench demo fuzz screenshots format clean
 

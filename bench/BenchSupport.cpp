@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BenchSupport.h"
 
 #include "AppSettings.h"

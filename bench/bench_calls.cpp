@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls a second with 24 open, over a bare NodeAccessManager and over Qt's own, and how fast a long body comes in. The
 // server is a process of its own that does nothing but answer; what it manages with a bare socket loop is the limit.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How fast the metadata of 20,000 pins comes in, in the real window, beside a bare network manager in the same run.
 
 #include "BenchSupport.h"

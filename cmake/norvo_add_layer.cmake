@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The layers from the bottom to the top. A layer may use those before it, never one after it.
 set(NORVO_LAYERS kit records model parse http client widgets dialogs app)
 

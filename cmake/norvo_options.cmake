@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every target of Norvo is compiled with.
 add_library(norvo_options INTERFACE)
 target_compile_features(norvo_options INTERFACE cxx_std_20)

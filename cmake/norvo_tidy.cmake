@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `make check` reads the sources by, in the preset `tidy`: nothing here is ever linked or run.
 
 # A header is parsed once for all the files that use it: each library is one unity file, and the programs outside src

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IndirectPinsDialog.h"
 
 #include "CidText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinContentsDialog.h"
 
 #include "CidText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinModel.h"
 
 #include "ByteText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Appearance.h"
 #include "EmptyTable.h"
 #include "ModalAnswer.h"

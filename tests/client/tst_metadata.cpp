@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ClientLog.h"
 
 using namespace Qt::StringLiterals;

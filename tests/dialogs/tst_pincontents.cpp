@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ContentsItem.h"
 #include "Detached.h"
 #include "FakeNode.h"

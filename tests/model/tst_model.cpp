@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "TestMain.h"

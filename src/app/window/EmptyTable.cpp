@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EmptyTable.h"
 
 #include "PlainText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NoticeArea.h"
 
 #include "PlainText.h"

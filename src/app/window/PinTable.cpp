@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinTable.h"
 
 #include "PinModel.h"

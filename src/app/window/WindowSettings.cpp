@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WindowSettings.h"
 
 #include "AppSettings.h"
