@@ -1,5 +1,8 @@
+# SPDX-License-Identifier: MIT
 # The front door. `make` alone says what there is.
 .PHONY: help run test check bench demo fuzz screenshots format clean
+
+PRESET ?= dev
 
 help:
 	@echo "make run          build Norvo and start it (with the demo node where no node answers)"
@@ -18,8 +21,8 @@ run:
 
 test:
 	@tools/install-deps
-	@cmake --preset dev >/dev/null && cmake --build --preset dev
-	@QT_QPA_PLATFORM=offscreen ctest --preset dev
+	@cmake --preset $(PRESET) >/dev/null && cmake --build --preset $(PRESET)
+	@QT_QPA_PLATFORM=offscreen ctest --preset $(PRESET)
 
 check:
 	@tools/install-deps check

@@ -1,12 +1,16 @@
+// SPDX-License-Identifier: MIT
 #include "BenchSupport.h"
 
 #include "AppSettings.h"
 #include "IpfsClient.h"
 #include "MainWindow.h"
+#include "NodeAccessManager.h"
 #include "PinModel.h"
 
+#include <QEventLoop>
 #include <QFile>
 #include <QJsonDocument>
+#include <QNetworkReply>
 #include <QProcess>
 #include <QTableView>
 #include <QUrl>
@@ -14,6 +18,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -100,6 +105,44 @@ void Bench::print() const
     std::printf("%s\n", QJsonDocument(rounded(result)).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
     QCoreApplication::exit(0);
+}
+
+QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url)
+{
+    QNetworkRequest request {QUrl(url)};
+    request.setHeader(QNetworkRequest::UserAgentHeader, u"Norvo-bench"_s);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
+    request.setAttribute(static_cast<QNetworkRequest::Attribute>(NodeAccessManager::MayRepeat), true);
+    return manager.post(request, QByteArray());
+}
+
+CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int calls)
+{
+    constexpr int openCalls = 24; // as many as the program has open for a fact
+    QEventLoop loop;
+    int sent = 0;
+    int done = 0;
+    int failed = 0;
+    const std::function<void()> next = [&] {
+        if (sent == calls)
+            return;
+        QNetworkReply* reply = postReading(manager, url.arg(++sent));
+        QObject::connect(reply, &QNetworkReply::finished, reply, [&, reply] {
+            failed += reply->error() != QNetworkReply::NoError || reply->readAll().isEmpty() ? 1 : 0;
+            reply->deleteLater();
+            if (++done == calls)
+                loop.quit();
+            next();
+        });
+    };
+    const double cpu = cpuSeconds(CLOCK_PROCESS_CPUTIME_ID);
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < openCalls; ++i)
+        next();
+    loop.exec();
+    return {.callsPerSecond = failed == 0 ? calls * 1e9 / static_cast<double>(clock.nsecsElapsed()) : -1,
+            .cpuMicroseconds = (cpuSeconds(CLOCK_PROCESS_CPUTIME_ID) - cpu) * 1e6 / calls};
 }
 
 double cpuSeconds(clockid_t clock)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QApplication>
@@ -12,6 +13,8 @@
 #include <memory>
 
 class IpfsClient;
+class QNetworkAccessManager;
+class QNetworkReply;
 class PinModel;
 class QTableView;
 
@@ -62,6 +65,19 @@ private:
     QElapsedTimer clock;
     double longestMs = 0;
 };
+
+/// How fast a manager makes calls with nothing else around it.
+struct CallRate
+{
+    double callsPerSecond = 0;  ///< -1 if a call failed
+    double cpuMicroseconds = 0; ///< of this process, a call
+};
+
+/// Posts as the program does, for a call that only reads.
+QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url);
+
+/// Posts `calls` times to `url`, whose last part is "%1" for the call's number, with 24 calls open at a time.
+CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int calls);
 
 /// CPU time in seconds, of a thread or the process.
 double cpuSeconds(clockid_t clock);

@@ -1,21 +1,18 @@
+// SPDX-License-Identifier: MIT
 // Calls a second with 24 open, over a bare NodeAccessManager and over Qt's own, and how fast a long body comes in. The
 // server is a process of its own that does nothing but answer; what it manages with a bare socket loop is the limit.
 
+#include "BenchSupport.h"
 #include "NodeAccessManager.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkReply>
 #include <QProcess>
 
 #include <array>
-#include <cmath>
 #include <cstdio>
-#include <ctime>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -141,29 +138,13 @@ double limitRate(int port, int calls)
     return rate;
 }
 
-struct Measure
-{
-    double callsPerSecond = 0;
-    double cpuMicroseconds = 0; ///< of this process, a call
-    double longBodySeconds = 0;
-};
-
-QNetworkReply* post(QNetworkAccessManager& manager, int port, const QString& path)
-{
-    QNetworkRequest request(QUrl(u"http://127.0.0.1:%1/api/v0%2"_s.arg(QString::number(port), path)));
-    request.setHeader(QNetworkRequest::UserAgentHeader, u"Norvo-bench"_s);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-    request.setAttribute(static_cast<QNetworkRequest::Attribute>(NodeAccessManager::MayRepeat), true);
-    return manager.post(request, QByteArray());
-}
-
-double longBodySeconds(QNetworkAccessManager& manager, int port)
+double longBodySeconds(QNetworkAccessManager& manager, const QString& url)
 {
     QEventLoop loop;
     QElapsedTimer clock;
     clock.start();
     qsizetype taken = 0;
-    QNetworkReply* reply = post(manager, port, u"/refs/local"_s);
+    QNetworkReply* reply = postReading(manager, url);
     QObject::connect(reply, &QNetworkReply::readyRead, reply, [&] { taken += reply->readAll().size(); });
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     loop.exec();
@@ -172,42 +153,13 @@ double longBodySeconds(QNetworkAccessManager& manager, int port)
     return taken == static_cast<qsizetype>(longBody) ? static_cast<double>(clock.nsecsElapsed()) / 1e9 : -1;
 }
 
-Measure measure(QNetworkAccessManager& manager, int port, int calls)
+void measure(QJsonObject& result, const QString& name, QNetworkAccessManager& manager, int port, int calls)
 {
-    QEventLoop loop;
-    int sent = 0;
-    int done = 0;
-    int failed = 0;
-    const std::function<void()> next = [&] {
-        if (sent == calls)
-            return;
-        QNetworkReply* reply = post(manager, port, u"/dag/stat?arg=%1&progress=false"_s.arg(++sent));
-        QObject::connect(reply, &QNetworkReply::finished, reply, [&, reply] {
-            failed += reply->readAll().size() == 58 ? 0 : 1;
-            reply->deleteLater();
-            if (++done == calls)
-                loop.quit();
-            next();
-        });
-    };
-    const std::clock_t cpu = std::clock();
-    QElapsedTimer clock;
-    clock.start();
-    for (int i = 0; i < openCalls; ++i)
-        next();
-    loop.exec();
-    const double seconds = static_cast<double>(clock.nsecsElapsed()) / 1e9;
-    const double cpuSeconds = static_cast<double>(std::clock() - cpu) / CLOCKS_PER_SEC;
-    return {.callsPerSecond = failed == 0 ? calls / seconds : -1,
-            .cpuMicroseconds = cpuSeconds * 1e6 / calls,
-            .longBodySeconds = longBodySeconds(manager, port)};
-}
-
-void add(QJsonObject& result, const QString& name, const Measure& measured)
-{
-    result[name + u"CallsPerSecond"_s] = std::round(measured.callsPerSecond);
-    result[name + u"CpuMicroseconds"_s] = std::round(measured.cpuMicroseconds * 10) / 10;
-    result[name + u"LongBodySeconds"_s] = std::round(measured.longBodySeconds * 1000) / 1000;
+    const QString base = u"http://127.0.0.1:%1/api/v0"_s.arg(port);
+    const CallRate rate = measureCalls(manager, base + u"/dag/stat?progress=false&arg=%1"_s, calls);
+    result[name + u"CallsPerSecond"_s] = rate.callsPerSecond;
+    result[name + u"CpuMicroseconds"_s] = rate.cpuMicroseconds;
+    result[name + u"LongBodySeconds"_s] = longBodySeconds(manager, base + u"/refs/local"_s);
 }
 
 } // namespace
@@ -224,12 +176,12 @@ int main(int argc, char* argv[])
         return 1;
     const int port = server.readLine().trimmed().toInt();
     for (int round = 0; round < 3; ++round) {
-        QJsonObject result {{u"calls"_s, calls}, {u"limitCallsPerSecond"_s, std::round(limitRate(port, calls))}};
+        QJsonObject result {{u"calls"_s, calls}, {u"limitCallsPerSecond"_s, limitRate(port, calls)}};
         QNetworkAccessManager plain;
         NodeAccessManager ours;
-        add(result, u"qt"_s, measure(plain, port, calls));
-        add(result, u"node"_s, measure(ours, port, calls));
-        std::printf("%s\n", QJsonDocument(result).toJson(QJsonDocument::Compact).constData());
+        measure(result, u"qt"_s, plain, port, calls);
+        measure(result, u"node"_s, ours, port, calls);
+        std::printf("%s\n", QJsonDocument(rounded(result)).toJson(QJsonDocument::Compact).constData());
     }
     server.kill();
     server.waitForFinished();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long the contents of one pin with 50,000 files take to show and to save, in the real dialog.
 
 #include "BenchSupport.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the list of 200,000 CIDs below one pin opens and scrolls, asked for over the wire.
 
 #include "BenchSupport.h"

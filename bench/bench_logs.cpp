@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a log costs: 1,000,000 requests logged while its dialog is closed, the opening, and 10,000 more while it is
 // open.
 

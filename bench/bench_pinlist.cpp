@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long a pin list takes from the first request to the painted table, in the real window.
 
 #include "BenchSupport.h"

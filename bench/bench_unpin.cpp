@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long one unpin of 5,000 CIDs takes and holds up the real window: at one go, gone through one CID at a time, and
 // of 16,000 of which the first call leaves seven. Removes pins of the node.
 

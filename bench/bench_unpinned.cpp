@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long the view of unpinned blocks takes over 1,000,000 local refs and 300,000 pins, in the real window.
 
 #include "BenchSupport.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The layers from the bottom to the top. A layer may use those before it, never one after it.
 set(NORVO_LAYERS kit records model parse http client widgets dialogs app)
 
@@ -31,6 +32,7 @@ function(norvo_add_layer name)
     if(LAYER_SOURCES)
         set(visibility PUBLIC)
         add_library(norvo_${name} STATIC ${LAYER_SOURCES})
+        set_target_properties(norvo_${name} PROPERTIES AUTOMOC ON)
     else()
         set(visibility INTERFACE)
         add_library(norvo_${name} INTERFACE)

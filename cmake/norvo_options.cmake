@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every target of Norvo is compiled with.
 add_library(norvo_options INTERFACE)
 target_compile_features(norvo_options INTERFACE cxx_std_20)
@@ -14,6 +15,9 @@ if(NOT MSVC)
             -fsanitize=${NORVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
         target_compile_definitions(norvo_options INTERFACE NORVO_SANITIZED)
         target_link_options(norvo_options INTERFACE -fsanitize=${NORVO_SANITIZE})
+    endif()
+    if(NORVO_FUZZ) # libFuzzer is led by what it sees of the libraries
+        target_compile_options(norvo_options INTERFACE -fsanitize=fuzzer-no-link)
     endif()
 endif()
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PicturePalette.h"
 
 #include <QHash>

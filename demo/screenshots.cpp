@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Takes the pictures of the user guide, of the real window and its dialogs before a demo node, for `make screenshots`.
 
 #include "AppSettings.h"

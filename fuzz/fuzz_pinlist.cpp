@@ -1,4 +1,6 @@
+// SPDX-License-Identifier: MIT
 #include "PinListParser.h"
+#include "PinLists.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz target over the files of the folders named on the command line.
 
 #include <cstdint>

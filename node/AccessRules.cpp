@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AccessRules.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ContentService.h"
 
 #include "DemoWire.h"

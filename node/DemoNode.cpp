@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoNode.h"
 
 #include "ContentService.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoRepo.h"
 
 DemoRepo::DemoRepo(const DemoOptions& newOptions)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoWire.h"
 
 #include <QJsonArray>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FakeNode.h"
 
 #include "NodeConnection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IdentityService.h"
 
 #include "AccessRules.h"

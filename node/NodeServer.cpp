@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NodeServer.h"
 
 #include "AccessRules.h"

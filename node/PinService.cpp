@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinService.h"
 
 #include "DemoWire.h"

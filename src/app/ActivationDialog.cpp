@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ActivationDialog.h"
 
 #include "DialogSizing.h"

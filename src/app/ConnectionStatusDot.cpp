@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConnectionStatusDot.h"
 
 #include <QPainter>

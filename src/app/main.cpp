@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Appearance.h"
 #include "Detached.h"
 #include "MainWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
 #include "ReplyProperties.h"
@@ -65,6 +66,17 @@ void IpfsClient::registerLoadReply(QNetworkReply* reply)
         return;
     activeLoadReplies.insert(reply);
     connect(reply, &QObject::destroyed, this, [this, reply] { activeLoadReplies.remove(reply); });
+}
+
+/// Nothing is emitted for a reply that its owner's end aborts.
+void IpfsClient::endWith(QObject* owner, QNetworkReply* reply)
+{
+    if (!owner)
+        return;
+    connect(owner, &QObject::destroyed, reply, [reply] {
+        reply->setProperty(ReplyProperty::cancelledByClient, true);
+        reply->abort();
+    });
 }
 
 void IpfsClient::cancelActiveLoading()

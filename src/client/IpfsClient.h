@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "Detached.h"
@@ -83,6 +84,7 @@ private:
         emit(this->*ownSignal)(std::forward<Values>(values)...);
     }
     void registerLoadReply(QNetworkReply* reply);
+    static void endWith(QObject* owner, QNetworkReply* reply);
     /// Hands what `parse` makes of a body to `deliver`: at once for a short body, by way of a thread for a long one.
     template <typename Parse, typename Deliver>
     void parseList(const QByteArray& body, const Parse& parse, const Deliver& deliver)
@@ -145,7 +147,8 @@ public:
     /// for calls a user waits for; cancelActiveLoading does not abort them.
     enum Urgency { InTurn, AtOnce };
     /// "/refs", recursive. Ends with refsReceived, empty on a failure.
-    void fetchRefs(const QString& cid, Urgency urgency = InTurn);
+    /// A call AtOnce is aborted in silence when its `owner` is destroyed.
+    void fetchRefs(const QString& cid, Urgency urgency = InTurn, QObject* owner = nullptr);
     /// "/dag/stat". Ends with dagStatReceived, -1 on a failure.
     void fetchObjectStat(const QString& cid);
     /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
@@ -173,7 +176,7 @@ private:
     void sendQueued(const MetadataRequest& request, const QString& cid);
     void sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
                              const QUrlQuery& query, ReplyHandler handler);
-    void askAtOnce(const MetadataRequest& request, const QString& cid);
+    void askAtOnce(const MetadataRequest& request, const QString& cid, QObject* owner = nullptr);
     static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid);
     void askListingForKind(const QString& cid, bool queued);
     void pumpRefsQueue();
@@ -222,9 +225,11 @@ private:
     // catFailed alone.
 public:
     /// "/ls". Ends with lsReceived.
-    void fetchLs(const QString& cid);
+    /// Aborted in silence when `owner` is destroyed.
+    void fetchLs(const QString& cid, QObject* owner = nullptr);
     /// "/cat". Ends with catReceived, or with catFailed, also if fewer bytes came than the node announced.
-    void fetchCat(const QString& cid);
+    /// Aborted in silence when `owner` is destroyed.
+    void fetchCat(const QString& cid, QObject* owner = nullptr);
 
 signals:
     void lsReceived(QString cid, QList<LsEntry> entries);

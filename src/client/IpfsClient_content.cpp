@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
 #include "LsParser.h"
@@ -13,18 +14,21 @@ QUrlQuery IpfsClient::listingQuery(const QString& cid)
     return rpcQuery({{u"arg"_s, cid}, {u"cid-base"_s, u"base32"_s}, {u"upgrade-cidv0-in-output"_s, u"true"_s}});
 }
 
-void IpfsClient::fetchLs(const QString& cid)
+void IpfsClient::fetchLs(const QString& cid, QObject* owner)
 {
     if (cid.isEmpty())
         return;
     QNetworkReply* reply = call(u"/ls"_s, listingQuery(cid), &IpfsClient::onLsReplyFinished);
     reply->setProperty(ReplyProperty::cid, cid);
+    endWith(owner, reply);
 }
 
 void IpfsClient::onLsReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::cid).toString();
     reply->deleteLater();
+    if (reply->property(ReplyProperty::cancelledByClient).toBool())
+        return;
     if (reply->error() != QNetworkReply::NoError)
         deliverListing(cid, {.error = reply->errorString()});
     else
@@ -40,18 +44,21 @@ void IpfsClient::deliverListing(const QString& cid, const Listing& listing)
                       QList<LsEntry>());
 }
 
-void IpfsClient::fetchCat(const QString& cid)
+void IpfsClient::fetchCat(const QString& cid, QObject* owner)
 {
     if (cid.isEmpty())
         return;
     QNetworkReply* reply = call(u"/cat"_s, rpcQuery({{u"arg"_s, cid}}), &IpfsClient::onCatReplyFinished);
     reply->setProperty(ReplyProperty::cid, cid);
+    endWith(owner, reply);
 }
 
 void IpfsClient::onCatReplyFinished(QNetworkReply* reply)
 {
     const QString cid = reply->property(ReplyProperty::cid).toString();
     reply->deleteLater();
+    if (reply->property(ReplyProperty::cancelledByClient).toBool())
+        return;
     const QByteArray data = reply->readAll();
     bool lengthKnown = false;
     const qint64 length = reply->rawHeader("X-Content-Length").toLongLong(&lengthKnown);

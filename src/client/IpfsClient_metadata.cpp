@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
 #include "LsParser.h"
@@ -74,10 +75,10 @@ const IpfsClient::MetadataRequest& IpfsClient::kindRequest()
     return request;
 }
 
-void IpfsClient::fetchRefs(const QString& cid, Urgency urgency)
+void IpfsClient::fetchRefs(const QString& cid, Urgency urgency, QObject* owner)
 {
     if (urgency == AtOnce)
-        askAtOnce(refsRequest(), cid);
+        askAtOnce(refsRequest(), cid, owner);
     else if (refsRequests.enqueueUnique(cid))
         pumpRefsQueue();
 }
@@ -97,13 +98,14 @@ void IpfsClient::fetchKind(const QString& cid, Urgency urgency)
 }
 
 /// No load's: a queue full of silent replies doesn't hold it up, nor does a cancel end it.
-void IpfsClient::askAtOnce(const MetadataRequest& request, const QString& cid)
+void IpfsClient::askAtOnce(const MetadataRequest& request, const QString& cid, QObject* owner)
 {
     if (cid.isEmpty())
         return;
     QNetworkReply* reply = request.failureIsOrdinary ? callQuietly(request.path, request.query(cid), request.handler)
                                                      : call(request.path, request.query(cid), request.handler);
     markOutsideQueues(reply, request, cid);
+    endWith(owner, reply);
 }
 
 void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid)

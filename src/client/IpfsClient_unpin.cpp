@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
 #include "PinLists.h"

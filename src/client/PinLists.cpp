@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinLists.h"
 
 #include "CidText.h"

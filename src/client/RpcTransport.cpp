@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RpcTransport.h"
 
 #include "AppSettings.h"

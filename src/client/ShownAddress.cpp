@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ShownAddress.h"
 
 #include <QStringList>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FileNames.h"
 
 #include "ByteText.h"
@@ -22,7 +23,7 @@ constexpr QStringView deviceNumbers = u"123456789¹²³";
 struct Signature
 {
     QByteArrayView prefix;
-    QByteArrayView form; ///< what stands behind a container's name and length
+    QByteArrayView form; ///< what follows a container's name and length
     QLatin1StringView suffix;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QByteArray>
@@ -8,14 +9,14 @@
 QString sanitizeFileName(const QString& name);
 
 /// `path` with each of its parts cleaned. The result is relative, never empty and stays inside the folder that it is
-/// put behind.
+/// appended to.
 QString sanitizeRelativePath(const QString& path);
 
-/// Whether Windows takes the name for a device, whatever its case, its suffix and the folder it stands in.
+/// Whether Windows takes the name for a device, whatever its case, its suffix and its folder.
 bool isDeviceName(const QString& name);
 
 /// A number of bytes for the tree: "512", "1.5 KB", "3.0 MB", "2.2 GB".
 QString formatFileSize(qint64 bytes);
 
-/// The suffix, with its dot, that belongs to a file of these bytes; empty if they tell none.
+/// The suffix, with its dot, that belongs to a file of these bytes; empty if they show none.
 QString suffixOf(const QByteArray& data);

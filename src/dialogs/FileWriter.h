@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QByteArray>
@@ -9,6 +10,7 @@ struct WriteResult
     QString message {}; ///< for people; empty if ok
 };
 
-/// Writes a whole file, on any thread, and replaces one of that name. A write that fails or is broken off leaves
-/// nothing under the name, or the file that stood there before.
+/// Writes a whole file, on any thread, and replaces one of that name. A write that fails or is interrupted leaves
+/// nothing under the name, or the file that was there before; only a file in a folder that takes no new files is
+/// written in place, and the message says that a failure has cost its former content.
 WriteResult writeFile(const QString& path, const QByteArray& data);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IndirectPinsDialog.h"
 
 #include "CidText.h"
@@ -24,8 +25,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 8;
-constexpr int rowHeight = 24;
+constexpr int listMargin = 8;
+constexpr int listRowHeight = 24;
 
 } // namespace
 
@@ -47,7 +48,7 @@ IndirectPinsDialog::IndirectPinsDialog(const QString& cid, IpfsClient* newClient
     setupUi();
     connect(client, &IpfsClient::refsReceived, this, &IndirectPinsDialog::onRefsReceived);
     connect(client, &IpfsClient::errorOccurred, this, &IndirectPinsDialog::onErrorOccurred);
-    client->fetchRefs(rootCid, IpfsClient::AtOnce);
+    client->fetchRefs(rootCid, IpfsClient::AtOnce, this);
     showRows({tr("Loading…")});
 }
 
@@ -56,7 +57,7 @@ void IndirectPinsDialog::setupUi()
     countLabel->setObjectName("countLabel"_L1);
     setupTable();
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(margin, margin, margin, margin);
+    column->setContentsMargins(listMargin, listMargin, listMargin, listMargin);
     column->addWidget(newCidHeading(tr("CIDs referenced under recursive pin: <b>%1</b>"), rootCid, this));
     column->addWidget(countLabel);
     column->addWidget(table, 1);
@@ -66,11 +67,12 @@ void IndirectPinsDialog::setupUi()
 void IndirectPinsDialog::setupTable()
 {
     makeRowTable(table);
+    table->setAccessibleName(tr("Indirect pins"));
     table->setModel(model);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers); // a string list can be edited
     table->setTextElideMode(Qt::ElideMiddle);                  // CIDs differ at their ends
     table->horizontalHeader()->hide();                         // it would call the one column "1"
-    table->verticalHeader()->setDefaultSectionSize(rowHeight);
+    table->verticalHeader()->setDefaultSectionSize(listRowHeight);
     connect(table, &QTableView::customContextMenuRequested, this, &IndirectPinsDialog::onCustomContextMenuRequested);
     // The view's own copying takes the current row alone, and a placeholder as well.
     const auto* copy = new QShortcut(QKeySequence::Copy, table, nullptr, nullptr, Qt::WidgetShortcut);
@@ -82,7 +84,7 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
     if (root != rootCid)
         return;
     if (std::exchange(ownCallFailed, false) && cids.isEmpty()) {
-        countLabel->setText(u"—"_s); // a failed call ends in an empty list as well, and it is not one without refs
+        countLabel->setText(u"—"_s); // a failed call ends in an empty list as well, which doesn't mean no refs
         return;
     }
     showRows(cids.isEmpty() ? QStringList {tr("(no refs)", "keep the parenthesis in front: it marks the row as no CID")}
@@ -93,10 +95,10 @@ void IndirectPinsDialog::onRefsReceived(const QString& root, const QStringList& 
     DialogSizing::requestRefit(this);
 }
 
-/// Whatever the error was about: the client doesn't tell whose call has failed.
+/// Whatever the error is about. Only that of a call for the root's refs is followed by an empty list.
 void IndirectPinsDialog::onErrorOccurred(const QString& message)
 {
-    ownCallFailed = message.contains(rootCid);
+    ownCallFailed = message.startsWith(IpfsClient::tr("Failed to get refs for %1: %2").arg(rootCid, QString()));
     showRows({tr("Error:") + u' ' + messageForLabel(message)});
     table->resizeRowToContents(0); // an address in a message is longer than a line
 }
@@ -104,10 +106,10 @@ void IndirectPinsDialog::onErrorOccurred(const QString& message)
 void IndirectPinsDialog::showRows(const QStringList& texts)
 {
     model->setStringList(texts);
-    table->setRowHeight(0, rowHeight); // an error before may have made it higher
+    table->setRowHeight(0, listRowHeight); // an error before may have made it higher
 }
 
-/// "Loading…" passes: until the answer has come, that row is treated like a CID, and this is meant so.
+/// "Loading…" passes: until the answer has come, that row is treated like a CID, on purpose.
 bool IndirectPinsDialog::isUsable(const QString& text) const
 {
     return !text.isEmpty() && !text.startsWith(u'(') && !text.startsWith(tr("Error:"));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QDialog>
@@ -7,7 +8,8 @@ class QLabel;
 class QStringListModel;
 class QTableView;
 
-/// Lists every CID below one recursive pin, for copying and for opening in a gateway. Asks the node when it is made.
+/// Lists every CID below one recursive pin, for copying and for opening in a gateway. Asks the node when it is made;
+/// destroying it ends the call.
 class IndirectPinsDialog : public QDialog
 {
     Q_OBJECT
@@ -38,5 +40,5 @@ private:
     QStringListModel* model;
     QTableView* table;
     QLabel* countLabel;
-    bool ownCallFailed = false; ///< the last error names the root, so an empty list tells nothing
+    bool ownCallFailed = false; ///< the last error is that of a call for these refs, and its empty list follows
 };

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "PinContentsDialog.h"
 
 #include "CidText.h"
+#include "ContentsItem.h"
 #include "DialogSizing.h"
 #include "FileNames.h"
 #include "IpfsClient.h"
@@ -26,73 +28,13 @@ constexpr int margin = 8;
 constexpr int nameWidth = 220;
 constexpr int sizeWidth = 80;
 constexpr int rowHeight = 22;
-constexpr int lsDirectory = 1; // a listing's number for a directory
-constexpr qsizetype shortCidLength = 12;
-
-enum ItemRole { PathRole = Qt::UserRole, CidRole, DirectoryRole, SizeRole, RootLeafRole };
-
-QTreeWidgetItem* newItem(const QString& name, const QString& sizeText, const FileNode& node)
-{
-    auto* item = new QTreeWidgetItem({name, sizeText, node.cid});
-    item->setData(0, PathRole, node.relativePath);
-    item->setData(0, CidRole, node.cid);
-    item->setData(0, DirectoryRole, node.isDirectory);
-    item->setData(0, SizeRole, node.size);
-    item->setData(0, RootLeafRole, node.isRootSingleFile);
-    return item;
-}
-
-FileNode nodeOf(const QTreeWidgetItem* item)
-{
-    return {.relativePath = item->data(0, PathRole).toString(),
-            .cid = item->data(0, CidRole).toString(),
-            .size = item->data(0, SizeRole).toLongLong(),
-            .isDirectory = item->data(0, DirectoryRole).toBool(),
-            .isRootSingleFile = item->data(0, RootLeafRole).toBool()};
-}
-
-bool isDirectory(const QTreeWidgetItem* item)
-{
-    return item->data(0, DirectoryRole).toBool();
-}
-
-QTreeWidgetItem* newEntryItem(const LsEntry& entry, const QString& parentPath)
-{
-    const bool named = !entry.name.trimmed().isEmpty();
-    const QString safe = sanitizeFileName(named ? entry.name : entry.hash.left(shortCidLength));
-    const bool directory = entry.type == lsDirectory;
-    return newItem(safe, directory ? QString() : formatFileSize(entry.size),
-                   {.relativePath = parentPath.isEmpty() ? safe : parentPath + u'/' + safe,
-                    .cid = entry.hash,
-                    .size = entry.size,
-                    .isDirectory = directory});
-}
+constexpr qsizetype mostOpenListings = 16;
+constexpr qsizetype mostEntries = 250'000; // a tree of links to the same folders has no end
 
 /// A chunk of a file is a link without a name, or with a number for one.
 bool looksLikeChunk(const LsEntry& entry)
 {
     return entry.type != lsDirectory && std::ranges::all_of(entry.name.trimmed(), [](QChar c) { return c.isDigit(); });
-}
-
-/// The items and everything below them, breadth first.
-QList<QTreeWidgetItem*> withDescendants(QList<QTreeWidgetItem*> items)
-{
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        const QTreeWidgetItem* item = items.at(i);
-        for (int row = 0; row < item->childCount(); ++row)
-            items.append(item->child(row));
-    }
-    return items;
-}
-
-QList<FileNode> filesUnder(const QList<QTreeWidgetItem*>& items)
-{
-    QList<FileNode> files;
-    for (const QTreeWidgetItem* item : withDescendants(items)) {
-        if (!isDirectory(item))
-            files.append(nodeOf(item));
-    }
-    return files;
 }
 
 } // namespace
@@ -120,6 +62,12 @@ PinContentsDialog::PinContentsDialog(const QString& cid, IpfsClient* newClient, 
     startLoading();
 }
 
+/// Not by the tree, whose items would be deleted by recursion.
+PinContentsDialog::~PinContentsDialog()
+{
+    clearTree();
+}
+
 void PinContentsDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
@@ -142,6 +90,7 @@ void PinContentsDialog::setupUi()
 void PinContentsDialog::setupTree()
 {
     tree = new QTreeWidget(this);
+    tree->setAccessibleName(tr("Files and folders"));
     tree->setHeaderLabels({tr("Name"), tr("Size"), tr("CID")});
     tree->setColumnWidth(0, nameWidth);
     tree->setColumnWidth(1, sizeWidth);
@@ -168,30 +117,47 @@ QLayout* PinContentsDialog::newButtonRow()
     return row;
 }
 
+void PinContentsDialog::clearTree()
+{
+    while (QTreeWidgetItem* item = tree->takeTopLevelItem(0))
+        deleteWithDescendants(item);
+}
+
 void PinContentsDialog::startLoading()
 {
-    tree->clear();
+    clearTree();
+    listings = std::make_unique<QObject>();
     pendingNodes.clear();
+    waitingItems.clear();
     pendingRootEntries.clear();
     rootKindRequested = false;
     waitingForRootKind = false;
+    stopped = false;
     fileCount = 0;
     folderCount = 0;
-    auto* root = newItem(u"."_s, {}, {.cid = rootCid, .isDirectory = true});
+    auto* root = new ContentsItem(u"."_s, {.cid = rootCid, .isDirectory = true});
     root->setSizeHint(0, {0, rowHeight}); // all rows are as high as the first
     tree->addTopLevelItem(root);
     pendingLsCount = 0;
     askForListing(root);
+    sendListings();
 }
 
-void PinContentsDialog::askForListing(QTreeWidgetItem* item)
+void PinContentsDialog::askForListing(ContentsItem* item)
 {
-    const FileNode node = nodeOf(item);
-    if (node.cid.isEmpty())
-        return; // no request would leave, and no answer ever come
-    pendingNodes.insert(node.cid, {.item = item, .path = node.relativePath});
+    if (item->cidOfItem().isEmpty())
+        return; // no request would be sent, and no answer ever come
+    waitingItems.enqueue(item);
     ++pendingLsCount;
-    client->fetchLs(node.cid);
+}
+
+void PinContentsDialog::sendListings()
+{
+    while (pendingNodes.size() < mostOpenListings && !waitingItems.isEmpty()) {
+        ContentsItem* item = waitingItems.dequeue();
+        pendingNodes.insert(item->cidOfItem(), item);
+        client->fetchLs(item->cidOfItem(), listings.get());
+    }
 }
 
 void PinContentsDialog::onLsReceived(const QString& cid, const QList<LsEntry>& entries)
@@ -199,16 +165,16 @@ void PinContentsDialog::onLsReceived(const QString& cid, const QList<LsEntry>& e
     const auto newest = pendingNodes.constFind(cid);
     if (newest == pendingNodes.constEnd())
         return; // another listener's
-    const PendingNode node = *newest;
+    ContentsItem* item = *newest;
     pendingNodes.erase(newest);
-    const bool isRoot = cid == rootCid && node.path.isEmpty();
-    if (isRoot && !rootKindRequested && looksLikeChunkedFileLinks(entries)) {
+    --pendingLsCount;
+    if (item == tree->topLevelItem(0) && !rootKindRequested && looksLikeChunkedFileLinks(entries)) {
         pendingRootEntries = entries;
         askForRootKind();
     } else {
-        addLsEntries(entries, node.item, node.path);
+        addLsEntries(entries, item);
     }
-    --pendingLsCount;
+    sendListings();
     maybeFinishLoading();
 }
 
@@ -226,20 +192,32 @@ void PinContentsDialog::askForRootKind()
     client->fetchKind(rootCid, IpfsClient::AtOnce);
 }
 
-void PinContentsDialog::addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent, const QString& parentPath)
+void PinContentsDialog::addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent)
 {
+    const qsizetype shown = std::min(entries.size(), mostEntries - fileCount - folderCount);
     QList<QTreeWidgetItem*> children;
-    children.reserve(entries.size());
-    for (const LsEntry& entry : entries)
-        children.append(newEntryItem(entry, parentPath));
-    const auto folders = static_cast<int>(std::ranges::count_if(children, isDirectory));
-    folderCount += folders;
-    fileCount += static_cast<int>(children.size()) - folders;
-    parent->addChildren(children); // at one go: the view looks at them once
-    for (QTreeWidgetItem* child : std::as_const(children)) {
-        if (isDirectory(child))
+    children.reserve(shown);
+    for (const LsEntry& entry : entries.first(shown)) {
+        ContentsItem* child = ContentsItem::ofEntry(entry);
+        children.append(child);
+        ++(child->isDirectory() ? folderCount : fileCount);
+        if (child->isDirectory())
             askForListing(child);
     }
+    if (!children.isEmpty())
+        parent->addChildren(children); // at one go: the view looks at them once
+    if (shown < entries.size() || (fileCount + folderCount == mostEntries && pendingLsCount > 0))
+        stopLoading();
+}
+
+/// Nothing more is asked for, and answers under way are aborted.
+void PinContentsDialog::stopLoading()
+{
+    stopped = true;
+    waitingItems.clear();
+    pendingNodes.clear();
+    pendingLsCount = 0;
+    listings.reset();
 }
 
 void PinContentsDialog::onKindReceived(const QString& cid, const QString& kind)
@@ -250,8 +228,9 @@ void PinContentsDialog::onKindReceived(const QString& cid, const QString& kind)
     if (kind == "File"_L1)
         addRootAsSingleFileLeaf();
     else
-        addLsEntries(pendingRootEntries, tree->topLevelItem(0), {});
+        addLsEntries(pendingRootEntries, tree->topLevelItem(0));
     pendingRootEntries.clear();
+    sendListings();
     maybeFinishLoading();
 }
 
@@ -265,9 +244,7 @@ void PinContentsDialog::addRootAsSingleFileLeaf()
         total += std::clamp<qint64>(entry.size, 0, std::numeric_limits<qint64>::max() - total);
     const QString safe = sanitizeFileName(rootFileName());
     ++fileCount;
-    root->addChild(
-        newItem(safe, total > 0 ? formatFileSize(total) : QString(),
-                {.relativePath = sanitizeRelativePath(safe), .cid = rootCid, .size = total, .isRootSingleFile = true}));
+    root->addChild(new ContentsItem(safe, {.cid = rootCid, .size = total, .isRootSingleFile = true}));
 }
 
 QString PinContentsDialog::rootFileName() const
@@ -292,9 +269,10 @@ void PinContentsDialog::maybeFinishLoading()
 
 void PinContentsDialog::showCounts()
 {
-    status->showProgress(tr("%1 file(s), %2 folder(s)").arg(QString::number(fileCount), QString::number(folderCount)));
+    const QString counts = tr("%1 file(s), %2 folder(s)").arg(QString::number(fileCount), QString::number(folderCount));
+    status->showProgress(stopped ? counts + tr(" (stopped; more is not listed)") : counts);
     tree->expandItem(tree->topLevelItem(0));
-    // A listing that comes late may end the loading once more, in the middle of a save.
+    // A listing that comes late may end the loading again, in the middle of a save.
     setButtonsEnabled(!isSaving());
     DialogSizing::requestRefit(this);
 }
@@ -310,13 +288,13 @@ void PinContentsDialog::onErrorOccurred(const QString& message)
     DialogSizing::requestRefit(this);
 }
 
-QList<FileNode> PinContentsDialog::allFileNodes() const
+QList<const ContentsItem*> PinContentsDialog::allFileNodes() const
 {
     return filesUnder({tree->topLevelItem(0)});
 }
 
-/// A file that is selected together with a folder that holds it is there twice.
-QList<FileNode> PinContentsDialog::selectedFileNodes() const
+/// A file that is selected together with a folder that holds it is listed twice.
+QList<const ContentsItem*> PinContentsDialog::selectedFileNodes() const
 {
     return filesUnder(tree->selectedItems());
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "LsEntry.h"
@@ -5,7 +6,12 @@
 #include <QDialog>
 #include <QList>
 #include <QMultiHash>
+#include <QQueue>
+#include <QStringList>
 
+#include <memory>
+
+class ContentsItem;
 class IpfsClient;
 class QLayout;
 class QProgressBar;
@@ -14,19 +20,10 @@ class QTreeWidget;
 class QTreeWidgetItem;
 class StatusLabel;
 
-/// What an item of the tree stands for.
-struct FileNode
-{
-    QString relativePath {}; ///< cleaned; empty for the root
-    QString cid {};
-    qint64 size = 0; ///< bytes
-    bool isDirectory = false;
-    bool isRootSingleFile = false; ///< the pin is this file
-};
-
-/// The tree of files under one recursive pin, and the saving of all or some of them to a folder. It loads by itself
-/// once it is made. Files are downloaded one after the other and each is written on a thread of its own; a file that
-/// fails does not stop the others. Closing the dialog ends a save behind the file that is being written.
+/// The tree of files under one recursive pin, and the saving of all or some of them to a folder. Loads when it is made,
+/// with a limit of open listings and of entries, since a tree may be hostile. Files are downloaded one after the other
+/// and each is written on a thread of its own; a file that fails does not stop the others, and a box lists those that
+/// failed. Destroying the dialog ends its calls, and a save after the file that is being written.
 class PinContentsDialog : public QDialog
 {
     Q_OBJECT
@@ -34,6 +31,9 @@ class PinContentsDialog : public QDialog
 public:
     /// `rootName` names the file if the pin is a single one; it may be empty. The client is not owned.
     PinContentsDialog(const QString& cid, IpfsClient* newClient, QWidget* parent, const QString& newRootName);
+    ~PinContentsDialog() override;
+
+    bool isSaving() const { return saveIndex < saveQueue.size(); }
 
 private slots:
     void onLsReceived(const QString& cid, const QList<LsEntry>& entries);
@@ -46,37 +46,35 @@ private slots:
     void onAsyncFileWriteFinished(bool ok, const QString& errorMessage);
 
 private:
-    struct PendingNode
-    {
-        QTreeWidgetItem* item = nullptr;
-        QString path {};
-    };
-
     void setupUi();
     void setupTree();
     QLayout* newButtonRow();
 
     void startLoading();
-    void askForListing(QTreeWidgetItem* item);
+    void stopLoading();
+    void clearTree();
+    void askForListing(ContentsItem* item);
+    void sendListings();
     void askForRootKind();
-    void addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent, const QString& parentPath);
+    void addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent);
     void addRootAsSingleFileLeaf();
     bool looksLikeChunkedFileLinks(const QList<LsEntry>& entries) const;
     QString rootFileName() const;
     void maybeFinishLoading();
     void showCounts();
 
-    QList<FileNode> allFileNodes() const;
-    QList<FileNode> selectedFileNodes() const;
+    QList<const ContentsItem*> allFileNodes() const;
+    QList<const ContentsItem*> selectedFileNodes() const;
     void showNothingToSave(const QString& title, const QString& text);
-    void askForFolder(const QString& title, const QList<FileNode>& files);
-    void startSave(const QList<FileNode>& files, const QString& folder);
+    void askForFolder(const QString& title, const QList<const ContentsItem*>& files);
+    void startSave(const QList<const ContentsItem*>& files, const QString& folder);
     void saveNextSelectedFile();
     void advanceSave();
     void endSave();
-    bool isSaving() const { return saveIndex < saveQueue.size(); }
+    void noteFailure(const QString& reason);
+    void showFailures();
     bool isCurrentDownload(const QString& cid) const;
-    QString targetPath(const FileNode& file) const;
+    QString targetPath(const QString& relativePath) const;
     void writeDownloadedFileAsync(const QString& path, const QByteArray& bytes);
     void setButtonsEnabled(bool on);
 
@@ -90,15 +88,19 @@ private:
     QPushButton* saveAllButton = nullptr;
     QPushButton* saveSelectedButton = nullptr;
 
-    int pendingLsCount = 0;                        ///< below 0 once a failed listing has been counted twice
-    QMultiHash<QString, PendingNode> pendingNodes; ///< listings in flight; one CID may stand at several places
-    int fileCount = 0; ///< items of the tree, kept along: late listings may end the loading many times
+    int pendingLsCount = 0;             ///< not answered yet; below 0 after a failed listing that was counted twice
+    std::unique_ptr<QObject> listings;  ///< owns the calls for listings
+    QQueue<ContentsItem*> waitingItems; ///< folders whose listing is not asked for yet
+    QMultiHash<QString, ContentsItem*> pendingNodes; ///< listings in flight; several items may have the same CID
+    int fileCount = 0; ///< counted while items are added: late listings may end the loading many times
     int folderCount = 0;
+    bool stopped = false; ///< there were too many entries
     bool rootKindRequested = false;
     bool waitingForRootKind = false;
     QList<LsEntry> pendingRootEntries; ///< held until the root's kind is known
 
-    QList<FileNode> saveQueue;
+    QList<const ContentsItem*> saveQueue;
+    QStringList saveFailures; ///< "path: reason"
     QString saveTargetDirectory {};
     int saveIndex = 0; ///< at the end of the queue while nothing is being saved
     bool writeInProgress = false;

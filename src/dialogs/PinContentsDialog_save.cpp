@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "PinContentsDialog.h"
 
+#include "ContentsItem.h"
 #include "Detached.h"
 #include "FileNames.h"
 #include "FileWriter.h"
@@ -17,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 void PinContentsDialog::onSaveAllFiles()
 {
-    const QList<FileNode> files = allFileNodes();
+    const QList<const ContentsItem*> files = allFileNodes();
     if (files.isEmpty())
         showNothingToSave(tr("Save all files"), tr("No files in this pin."));
     else
@@ -26,7 +28,7 @@ void PinContentsDialog::onSaveAllFiles()
 
 void PinContentsDialog::onSaveSelected()
 {
-    const QList<FileNode> files = selectedFileNodes();
+    const QList<const ContentsItem*> files = selectedFileNodes();
     if (files.isEmpty())
         showNothingToSave(tr("Save selected"), tr("Select one or more files in the tree (directories are skipped)."));
     else
@@ -42,7 +44,7 @@ void PinContentsDialog::showNothingToSave(const QString& title, const QString& t
 }
 
 /// Opened without an event loop of its own, so this dialog may go while it is open.
-void PinContentsDialog::askForFolder(const QString& title, const QList<FileNode>& files)
+void PinContentsDialog::askForFolder(const QString& title, const QList<const ContentsItem*>& files)
 {
     auto* picker = new QFileDialog(this, title);
     picker->setAttribute(Qt::WA_DeleteOnClose);
@@ -54,12 +56,13 @@ void PinContentsDialog::askForFolder(const QString& title, const QList<FileNode>
     picker->open();
 }
 
-void PinContentsDialog::startSave(const QList<FileNode>& files, const QString& folder)
+void PinContentsDialog::startSave(const QList<const ContentsItem*>& files, const QString& folder)
 {
     if (folder.isEmpty())
         return;
     saveTargetDirectory = folder;
     saveQueue = files;
+    saveFailures.clear();
     saveIndex = 0;
     setButtonsEnabled(false);
     progress->setRange(0, static_cast<int>(saveQueue.size()));
@@ -73,10 +76,11 @@ void PinContentsDialog::saveNextSelectedFile()
     if (!isSaving()) {
         status->showProgress(tr("Saved %1 file(s) to %2").arg(QString::number(saveQueue.size()), saveTargetDirectory));
         endSave();
+        showFailures();
         return;
     }
-    const FileNode& file = saveQueue.at(saveIndex);
-    const QDir folder = QFileInfo(targetPath(file)).absoluteDir();
+    const FileNode file = saveQueue.at(saveIndex)->node();
+    const QDir folder = QFileInfo(targetPath(file.relativePath)).absoluteDir();
     if (!folder.exists() && !folder.mkpath(u"."_s)) {
         status->showFailure(tr("Failed to create directory: %1").arg(folder.absolutePath()));
         endSave();
@@ -84,10 +88,10 @@ void PinContentsDialog::saveNextSelectedFile()
     }
     status->showProgress(tr("Downloading %1…").arg(file.relativePath));
     if (!file.cid.isEmpty()) {
-        client->fetchCat(file.cid);
+        client->fetchCat(file.cid, this);
         return;
     }
-    // No request would leave, and no answer ever come.
+    // No request would be sent, and no answer ever come.
     QMetaObject::invokeMethod(
         this, [this] { onCatFailed({}, tr("it has no CID")); }, Qt::QueuedConnection);
 }
@@ -99,29 +103,49 @@ void PinContentsDialog::endSave()
     setButtonsEnabled(true);
 }
 
+void PinContentsDialog::noteFailure(const QString& reason)
+{
+    saveFailures.append(tr("%1: %2").arg(saveQueue.at(saveIndex)->path(), reason));
+}
+
+/// Opened without an event loop of its own. The paths and reasons are plain text there.
+void PinContentsDialog::showFailures()
+{
+    if (saveFailures.isEmpty())
+        return;
+    const QString text = tr("%1 of %2 file(s) were not saved.");
+    auto* box = new QMessageBox(QMessageBox::Warning, tr("Files not saved"),
+                                text.arg(QString::number(saveFailures.size()), QString::number(saveQueue.size())),
+                                QMessageBox::Ok, this);
+    box->setTextFormat(Qt::PlainText);
+    box->setDetailedText(saveFailures.join(u'\n'));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
 void PinContentsDialog::setButtonsEnabled(bool on)
 {
     saveAllButton->setEnabled(on);
     saveSelectedButton->setEnabled(on);
 }
 
-QString PinContentsDialog::targetPath(const FileNode& file) const
+QString PinContentsDialog::targetPath(const QString& relativePath) const
 {
-    return saveTargetDirectory + u'/' + sanitizeRelativePath(file.relativePath);
+    return saveTargetDirectory + u'/' + sanitizeRelativePath(relativePath);
 }
 
 /// While a file is written its download has ended, so whatever arrives then is another listener's.
 bool PinContentsDialog::isCurrentDownload(const QString& cid) const
 {
-    return isSaving() && !writeInProgress && saveQueue.at(saveIndex).cid == cid;
+    return isSaving() && !writeInProgress && saveQueue.at(saveIndex)->cidOfItem() == cid;
 }
 
 void PinContentsDialog::onCatReceived(const QString& cid, const QByteArray& bytes)
 {
     if (!isCurrentDownload(cid))
         return;
-    const FileNode& file = saveQueue.at(saveIndex);
-    const QString path = targetPath(file);
+    const FileNode file = saveQueue.at(saveIndex)->node();
+    const QString path = targetPath(file.relativePath);
     const bool unknownType = file.isRootSingleFile && QFileInfo(path).suffix().isEmpty();
     writeDownloadedFileAsync(unknownType ? path + suffixOf(bytes) : path, bytes);
 }
@@ -130,7 +154,8 @@ void PinContentsDialog::onCatFailed(const QString& cid, const QString& errorMess
 {
     if (!isCurrentDownload(cid))
         return;
-    status->showFailure(tr("Failed to download %1: %2").arg(saveQueue.at(saveIndex).relativePath, errorMessage));
+    status->showFailure(tr("Failed to download %1: %2").arg(saveQueue.at(saveIndex)->path(), errorMessage));
+    noteFailure(errorMessage);
     advanceSave();
 }
 
@@ -148,6 +173,8 @@ void PinContentsDialog::onAsyncFileWriteFinished(bool ok, const QString& errorMe
     writeInProgress = false;
     if (!ok && !errorMessage.isEmpty())
         status->showFailure(errorMessage);
+    if (!ok)
+        noteFailure(errorMessage);
     advanceSave();
 }
 

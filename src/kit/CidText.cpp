@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CidText.h"
 
 #include <QCryptographicHash>

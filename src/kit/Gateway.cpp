@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Gateway.h"
 
 #include "ProductInfo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LogTime.h"
 
 #include <QDateTime>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Raises the soft limit of open files of this process to its hard limit; does nothing where there is no such limit.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinFilterProxyModel.h"
 
 #include "PinModel.h"
@@ -46,6 +47,10 @@ bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& r
 {
     const QString* leftText = heldText(left);
     const QString* rightText = heldText(right);
+    // The stock order takes a number and the placeholder for equal, which leaves the numbers around it unsorted.
+    const bool placeholderIsRight = !leftText && rightText && !rightText->isEmpty();
+    if (placeholderIsRight && left.column() == PinModel::RefsColumn && sortRole() == Qt::DisplayRole)
+        return true;
     if (!leftText || !rightText || sortRole() != Qt::DisplayRole || isSortLocaleAware())
         return QSortFilterProxyModel::lessThan(left, right);
     return leftText != rightText && leftText->compare(*rightText, sortCaseSensitivity()) < 0;

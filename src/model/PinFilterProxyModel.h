@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <QSortFilterProxyModel>
 
-/// Narrows the pin table by pin type and search text. Sorting is the stock one: by the shown values.
+/// Narrows the pin table by pin type and search text. Sorts by the shown values in stock order, save that an unknown
+/// number of refs comes after the known ones.
 class PinFilterProxyModel : public QSortFilterProxyModel
 {
     Q_OBJECT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinModel.h"
 
 #include "ByteText.h"
@@ -66,7 +67,7 @@ const QString* refsText(const PinEntry& pin)
     return pin.refsCount < 0 ? &placeholder() : nullptr;
 }
 
-/// Null where the cell shows a number or a text made for the occasion.
+/// Null where the cell shows a number or a formatted text.
 const QString* textOf(const PinEntry& pin, int column)
 {
     switch (column) {
@@ -175,6 +176,7 @@ Qt::ItemFlags PinModel::flags(const QModelIndex& index) const
 void PinModel::setPins(const QList<PinEntry>& newPins)
 {
     beginResetModel();
+    ++resets;
     pins = newPins;
     rowsByCid.clear();
     rowsByCid.reserve(pins.size());
@@ -195,8 +197,11 @@ void PinModel::setFact(const QString& cid, Field PinEntry::*field, const Field& 
                        const QList<int>& roles)
 {
     const Rows rows = rowsByCid.value(cid); // a copy, since a slot of dataChanged may reset the model
+    const auto resetsBefore = resets;
     for (const int row : rows) {
-        if (row >= pins.size() || std::as_const(pins).at(row).*field == value)
+        if (resets != resetsBefore)
+            return; // the rows of the new list are not those that the value is meant for
+        if (std::as_const(pins).at(row).*field == value)
             continue;
         pins[row].*field = value;
         const QModelIndex cell = index(row, column);

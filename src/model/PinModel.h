@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "PinEntry.h"
@@ -43,7 +44,7 @@ public:
 
     /// Null if `row` is out of range; valid until the content changes.
     const PinEntry* pinAt(int row) const;
-    /// The text that a cell shows, without a copy; null where the cell shows a number or a text made for the occasion.
+    /// The text that a cell shows, without a copy; null where the cell shows a number or a formatted text.
     const QString* heldText(int row, Column column) const;
     /// Rows of other types count in none of the three.
     TypeCounts countsByType() const;
@@ -63,7 +64,8 @@ private:
     const QFont& fontOfHeaders() const;
 
     QList<PinEntry> pins;
-    /// Nearly every CID has one row, so the list of its rows needs no memory of its own.
+    quint64 resets = 0; ///< how often the content was replaced
+    /// Nearly every CID has one row, so the list of its rows rarely allocates.
     using Rows = QVarLengthArray<int, 1>;
     QHash<QString, Rows> rowsByCid;
     mutable QFont cidFont;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DialogSizing.h"
 
 #include "AppSettings.h"

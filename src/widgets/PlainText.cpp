@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PlainText.h"
 
 #include <QLabel>

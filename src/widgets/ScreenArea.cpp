@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ScreenArea.h"
 
 #include <QGuiApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StatusLabel.h"
 
 #include "PlainText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ConnectionStatusDot.h"
 #include "IpfsClient.h"
 #include "PinModel.h"
@@ -82,8 +83,13 @@ private slots:
     {
         QTest::addColumn<NodeAnswer>("answer");
         QTest::addColumn<QString>("ending");
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
-        QTest::newRow("break in mid-line") << NodeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s;
+        QTest::addColumn<QString>("words");
+        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s
+                                 << QString();
+        QTest::newRow("break in mid-line")
+            << NodeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s << QString();
+        QTest::newRow("with a reason") << NodeAnswer::error("<b>locked</b>") << u"Internal Server Error"_s
+                                       << u"The node says: <b>locked</b>"_s;
     }
     void failures()
     {
@@ -103,9 +109,14 @@ private slots:
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected\nDisconnected from http://"_s));
         QCOMPARE(label("peerIdLabel"_L1)->text(), u"Not connected"_s);
         QCOMPARE(rows(), 3); // the old ones
+        const QLabel* words = label("nodeWordsLabel"_L1);
+        QTEST(words->isVisibleTo(window.get()) ? words->text() : QString(), "words");
+        QCOMPARE(words->textFormat(), Qt::PlainText);
+        QCOMPARE(window->statusLog().filter(u"  The node says: <b>locked</b>"_s).size(),
+                 words->text().isEmpty() ? 0 : 1);
         node->answer(path, NodeAnswer::json(pinLines(1)));
         refreshButton()->click();
-        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
+        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()) && !words->isVisibleTo(window.get()));
         QVERIFY(waitForRows(1));
     }
 
@@ -115,6 +126,24 @@ private slots:
         open();
         QTRY_VERIFY(!window->statusLog().filter(u"Error: Network error: Connection refused"_s).isEmpty());
         QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
+        QVERIFY(table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
+    }
+
+    void aNodeThatDiesKeepsItsRows()
+    {
+        setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
+        open();
+        QVERIFY(waitForRows(3));
+        QTRY_VERIFY(label("countLabel"_L1)->text().endsWith(u"3/3 CIDs"_s));
+        const QString counts = label("countLabel"_L1)->text();
+        QTRY_COMPARE(node->openNow(), 0);
+        node->stop();
+        refreshButton()->click();
+        QTRY_COMPARE(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size(), 2);
+        QTest::qWait(50);
+        QCOMPARE(rows(), 3);
+        QCOMPARE(label("countLabel"_L1)->text(), counts);
+        QVERIFY(window->statusLog().filter(u"Loaded 0"_s).isEmpty());
     }
 
     void onlyAComboLeavesASilentNode()

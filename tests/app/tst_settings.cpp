@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DialogSizing.h"
 #include "IpfsClient.h"
 #include "ModalAnswer.h"
@@ -356,6 +357,28 @@ private slots:
         QCOMPARE(node->requests(path).constLast().value(u"type"_s), u"direct"_s);
         QCOMPARE(node->requests(path).constLast().header("Origin"), "http://mine");
         QTRY_COMPARE_WITH_TIMEOUT(node->count("/id"), 2, 8000); // auto-refresh
+    }
+
+    void aNewAddressIsUsedAtOnce()
+    {
+        FakeNode other;
+        other.answer("/id", NodeAnswer::json(R"({"ID":"y"})"));
+        other.answer(path, NodeAnswer::hold());
+        answerSettings([this, &other](SettingsDialog& dialog) {
+            QCOMPARE(rows(), 1);
+            node->answer(path, NodeAnswer::hold());
+            refreshButton()->click();
+            QTRY_VERIFY(node->heldCount(path) == 2);
+            dialog.setPort(other.port());
+            withText<QPushButton>(dialog, u"OK"_s)->click();
+        });
+        QCOMPARE(rows(), 0);
+        QTRY_COMPARE(other.heldCount(path), 2);
+        QTRY_COMPARE(node->openNow(path), 0); // the load that ran is cancelled
+        for (int half = 0; half < 2; ++half)
+            other.release(path, NodeAnswer::json("{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
+        QVERIFY(waitForRows(1));
+        QCOMPARE(cells(0), QStringList(u"b"_s));
     }
 
     void theUnpinnedViewAndBack()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DemoNode.h"
 #include "PinModel.h"
 #include "WindowTest.h"

@@ -1,6 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "Appearance.h"
+#include "EmptyTable.h"
 #include "ModalAnswer.h"
+#include "NoticeArea.h"
 #include "PeerLabel.h"
+#include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "TestMain.h"
@@ -9,8 +13,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDialog>
+#include <QElapsedTimer>
+#include <QLabel>
 #include <QPalette>
 #include <QPointer>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 using namespace Qt::StringLiterals;
@@ -59,17 +66,13 @@ private slots:
         QTEST(table.selectedCids(), "selectedThen");
     }
 
-    void copyAndOpen()
+    void selectionAndMenu()
     {
         PinModel model;
         model.setPins(pins());
         PinTable table(&model);
-        QGuiApplication::clipboard()->setText(u"before"_s);
-        QCOMPARE(table.copySelectedCids(), -1);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
         select(table, {2, 0});
-        QCOMPARE(table.copySelectedCids(), 2);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"d\nr1"_s); // in the order of the selection
+        QCOMPARE(table.selectedCids(), QStringList({u"d"_s, u"r1"_s})); // in the order of the selection
         QCOMPARE(table.firstSelectedCid(), u"d"_s);
 
         table.show();
@@ -79,6 +82,89 @@ private slots:
         table.showRowMenu(placeOf(table, 0), true);
         QCOMPARE(contents.size(), 1);
         QCOMPARE(contents.constFirst(), QVariantList({u"r1"_s, u"<b>one"_s}));
+    }
+
+    void aResetKeepsThePlace_data()
+    {
+        QTest::addColumn<int>("removed"); // from the start of 100,000 rows
+        QTest::addColumn<int>("step");    // between selected rows
+        QTest::addColumn<int>("selected");
+        QTest::addColumn<int>("top");
+        QTest::newRow("the same list") << 0 << 10 << 10'000 << 50'000;
+        QTest::newRow("rows are gone above") << 3 << 10 << 9'999 << 49'997;
+        QTest::newRow("too large a selection") << 0 << 9 << 0 << 50'000;
+        QTest::newRow("nothing left") << 100'000 << 10 << 0 << 0;
+    }
+    void aResetKeepsThePlace()
+    {
+        QFETCH(const int, removed);
+        QFETCH(const int, step);
+        constexpr int count = 100'000;
+        constexpr int current = 50'010;
+        QList<PinEntry> list;
+        for (int i = 0; i < count; ++i)
+            list.append({.cid = u"bafybeig"_s + QString::number(i).rightJustified(51, u'0'), .type = PinType::direct});
+        PinModel model;
+        PinFilterProxyModel filter;
+        filter.setSourceModel(&model);
+        PinTable table(&filter);
+        table.resize(800, 600);
+        table.show();
+        model.setPins(list); // into the sorted table, as later lists come
+        QItemSelection ranges;
+        for (int row = 0; row < count; row += step)
+            ranges.select(filter.index(row, 0), filter.index(row, PinModel::NameColumn));
+        table.selectionModel()->select(ranges, QItemSelectionModel::ClearAndSelect);
+        table.selectionModel()->setCurrentIndex(filter.index(current, 3), QItemSelectionModel::NoUpdate);
+        table.verticalScrollBar()->setValue(50'000);
+
+        QElapsedTimer stall;
+        stall.start();
+        const PinTable::Place place = table.place();
+        const qint64 taken = stall.elapsed();
+        list.remove(0, removed);
+        model.setPins(list);
+        stall.restart();
+        table.restore(place);
+        qInfo("%lld ms to take, %lld ms to restore", taken, stall.elapsed());
+        QTEST(static_cast<int>(table.selectedCids().size()), "selected");
+        QTEST(table.verticalScrollBar()->value(), "top");
+        const QModelIndex now = table.currentIndex();
+        QCOMPARE(now.row(), list.isEmpty() ? -1 : current - removed);
+        QCOMPARE(now.column(), list.isEmpty() ? -1 : 3);
+    }
+
+    void anEmptyTableSaysWhy_data()
+    {
+        QTest::addColumn<EmptyTable>("table");
+        QTest::addColumn<QString>("part"); // of the text; empty if it shows nothing
+        const QString down = u"Network error: Connection refused"_s;
+        const QString forbidden = u"Network error: Error transferring http://a/ - server replied: Forbidden"_s;
+        const QString missing = u"Network error: Error transferring http://a/ - server replied: Not found"_s;
+        const QString a = u"http://a"_s;
+        const auto row = [](const char* name, const EmptyTable& table, const QString& part) {
+            QTest::newRow(name) << table << part;
+        };
+        row("nothing asked", {}, u"Refresh (F5)"_s);
+        row("loading", {.state = EmptyTable::Loading, .address = a}, u"Loading the list from http://a…"_s);
+        row("no node", {.state = stateAfter(down), .address = a}, u"No node answers at http://a.\n\nStart"_s);
+        row("no host", {.state = stateAfter(u"Network error: Host a not found"_s), .address = a}, u"No node answers"_s);
+        row("refused", {.state = stateAfter(forbidden), .address = a}, u"http://a refuses requests (403)"_s);
+        row("failed at the node", {.state = stateAfter(missing), .reason = missing}, missing);
+        row("cut off", {.state = stateAfter(u"Connection closed"_s), .reason = u"%1<b>"_s}, u"%1<b>"_s);
+        row("no pins", {.state = EmptyTable::Loaded, .allTypes = true}, u"no pins."_s);
+        row("no pins of the type", {.state = EmptyTable::Loaded, .searching = true}, u"no pins of this type"_s);
+        row("no blocks", {.state = EmptyTable::Loaded, .unpinned = true}, u"Every block"_s);
+        row("nothing found", {.state = EmptyTable::Loading, .searching = true, .total = 7}, u"None of the 7 row(s)"_s);
+        row("rows", {.state = stateAfter(down), .total = 7, .shown = 1}, {});
+    }
+    void anEmptyTableSaysWhy()
+    {
+        QFETCH(const EmptyTable, table);
+        QFETCH(const QString, part);
+        const QString text = emptyTableText(table);
+        QCOMPARE(text.isEmpty(), part.isEmpty());
+        QVERIFY2(text.contains(part), qPrintable(text));
     }
 
     void aLongPeerIsElidedAndKeptWhole()
@@ -96,6 +182,27 @@ private slots:
         const QImage elided = label.grab().toImage();
         label.showPeer(id, u"<b>kuba"_s); // the end is in sight
         QVERIFY(label.grab().toImage() != elided);
+    }
+
+    void theNodesWordsGoWithTheirNotification()
+    {
+        NoticeArea area;
+        const auto* words = area.findChild<QLabel*>(u"nodeWordsLabel"_s);
+        QVERIFY(area.showNodeWords(QString(5000, u'x')).endsWith(QString(299, u'x') + u'…'));
+        QCOMPARE(words->text().size(), area.showNodeWords(QString(5000, u'\n') + QString(300, u'x')).size());
+        area.showNotification(u"of the same call"_s, true);
+        QCoreApplication::processEvents();
+        area.showNotification(u"of another call"_s, true);
+        QVERIFY(words->isHidden() && !area.isHidden());
+
+        area.showNodeWords(u"without a notification"_s);
+        QCoreApplication::processEvents();
+        area.hideNotification();
+        QVERIFY(!words->isHidden()); // it has its time
+        area.showNodeWords(u"replaced"_s);
+        area.showNotification(u"of their call"_s, true);
+        area.hideNotification();
+        QVERIFY(words->isHidden() && area.isHidden());
     }
 
     void toolTipsCanBeRead()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ClientLog.h"
 
 using namespace Qt::StringLiterals;
@@ -323,6 +324,23 @@ private slots:
         client->fetchCat({});
         QTRY_COMPARE(log->outcome().join(u'|'), line.replace(u"%1"_s, QString::number(node->port())));
         QCOMPARE(node->count("/cat"), 1);
+    }
+
+    void callsEndInSilenceWithTheirOwner()
+    {
+        auto owner = std::make_unique<QObject>();
+        for (const QByteArray& path : {lsPath, "/cat"_ba, refsPath})
+            node->answer(path, NodeAnswer::hold());
+        client->fetchLs(u"c"_s, owner.get());
+        client->fetchCat(u"c"_s, owner.get());
+        client->fetchRefs(u"c"_s, IpfsClient::AtOnce, owner.get());
+        client->fetchLs(u"of nobody"_s);
+        QTRY_COMPARE(node->openNow(), 4);
+        owner.reset();
+        QTRY_COMPARE(node->openNow(), 1);
+        QCOMPARE(log->lines, QStringList());
+        node->release(lsPath, NodeAnswer::json("{\"Objects\":[]}"), node->heldCount(lsPath) - 1);
+        QTRY_COMPARE(log->lines, QStringList {u"ls of nobody"_s});
     }
 
 private:

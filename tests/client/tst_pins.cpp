@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ClientLog.h"
 #include "PinLists.h"
 #include "ReplyProperties.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FileNames.h"
 #include "FileWriter.h"
 #include "TestMain.h"
@@ -12,13 +13,16 @@
 #ifdef Q_OS_UNIX
 #include <csignal>
 #include <sys/resource.h>
+#include <unistd.h>
 #endif
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The most that a file may take stands for the room on a disk. Tells whether it can be set here.
+constexpr quint64 allRoom = std::numeric_limits<quint64>::max();
+
+/// Bounds the size of files, as a full disk would. Returns whether it can be set here.
 bool setRoom([[maybe_unused]] quint64 bytes)
 {
 #ifdef Q_OS_UNIX
@@ -37,6 +41,23 @@ QByteArray contentOf(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
 }
+
+#ifdef Q_OS_UNIX
+/// Root may write into any folder, so for a while the process is somebody else.
+class WithoutPrivileges
+{
+    Q_DISABLE_COPY_MOVE(WithoutPrivileges)
+
+public:
+    WithoutPrivileges() { dropped = user != 0 || ::seteuid(nobody) == 0; }
+    ~WithoutPrivileges() { dropped = user != 0 || ::seteuid(user) == 0; }
+    bool dropped = false;
+
+private:
+    static constexpr uid_t nobody = 65534;
+    const uid_t user = ::geteuid();
+};
+#endif
 
 QStringList entriesOf(const QString& folder)
 {
@@ -142,8 +163,11 @@ private slots:
 
     void files()
     {
-        constexpr qsizetype room = 1024 * 1024;
-        const QByteArray tooMuch(room + 1, 'x');
+        const QByteArray large(1024 * 1024, 'x');
+        const QByteArray small(5000, 'y'); // buffered as a whole, so no write but the last flush meets the limit
+        const QList<std::pair<QByteArray, quint64>> writes {
+            {large, 1024 * 1024 - 1},        {small, 4999}, {small, 5000}, {QByteArray(), 0},
+            {QByteArray("short\0er", 8), 8}, {small, 0},    {large, 5000}};
         const QList<std::pair<QString, bool>> names {{QString(255, u'n'), true}, // no room for a temporary suffix
                                                      {QString(248, u'n'), true},
                                                      {QString(256, u'n'), false},
@@ -152,11 +176,10 @@ private slots:
             const QTemporaryDir folder;
             const QString path = folder.filePath(name);
             QByteArray kept = "unreadable";
-            for (const auto& data :
-                 {tooMuch, QByteArray(5000, 'x'), QByteArray(), QByteArray("short\0er", 8), tooMuch}) {
-                const bool full = setRoom(room) && data == tooMuch;
+            for (const auto& [data, room] : writes) {
+                const bool full = setRoom(room) && room < static_cast<quint64>(data.size());
                 const WriteResult result = writeFile(path, data);
-                setRoom(std::numeric_limits<quint64>::max());
+                setRoom(allRoom);
                 QVERIFY2(result.ok == (writable && !full), qPrintable(name + result.message));
                 QCOMPARE(result.message.isEmpty(), result.ok);
                 QVERIFY(!writable || !full || result.message == u"Failed to write "_s + name);
@@ -167,6 +190,32 @@ private slots:
             }
         }
     }
+
+#ifdef Q_OS_UNIX
+    void aFileInAFolderThatTakesNoNewOnes()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"a.txt"_s);
+        QVERIFY(writeFile(path, "old content").ok);
+        const QFile::Permissions readers = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+        const QFile::Permissions entrants = readers | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+        QVERIFY(QFile::setPermissions(path, readers | QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther));
+        QVERIFY(QFile::setPermissions(folder.path(), entrants));
+        {
+            const WithoutPrivileges other;
+            QVERIFY(other.dropped);
+            QCOMPARE(writeFile(path, "new").message, QString());
+            QCOMPARE(contentOf(path), "new");
+            QVERIFY(setRoom(2));
+            QCOMPARE(writeFile(path, "newer").message, u"Failed to write a.txt, which has lost its former content"_s);
+            setRoom(allRoom);
+            QVERIFY(contentOf(path).size() <= 2);
+            QVERIFY(writeFile(folder.filePath(u"b.txt"_s), "b").message.startsWith(u"Cannot write: "_s));
+            QVERIFY(QFile::exists(path));
+        }
+        QVERIFY(QFile::setPermissions(folder.path(), entrants | QFile::WriteOwner));
+    }
+#endif
 };
 
 NORVO_TEST_MAIN(QCoreApplication, tst_FileNames)

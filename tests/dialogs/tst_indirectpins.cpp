@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Detached.h"
 #include "FakeNode.h"
 #include "IndirectPinsDialog.h"
@@ -61,12 +62,21 @@ private slots:
             QByteArray body;
             for (const QString& cid : cids)
                 body += "{\"Ref\":\"" + cid.toUtf8() + "\",\"Err\":\"\"}\n";
+            emit client->errorOccurred(u"DAG stat failed for %1: no"_s.arg(root)); // says nothing about the refs
             node->release("/refs", NodeAnswer::json(body));
             QTRY_COMPARE(countLabel()->text(), count);
             QCOMPARE(rows(), cids.isEmpty() ? QStringList {u"(no refs)"_s} : cids);
             QCOMPARE(dialog->windowTitle(), u"Indirect pins under %1 (%2)"_s.arg(titleCid, count));
             QVERIFY(table()->hasFocus());
         }
+    }
+
+    void closingEndsTheCall()
+    {
+        open(u"r"_s);
+        QTRY_COMPARE(node->heldCount("/refs"), 1);
+        dialog.reset();
+        QTRY_COMPARE(node->openNow(), 0);
     }
 
     void anyErrorTakesTheRows()
@@ -95,7 +105,7 @@ private slots:
         }
     }
 
-    /// The client tells of the error, and then of an empty list.
+    /// The client reports the error, and then an empty list.
     void aFailedCallIsNoListWithoutRefs()
     {
         node->answer("/refs", NodeAnswer::error("no such block"));
@@ -148,6 +158,9 @@ private:
     {
         opened.clear();
         QGuiApplication::clipboard()->setText(u"before"_s);
+        dialog->activateWindow(); // no window manager gives back the focus that a menu took
+        table()->setFocus();
+        QTRY_VERIFY(dialog->isActiveWindow() && table()->hasFocus());
         QTest::keySequence(table(), QKeySequence::Copy);
         for (const char* slot : {"onOpenInGateway", "onOpenFromLocal"})
             QVERIFY(QMetaObject::invokeMethod(dialog.get(), slot));
@@ -165,7 +178,7 @@ private:
     {
         QTest::mouseClick(table()->viewport(), Qt::LeftButton, modifiers, pointIn(row));
     }
-    /// Asks for the menu at a row and takes an entry; tells whether there was a menu.
+    /// Asks for the menu at a row and takes an entry; returns whether there was a menu.
     bool chooseFromMenu(int row, const QString& entry)
     {
         const MenuAnswer menu(entry);

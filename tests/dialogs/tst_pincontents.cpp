@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+#include "ContentsItem.h"
 #include "Detached.h"
 #include "FakeNode.h"
 #include "IpfsClient.h"
@@ -127,6 +129,46 @@ private slots:
         QVERIFY(!saveAll()->isEnabled());
     }
 
+    void fewListingsAreOpenAtATime()
+    {
+        QStringList folders;
+        for (int i = 0; i < 40; ++i)
+            folders.append(u"d=held/"_s);
+        haveListings(u"root>"_s + folders.join(u','));
+        open();
+        for (int i = 0; i < 40; ++i) {
+            QTRY_COMPARE(node->heldCount("/ls"), std::min(16, 40 - i));
+            node->release("/ls", listing(u"f=F"_s));
+        }
+        QTRY_COMPARE(status(), u"40 file(s), 40 folder(s)"_s);
+        QCOMPARE(node->mostOpen("/ls"), 16);
+    }
+
+    void tooManyEntriesStopTheLoading()
+    {
+        haveListings(u"root>d=held/,big=big/,late=late/"_s);
+        served[u"big"_s] = u"f=F,"_s.repeated(250'000);
+        served[u"late"_s] = u"f=F"_s;
+        open();
+        QTRY_VERIFY_WITH_TIMEOUT(saveAll()->isEnabled(), 60'000);
+        const QString all = u"%1 file(s), 3 folder(s) (stopped; more is not listed)"_s;
+        QVERIFY(status() == all.arg(249'997) || status() == all.arg(249'996)); // with the late folder, or before it
+        QTRY_COMPARE(node->openNow(), 0);
+    }
+
+    void aDeepTreeIsDeletedWithoutRecursion()
+    {
+        auto* top = new ContentsItem(u"."_s, {.isDirectory = true});
+        QTreeWidgetItem* last = top;
+        for (int level = 0; level < 250'000; ++level) {
+            auto* item = new ContentsItem(u"d"_s, {.isDirectory = true});
+            last->addChild(item);
+            last = item;
+        }
+        QCOMPARE(last->data(0, ContentsItem::PathRole).toString().size(), 2 * 250'000 - 1);
+        deleteWithDescendants(top);
+    }
+
     void savesAll()
     {
         served[root] += u",../up=u,again.txt=a,nothing="_s;
@@ -142,7 +184,7 @@ private slots:
             emit client->catReceived(cid, "foreign");
             emit client->catReceived(u"elsewhere"_s, "foreign");
         };
-        // Comes behind the dialog, so while that writes the file.
+        // Connected after the dialog, so it runs while that writes the file.
         connect(client.get(), &IpfsClient::catReceived, this, emitForeign, Qt::SingleShotConnection);
         save(saveAll());
         QVERIFY(!saveSelected()->isEnabled());
@@ -150,6 +192,7 @@ private slots:
         QCOMPARE(saved(), QStringList({u".._up=u"_s, u"a.txt=a"_s, u"again.txt=a"_s}) + savedDocs);
         QCOMPARE(node->mostOpen("/cat"), 1);
         verifyNothingRuns();
+        QCOMPARE(failures(), u"1 of 6 file(s) were not saved.\nnothing: it has no CID"_s);
         emit client->errorOccurred(u"of something else"_s);
         QCOMPARE(status(), savedText(6));
     }
@@ -164,6 +207,7 @@ private slots:
         QTRY_COMPARE(status(), savedText(3)); // one is selected in two ways
         QCOMPARE(saved(), savedDocs);
         QCOMPARE(node->count("/cat"), 3);
+        QCOMPARE(failures(), QString());
     }
 
     void nothingToSave()
@@ -203,13 +247,14 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<NodeAnswer>("answer");
+        QTest::addColumn<QString>("reason");
         NodeAnswer tooFew = NodeAnswer::text(200, "half");
         tooFew.headers.emplaceBack("X-Content-Length", "8");
-        QTest::newRow("refused") << u"bad"_s << NodeAnswer::error("no");
-        QTest::newRow("broken off") << u"bad"_s << NodeAnswer::dropAt("half", 2);
-        QTest::newRow("short") << u"bad"_s << tooFew;
-        QTest::newRow("a folder of that name") << u"taken"_s << NodeAnswer::text(200, "x");
-        QTest::newRow("name too long") << QString(300, u'n') << NodeAnswer::text(200, "x");
+        QTest::newRow("refused") << u"bad"_s << NodeAnswer::error("no") << u"Internal Server Error"_s;
+        QTest::newRow("interrupted") << u"bad"_s << NodeAnswer::dropAt("half", 2) << u"Connection closed"_s;
+        QTest::newRow("short") << u"bad"_s << tooFew << u"4 of 8 bytes received"_s;
+        QTest::newRow("a folder of that name") << u"taken"_s << NodeAnswer::text(200, "x") << u"directory"_s;
+        QTest::newRow("name too long") << QString(300, u'n') << NodeAnswer::text(200, "x") << u"Failed to write nnn"_s;
     }
     void aFailedFileStopsNoOther()
     {
@@ -224,6 +269,9 @@ private slots:
         save(saveAll());
         QTRY_COMPARE(status(), savedText(4));
         QCOMPARE(saved(), QStringList(u"a.txt=a"_s) + savedDocs);
+        QVERIFY2(failures().startsWith(u"1 of 4 file(s) were not saved.\n"_s + name + u": "_s), qPrintable(failures()));
+        QFETCH(const QString, reason);
+        QVERIFY2(failures().contains(reason, Qt::CaseInsensitive), qPrintable(failures()));
     }
 
     void aFolderThatCannotBeMadeEndsTheSave()
@@ -254,7 +302,8 @@ private slots:
             }
             QTRY_COMPARE(node->heldCount(held), 1);
             dialog.reset();
-            node->release(held, NodeAnswer::json(R"({"Objects":[],"Type":"file"})"));
+            if (held == "/files/stat")
+                node->release(held, NodeAnswer::json(R"({"Type":"file"})"));
             QTRY_COMPARE(node->openNow(), 0);
             QCOMPARE(saved(), QStringList());
         }
@@ -349,6 +398,12 @@ private:
         for (QTreeWidgetItemIterator item(tree()); *item; ++item)
             texts.append((*item)->data(0, Qt::UserRole).toString() + u'|' + (*item)->text(1) + u'|' + (*item)->text(2));
         return texts.mid(1);
+    }
+    /// The open box's text and details, a line each; empty if there is none.
+    QString failures() const
+    {
+        const auto* box = dialog->findChild<QMessageBox*>();
+        return box ? box->text() + u'\n' + box->detailedText() : QString();
     }
     QString savedText(int count) const { return u"Saved %1 file(s) to "_s.arg(count) + folder->path(); }
     void verifyNothingRuns() const

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ByteText.h"
 #include "CidText.h"
 #include "Detached.h"

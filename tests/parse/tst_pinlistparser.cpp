@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "JsonReply.h"
 #include "PinListParser.h"
 #include "TestMain.h"

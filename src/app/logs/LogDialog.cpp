@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LogDialog.h"
 
 #include "DialogSizing.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RpcLogDialog.h"
 
 #include "MainWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StatusLogDialog.h"
 
 #include "MainWindow.h"

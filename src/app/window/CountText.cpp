@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CountText.h"
 
 #include <algorithm>

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
+#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
@@ -69,6 +71,7 @@ MainWindow::MainWindow(QWidget* parent)
 
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);
 
+    updateEmptyText();
     loadSettings();
     QTimer::singleShot(firstRefreshDelay, this, &MainWindow::onRefreshClicked);
 }
@@ -122,15 +125,8 @@ void MainWindow::setupCentralWidget()
     column->setContentsMargins(8, 8, 8, 4);
     column->setSpacing(centralSpacing);
 
-    notificationLabel = newPlainLabel({}, central);
-    notificationLabel->setObjectName(u"notification"_s);
-    notificationLabel->setWordWrap(true);
-    notificationLabel->setAlignment(Qt::AlignCenter);
-    notificationLabel->setMinimumWidth(1); // a long address in a message is not to widen the window
-    makeCopyable(notificationLabel, tr("Copy"));
-    notificationLabel->hide();
-    column->addWidget(notificationLabel);
-
+    notices = new NoticeArea(central);
+    column->addWidget(notices);
     setupPinTable();
     column->addWidget(pinTable, 1);
     statsFrame = new StatsFrame(this);
@@ -149,10 +145,10 @@ void MainWindow::setupPinTable()
     connect(pinTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::onSelectionChanged);
     connect(pinTable, &PinTable::indirectPinsRequested, this, &MainWindow::onShowIndirectPins);
     connect(pinTable, &PinTable::contentsRequested, this, &MainWindow::showContents);
-    connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::onUnpinSelected);
-    connect(pinTable, &PinTable::copyRequested, this, &MainWindow::onCopySelectedCID);
-    connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::onOpenInGateway);
-    connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::onOpenFromLocal);
+    connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::unpin);
+    connect(pinTable, &PinTable::copyRequested, this, &MainWindow::copyCids);
+    connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::openInGateway);
+    connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::openFromLocal);
 }
 
 void MainWindow::setupStatusBar()
@@ -169,12 +165,15 @@ void MainWindow::connectClient()
 {
     connect(client, &IpfsClient::pinsReceived, this, &MainWindow::onPinsReceived);
     connect(client, &IpfsClient::errorOccurred, this, &MainWindow::onErrorOccurred);
+    connect(client, &IpfsClient::nodeSaid, this, &MainWindow::onNodeSaid);
     connect(client, &IpfsClient::connectionStatusChanged, this, &MainWindow::onConnectionStatusChanged);
     connect(client, &IpfsClient::nodeInfoReceived, this, &MainWindow::onNodeInfoReceived);
     connect(client, &IpfsClient::refsReceived, this, &MainWindow::onRefsReceivedForTable);
     connect(client, &IpfsClient::dagStatReceived, this, &MainWindow::onDagStatReceived);
     connect(client, &IpfsClient::kindReceived, this, &MainWindow::onKindReceived);
     connect(client, &IpfsClient::unpinned, this, &MainWindow::onUnpinned);
+    connect(client, &IpfsClient::unpinProgress, this, &MainWindow::onUnpinProgress);
+    connect(client, &IpfsClient::pinsMayHaveChanged, this, &MainWindow::onPinsMayHaveChanged);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }
@@ -198,12 +197,14 @@ void MainWindow::onConnectionStatusChanged(bool on)
 {
     connected = on;
     if (on) {
+        listAnswered = true;
         statsFrame->setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
         return;
     }
     statsFrame->setConnectionDotState(ConnectionStatusDot::Disconnected,
                                       tr("Disconnected from %1").arg(client->baseUrl()));
     statsFrame->showNoPeer();
+    showListState(stateAfter(lastError)); // a list's error comes before this
 }
 
 void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
@@ -214,8 +215,17 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
-    showNotification(message, true);
+    lastError = message;
+    if (showsUnpinned() && listState == EmptyTable::Loading)
+        showListState(stateAfter(message)); // of the blocks, whose list then comes empty
+    notices->showNotification(message, true);
     showStatusFor(errorMessageShown, tr("Error: ") + message);
+}
+
+/// Comes before the signals of the call that failed.
+void MainWindow::onNodeSaid(const QString& /*path*/, const QString& words)
+{
+    appendToStatusLog(notices->showNodeWords(words));
 }
 
 /// A message that replaces another ends the other's time as well.
@@ -230,11 +240,4 @@ void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& te
 {
     setStatusMessage(text);
     statusResetTimer->start(time);
-}
-
-void MainWindow::showNotification(const QString& text, bool warning)
-{
-    const QString shown = messageForLabel(text);
-    notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
-    notificationLabel->show();
 }

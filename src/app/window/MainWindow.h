@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include "ConnectionStatusDot.h"
+#include "EmptyTable.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
 #include "ToolWindows.h"
@@ -12,9 +14,9 @@
 #include <QUrl>
 
 #include <chrono>
-#include <functional>
 
 class IpfsClient;
+class NoticeArea;
 class PinModel;
 class PinTable;
 class PinToolBar;
@@ -40,7 +42,7 @@ public:
     bool isTrial() const { return false; }
 
 protected:
-    /// The program ends with its main window: free tool windows close with it.
+    /// The program ends with its main window: free tool windows close with it. Asks first while work is under way.
     void closeEvent(QCloseEvent* event) override;
 
 private slots:
@@ -49,6 +51,7 @@ private slots:
     void onConnectionStatusChanged(bool on);
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
+    void onNodeSaid(const QString& path, const QString& words);
 
 private:
     void setupMenuBar();
@@ -64,10 +67,12 @@ private:
     void setupTimers();
     void updateWindowTitleForActivationState();
     void showAboutBox();
+    void quit();
+    QString quitQuestion() const;
+    bool mayClose();
     void setStatusMessage(const QString& text);
     /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
     void showStatusFor(std::chrono::milliseconds time, const QString& text);
-    void showNotification(const QString& text, bool warning);
 
     // The two logs: MainWindow_windows.cpp.
 public:
@@ -125,6 +130,7 @@ private:
     void loadSettings();
     void startAutoRefresh();
     void applySettings(const SettingsDialog& dialog);
+    void leaveNode();
     void saveSettings();
 
     // The refresh cycle: MainWindow_refresh.cpp. A failure comes by onErrorOccurred and keeps the old rows.
@@ -145,6 +151,8 @@ private:
     void setRefreshing(bool on);
     QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
     void fitColumns();
+    void showListState(EmptyTable::State state);
+    void updateEmptyText();
     bool showsUnpinned() const;
 
     // Metadata and counts: MainWindow_metadata.cpp. A fact that can't be had counts as come.
@@ -174,12 +182,17 @@ private slots:
     void onUnpinSelected();
     void onUnpinAll();
     void onUnpinned(const QStringList& cids);
+    void onUnpinProgress(int done, int total);
+    void onPinsMayHaveChanged();
     void onShowIndirectPins(const QString& rootCid);
 
 private:
     void showContents(const QString& rootCid, const QString& name);
     void unpin(const QStringList& cids);
-    void openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf);
+    void copyCids(const QStringList& cids);
+    void openInGateway(const QString& cid);
+    void openFromLocal(const QString& cid);
+    void openInBrowser(const QString& cid, const QUrl& url, const QString& message);
 
     IpfsClient* client;
     PinModel* pinModel;
@@ -193,16 +206,19 @@ private:
     ToolWindows* toolWindows;
 
     PinToolBar* toolBar = nullptr;
+    NoticeArea* notices = nullptr;
     PinTable* pinTable = nullptr;
     StatsFrame* statsFrame = nullptr;
     QLabel* statusLabel = nullptr;
-    QLabel* notificationLabel = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
+    EmptyTable::State listState = EmptyTable::NotAsked;
+    QString lastError {};
+    bool listAnswered = false; ///< the node has answered a part of the load
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh

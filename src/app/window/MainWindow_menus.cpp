@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ActivationDialog.h"
+#include "PinContentsDialog.h"
 #include "ProductInfo.h"
 #include "WidgetBuilders.h"
 
@@ -8,7 +10,10 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -34,7 +39,7 @@ void MainWindow::setupFileMenu()
     menu->addAction(tr("Remote &Services..."), this, &MainWindow::onRemoteServicesClicked)
         ->setEnabled(toolWindows->canShow(ToolWindows::RemoteServices));
     menu->addSeparator();
-    menu->addAction(tr("&Quit"), QKeySequence::Quit, qApp, &QCoreApplication::quit);
+    menu->addAction(tr("&Quit"), QKeySequence::Quit, this, &MainWindow::quit);
 }
 
 void MainWindow::setupEditMenu()
@@ -88,4 +93,33 @@ void MainWindow::showAboutBox()
             label->setTextInteractionFlags(Qt::TextBrowserInteraction); // the link is reached by Tab
     }
     box.exec();
+}
+
+/// Closes this window first: the application would close the dialogs in any order, and those end what they do.
+void MainWindow::quit()
+{
+    if (close() && !isVisible()) // a close that is asking already returns true
+        QCoreApplication::quit();
+}
+
+/// Empty if nothing is under way that would be cut.
+QString MainWindow::quitQuestion() const
+{
+    const auto dialogs = findChildren<PinContentsDialog*>();
+    return std::ranges::any_of(dialogs, &PinContentsDialog::isSaving) ? tr("A save is still running. Quit anyway?")
+                                                                      : QString();
+}
+
+bool MainWindow::mayClose()
+{
+    const QString question = quitQuestion();
+    if (question.isEmpty())
+        return true;
+    QPointer<QMessageBox> box
+        = new QMessageBox(QMessageBox::Question, u"Norvo"_s, question, QMessageBox::Yes | QMessageBox::No, this);
+    box->setTextFormat(Qt::PlainText);
+    box->setDefaultButton(QMessageBox::No);
+    const bool yes = box->exec() == QMessageBox::Yes;
+    delete box; // null if it went with this window
+    return yes;
 }

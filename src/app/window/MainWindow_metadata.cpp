@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ContentMode.h"
@@ -127,4 +128,5 @@ void MainWindow::updateCountLabels()
                                              .dagSize = unpinned ? 0 : shownDagSize(),
                                              .metadataDone = plan.doneCount(),
                                              .metadataTargets = wantsMetadata() ? plan.targetCount() : 0}));
+    updateEmptyText();
 }

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
+#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
 #include "StatsFrame.h"
 
-#include <QLabel>
 #include <QTime>
 #include <QTimer>
 
@@ -67,7 +68,7 @@ void MainWindow::triggerRefresh(bool force)
     lastCountLabelUpdateMs = 0;
     statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
-    notificationLabel->hide();
+    notices->hideNotification();
     const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
     setStatusMessage(message.arg(client->baseUrl()));
     fetchList();
@@ -76,6 +77,8 @@ void MainWindow::triggerRefresh(bool force)
 
 void MainWindow::fetchList()
 {
+    listAnswered = false;
+    showListState(EmptyTable::Loading);
     if (showsUnpinned())
         client->fetchUnpinned();
     else
@@ -113,7 +116,12 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
 void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 {
     setRefreshing(false);
+    if (pins.isEmpty() && !listAnswered)
+        return; // nothing is known of a node that can't be reached; the errors have been reported
+    if (!pins.isEmpty() || listState == EmptyTable::Loading)
+        listState = EmptyTable::Loaded; // else a part of the list has failed
     const QList<PinEntry> list = listForTable(pins);
+    const PinTable::Place place = pinTable->place();
     pinModel->setPins(list);
     planMetadata(list);
     proxyModel->setTypeFilter(values.typeFilter);
@@ -124,12 +132,31 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     }
     searchDebounceTimer->stop();
     proxyModel->setFilterFixedString(toolBar->searchText());
+    pinTable->restore(place);
     updateCountLabels();
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
     showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
     onSelectionChanged();
+}
+
+void MainWindow::showListState(EmptyTable::State state)
+{
+    listState = state;
+    updateEmptyText();
+}
+
+void MainWindow::updateEmptyText()
+{
+    pinTable->setEmptyText(emptyTableText({.state = listState,
+                                           .unpinned = showsUnpinned(),
+                                           .allTypes = values.typeFilter == PinType::all,
+                                           .searching = !toolBar->searchText().isEmpty(),
+                                           .total = pinModel->rowCount(),
+                                           .shown = proxyModel->rowCount(),
+                                           .address = client->baseUrl(),
+                                           .reason = lastError}));
 }
 
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.

@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
 #include "OriginValue.h"
+#include "PinModel.h"
 #include "PinToolBar.h"
 #include "ScreenArea.h"
 #include "SettingsDialog.h"
+#include "StatsFrame.h"
 
 #include <QSettings>
 #include <QTimer>
@@ -59,8 +62,23 @@ void MainWindow::onSettingsClicked()
         applySettings(dialog);
 }
 
+/// Drops what is under way at the node, and what is shown of it.
+void MainWindow::leaveNode()
+{
+    dropPlan();
+    client->cancelActiveLoading();
+    setRefreshing(false);
+    statsFrame->showNoPeer();
+    pinModel->clear();
+    plan.startList();
+    updateCountLabels();
+    onSelectionChanged();
+}
+
 void MainWindow::applySettings(const SettingsDialog& dialog)
 {
+    if (dialog.host() != client->endpointHost() || dialog.port() != client->endpointPort())
+        leaveNode();
     client->setEndpoint(dialog.host(), dialog.port());
     values.typeFilter = dialog.pinTypeFilter();
     values.refreshIntervalSeconds = dialog.refreshIntervalSeconds();

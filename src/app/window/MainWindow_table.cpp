@@ -1,16 +1,21 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "ContentMode.h"
 #include "Gateway.h"
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
+#include "NoticeArea.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "PinTable.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QLabel>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -63,30 +68,42 @@ void MainWindow::showContents(const QString& rootCid, const QString& name)
 
 void MainWindow::onCopySelectedCID()
 {
-    const int copied = pinTable->copySelectedCids();
-    if (copied < 0)
-        return;
-    showStatusFor(copyMessageShown, tr("%1 CID(s) copied to clipboard").arg(copied));
+    if (pinTable->hasSelection())
+        copyCids(pinTable->selectedCids());
+}
+
+void MainWindow::copyCids(const QStringList& cids)
+{
+    QGuiApplication::clipboard()->setText(cids.join(u'\n'));
+    showStatusFor(copyMessageShown, tr("%1 CID(s) copied to clipboard").arg(cids.size()));
 }
 
 void MainWindow::onOpenInGateway()
 {
-    openFirstSelected(tr("Opening %1 in browser…"), [](const QString& path) { return publicGatewayUrl(path); });
+    openInGateway(pinTable->firstSelectedCid());
 }
 
 void MainWindow::onOpenFromLocal()
 {
-    openFirstSelected(tr("Opening %1 from local gateway…"),
-                      [this](const QString& path) { return localGatewayUrl(client->endpointHost(), path); });
+    openFromLocal(pinTable->firstSelectedCid());
+}
+
+void MainWindow::openInGateway(const QString& cid)
+{
+    openInBrowser(cid, publicGatewayUrl(ipfsPath(cid)), tr("Opening %1 in browser…"));
+}
+
+void MainWindow::openFromLocal(const QString& cid)
+{
+    openInBrowser(cid, localGatewayUrl(client->endpointHost(), ipfsPath(cid)), tr("Opening %1 from local gateway…"));
 }
 
 /// The status reads the same whether or not a browser could be started.
-void MainWindow::openFirstSelected(const QString& message, const std::function<QUrl(const QString& path)>& urlOf)
+void MainWindow::openInBrowser(const QString& cid, const QUrl& url, const QString& message)
 {
-    const QString cid = pinTable->firstSelectedCid();
     if (cid.isEmpty())
         return;
-    QDesktopServices::openUrl(urlOf(ipfsPath(cid)));
+    QDesktopServices::openUrl(url);
     showStatusFor(openMessageShown, message.arg(cid));
 }
 
@@ -114,7 +131,19 @@ void MainWindow::unpin(const QStringList& cids)
 /// The list is fetched again without the refresh flag, so that the notification stays until a later refresh.
 void MainWindow::onUnpinned(const QStringList& cids)
 {
-    showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
+    notices->showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
     showStatusFor(unpinMessageShown, tr("Unpinned %1 CID(s)").arg(cids.size()));
+    fetchList();
+}
+
+void MainWindow::onUnpinProgress(int done, int total)
+{
+    statusResetTimer->stop();
+    statusLabel->setText(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total))); // not logged
+}
+
+/// An unpin of several that failed may have removed some: the list is fetched again, as after one that succeeded.
+void MainWindow::onPinsMayHaveChanged()
+{
     fetchList();
 }

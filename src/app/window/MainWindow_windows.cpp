@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
 #include "LogTime.h"
@@ -27,6 +28,10 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (!mayClose()) {
+        event->ignore();
+        return;
+    }
     QMainWindow::closeEvent(event);
     if (event->isAccepted())
         toolWindows->closeFreeWindows();

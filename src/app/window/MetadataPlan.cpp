@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MetadataPlan.h"
 
 /// Facts that the list brings along cost nothing; set one by one in the table each would be sorted in by itself.

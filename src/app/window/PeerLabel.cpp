@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PeerLabel.h"
 
 #include "PlainText.h"

@@ -1,18 +1,22 @@
+// SPDX-License-Identifier: MIT
 #include "PinTable.h"
 
 #include "PinModel.h"
 #include "WidgetBuilders.h"
 
-#include <QClipboard>
 #include <QFontMetrics>
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QMenu>
+#include <QPainter>
+#include <QScrollBar>
 #include <QShortcut>
+#include <QTextOption>
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -22,6 +26,10 @@ constexpr int heightOfRows = 24;
 constexpr int cidLength = 59;
 constexpr int minimumCidTextWidth = 392;
 constexpr int cidColumnPadding = 28;
+/// A larger selection isn't restored: a part of it would pass for all.
+constexpr int mostRestoredRows = 10'000;
+constexpr int emptyTextMargin = 24;
+constexpr int farthestTop = 1000; ///< rows
 
 struct Section
 {
@@ -35,6 +43,15 @@ constexpr std::array sections {Section {PinModel::CidColumn, 420, QHeaderView::I
                                Section {PinModel::TypeColumn, 88, QHeaderView::Interactive},
                                Section {PinModel::SizeColumn, 100, QHeaderView::Interactive},
                                Section {PinModel::NameColumn, 0, QHeaderView::Stretch}};
+
+/// Between the text and its ground: fainter than rows, and more readable than most placeholder colours.
+QColor emptyTextColor(const QPalette& palette)
+{
+    const QColor text = palette.color(QPalette::Text);
+    const QColor ground = palette.color(QPalette::Base);
+    const auto mix = [](int most, int rest) { return (2 * most + rest) / 3; };
+    return {mix(text.red(), ground.red()), mix(text.green(), ground.green()), mix(text.blue(), ground.blue())};
+}
 
 QString cellText(const QModelIndex& index, PinModel::Column column)
 {
@@ -101,20 +118,88 @@ QString PinTable::firstSelectedCid() const
 QStringList PinTable::selectedCids() const
 {
     QStringList cids;
-    for (const QModelIndex& row : selectionModel()->selectedRows()) {
-        if (const QString cid = cidOf(row); !cid.isEmpty())
-            cids.append(cid);
+    // By ranges: selectedRows looks through all ranges for each row.
+    const QItemSelection ranges = selectionModel()->selection();
+    for (const QItemSelectionRange& range : ranges) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            if (const QString cid = cidOf(model()->index(row, PinModel::CidColumn)); !cid.isEmpty())
+                cids.append(cid);
+        }
     }
     return cids;
 }
 
-int PinTable::copySelectedCids() const
+int PinTable::selectedRowCount() const
 {
-    if (!hasSelection())
-        return -1;
-    const QStringList cids = selectedCids();
-    QGuiApplication::clipboard()->setText(cids.join(u'\n'));
-    return static_cast<int>(cids.size());
+    const QItemSelection ranges = selectionModel()->selection();
+    return std::accumulate(ranges.begin(), ranges.end(), 0,
+                           [](int sum, const QItemSelectionRange& range) { return sum + range.height(); });
+}
+
+PinTable::Place PinTable::place() const
+{
+    const QModelIndex current = currentIndex();
+    const int topRow = rowAt(0);
+    Place place {.current = current.isValid() ? cidOf(current) : QString(),
+                 .currentColumn = std::max(current.column(), 0),
+                 .top = topRow >= 0 ? cidOf(model()->index(topRow, PinModel::CidColumn)) : QString(),
+                 .topRow = topRow,
+                 .rows = model()->rowCount()};
+    if (selectedRowCount() <= mostRestoredRows) {
+        const QStringList cids = selectedCids();
+        place.selected = QSet<QString>(cids.begin(), cids.end());
+    }
+    return place;
+}
+
+void PinTable::restore(const Place& place)
+{
+    const int topRow = rowOfTop(place);
+    QList<int> selected;
+    int current = -1;
+    const auto isDone
+        = [&] { return selected.size() >= place.selected.size() && (current >= 0 || place.current.isEmpty()); };
+    for (int row = 0; row < model()->rowCount() && !isDone(); ++row) {
+        const QString cid = cidOf(model()->index(row, PinModel::CidColumn));
+        if (place.selected.contains(cid))
+            selected.append(row);
+        if (current < 0 && !cid.isEmpty() && cid == place.current)
+            current = row;
+    }
+    selectRows(selected);
+    if (current >= 0)
+        selectionModel()->setCurrentIndex(model()->index(current, place.currentColumn), QItemSelectionModel::NoUpdate);
+    executeDelayedItemsLayout(); // the scroll bar has its old range until then
+    if (topRow >= 0)
+        verticalScrollBar()->setValue(topRow);
+}
+
+/// Looks no farther than as many rows away as came or went: a list that is sorted by late facts is in disorder at
+/// first.
+int PinTable::rowOfTop(const Place& place) const
+{
+    const int last = model()->rowCount() - 1;
+    const int reach = std::min(std::abs(model()->rowCount() - place.rows), farthestTop);
+    for (int row = std::max(place.topRow - reach, 0); row <= std::min(place.topRow + reach, last); ++row) {
+        if (!place.top.isEmpty() && cidOf(model()->index(row, PinModel::CidColumn)) == place.top)
+            return row;
+    }
+    return place.topRow;
+}
+
+/// One selection of whole ranges; row by row it would take seconds. `rows` are in ascending order.
+void PinTable::selectRows(const QList<int>& rows)
+{
+    QItemSelection ranges;
+    const int lastColumn = model()->columnCount() - 1;
+    for (qsizetype first = 0, end = 0; first < rows.size(); first = end) {
+        for (end = first + 1; end < rows.size() && rows.at(end) == rows.at(end - 1) + 1;)
+            ++end;
+        ranges.append(
+            QItemSelectionRange(model()->index(rows.at(first), 0), model()->index(rows.at(end - 1), lastColumn)));
+    }
+    if (!ranges.isEmpty())
+        selectionModel()->select(ranges, QItemSelectionModel::ClearAndSelect);
 }
 
 /// The Return key acts as a double click does, on the current row, so that row has to be selected.
@@ -135,7 +220,7 @@ void PinTable::showRowMenu(const QPoint& pos, bool pinned)
     auto* menu = new QMenu(this); // on the stack it would be deleted twice if the table went while it is open
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (several) {
-        menu->addAction(tr("Unpin"), this, &PinTable::unpinRequested);
+        menu->addAction(tr("Unpin"), this, [this, cids = selectedCids()] { emit unpinRequested(cids); });
     } else {
         selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         fillRowMenu(menu, index, pinned);
@@ -145,8 +230,8 @@ void PinTable::showRowMenu(const QPoint& pos, bool pinned)
 
 void PinTable::fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned)
 {
+    const QString cid = cidOf(index);
     if (isRecursivePin(index)) {
-        const QString cid = cidOf(index);
         const QString name = cellText(index, PinModel::NameColumn);
         menu->addAction(tr("Show indirect pins"), this, [this, cid] { emit indirectPinsRequested(cid); });
         menu->addAction(tr("List files / Export…"), this, [this, cid, name] { emit contentsRequested(cid, name); });
@@ -154,13 +239,34 @@ void PinTable::fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned)
     }
     if (pinned) {
         addUnavailable(menu, tr("Publish to IPNS..."));
-        menu->addAction(tr("Unpin"), this, &PinTable::unpinRequested);
+        menu->addAction(tr("Unpin"), this, [this, cid] { emit unpinRequested({cid}); });
         menu->addSeparator();
     }
-    menu->addAction(tr("Copy CID"), this, &PinTable::copyRequested);
+    menu->addAction(tr("Copy CID"), this, [this, cid] { emit copyRequested({cid}); });
     addUnavailable(menu, tr("Open via IPNS..."));
-    menu->addAction(tr("Open from gateway"), this, &PinTable::gatewayRequested);
-    menu->addAction(tr("Open from local"), this, &PinTable::localGatewayRequested);
+    menu->addAction(tr("Open from gateway"), this, [this, cid] { emit gatewayRequested(cid); });
+    menu->addAction(tr("Open from local"), this, [this, cid] { emit localGatewayRequested(cid); });
+}
+
+void PinTable::setEmptyText(const QString& text)
+{
+    if (text == emptyText)
+        return;
+    emptyText = text;
+    setAccessibleDescription(text);
+    viewport()->update();
+}
+
+void PinTable::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (emptyText.isEmpty())
+        return;
+    QTextOption layout(Qt::AlignCenter);
+    layout.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QPainter painter(viewport());
+    painter.setPen(emptyTextColor(palette()));
+    painter.drawText(QRectF(viewport()->rect()).adjusted(emptyTextMargin, 0, -emptyTextMargin, 0), emptyText, layout);
 }
 
 void PinTable::fitColumns()

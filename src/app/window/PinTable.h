@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSet>
 #include <QStringList>
 #include <QTableView>
 
@@ -22,8 +24,23 @@ public:
     QString firstSelectedCid() const;
     /// Those of the selected rows that have one, in the order of the selection.
     QStringList selectedCids() const;
-    /// Puts the selected CIDs on the clipboard, a line each; returns how many, -1 if nothing is selected.
-    int copySelectedCids() const;
+    /// What a person looks at: the selection, the current row and what is in sight.
+    struct Place
+    {
+        QSet<QString> selected {}; ///< empty if there are more than can be restored
+        QString current {};
+        int currentColumn = 0;
+        QString top {}; ///< the first row in sight
+        int topRow = 0;
+        int rows = 0;
+    };
+    Place place() const;
+    /// Goes back to `place` after a reset, as far as its rows still exist. A list as long as before keeps its scroll
+    /// position; where rows came or went, the first row in sight stays so if it is near.
+    void restore(const Place& place);
+
+    /// What the table shows in place of rows, as plain text; empty for nothing.
+    void setEmptyText(const QString& text);
 
     /// Runs the menu of the row at `pos`. A row outside a selection of several becomes the selection; there is no menu
     /// on empty space. Rows that are not `pinned` have no entries for pins.
@@ -36,15 +53,23 @@ public:
 signals:
     void indirectPinsRequested(QString rootCid);
     void contentsRequested(QString rootCid, QString name);
-    // These are about the selection.
-    void unpinRequested();
-    void copyRequested();
-    void gatewayRequested();
-    void localGatewayRequested();
+    // These are about the rows that the menu was opened for.
+    void unpinRequested(QStringList cids);
+    void copyRequested(QStringList cids);
+    void gatewayRequested(QString cid);
+    void localGatewayRequested(QString cid);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     bool hasSeveralRowsSelected() const;
+    int selectedRowCount() const;
+    void selectRows(const QList<int>& rows);
+    int rowOfTop(const Place& place) const;
     void setupColumns();
     void openCurrentRow();
     void fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned);
+
+    QString emptyText {};
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinToolBar.h"
 
 #include "Appearance.h"

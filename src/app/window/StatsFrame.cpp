@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StatsFrame.h"
 
 #include "PeerLabel.h"

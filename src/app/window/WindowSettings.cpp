@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WindowSettings.h"
 
 #include "AppSettings.h"
@@ -21,7 +22,7 @@ constexpr auto loadMetadataKey = "loadMetadata"_L1;
 constexpr auto refreshIntervalKey = "refreshInterval"_L1;
 constexpr auto geometryKey = "geometry"_L1;
 /// Seconds; a timer counts its milliseconds in an int.
-constexpr int longestInterval = std::numeric_limits<int>::max() / 1000;
+constexpr int longestTimerInterval = std::numeric_limits<int>::max() / 1000;
 
 } // namespace
 
@@ -70,5 +71,5 @@ int WindowSettings::autoRefreshMs() const
 {
     if (!autoRefresh || refreshIntervalSeconds <= 0) // a store may hold anything, and a pause of 0 is no interval
         return 0;
-    return std::min(refreshIntervalSeconds, longestInterval) * 1000;
+    return std::min(refreshIntervalSeconds, longestTimerInterval) * 1000;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CurlLoop.h"
 
 #include <QPointer>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NodeAccessManager.h"
 
 #include "CurlLoop.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "NodeReply.h"
 
 #include "NodeAccessManager.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LsParser.h"
 
 #include <QCoreApplication>
@@ -9,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto nameKey = "Name"_L1;
+constexpr auto lsNameKey = "Name"_L1;
 constexpr auto objectsKey = "Objects"_L1;
 constexpr auto entriesKey = "Entries"_L1;
 
@@ -19,7 +20,7 @@ void appendLinks(const QJsonArray& links, const QString& objectName, QList<LsEnt
         if (!value.isObject())
             continue;
         const QJsonObject link = value.toObject();
-        entries.append({.name = link[nameKey].toString(),
+        entries.append({.name = link[lsNameKey].toString(),
                         .objectName = objectName,
                         .hash = link["Hash"_L1].toString(),
                         .size = link["Size"_L1].toVariant().toLongLong(),
@@ -38,7 +39,7 @@ Listing parseLs(const QByteArray& body)
     Listing listing;
     if (object.contains(objectsKey)) {
         for (const auto& listed : object[objectsKey].toArray())
-            appendLinks(listed["Links"_L1].toArray(), listed[nameKey].toString(), listing.entries);
+            appendLinks(listed["Links"_L1].toArray(), listed[lsNameKey].toString(), listing.entries);
     } else if (object.contains(entriesKey)) {
         appendLinks(object[entriesKey].toArray(), {}, listing.entries);
     } else {

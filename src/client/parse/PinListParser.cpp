@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PinListParser.h"
 
 #include "NdJson.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "RefsParser.h"
 
 #include "NdJson.h"

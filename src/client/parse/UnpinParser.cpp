@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UnpinParser.h"
 
 #include "JsonReply.h"

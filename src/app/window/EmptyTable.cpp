@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "EmptyTable.h"
+
+#include "PlainText.h"
+
+#include <QCoreApplication>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Texts
+{
+    Q_DECLARE_TR_FUNCTIONS(EmptyTable)
+
+public:
+    static QString ofLoad(const EmptyTable& table)
+    {
+        switch (table.state) {
+        case EmptyTable::NotAsked:
+            return tr("The node has not been asked yet. Refresh (F5) asks for its list.");
+        case EmptyTable::Loading:
+            return tr("Loading the list from %1…").arg(table.address);
+        case EmptyTable::NoNode:
+            return tr("No node answers at %1.\n\nStart the node (\"ipfs daemon\"), or set its address in File, "
+                      "Settings.")
+                .arg(table.address);
+        case EmptyTable::Refused:
+            return tr("The node at %1 refuses requests (403).\n\nSwitch off \"Send Origin header\" in File, Settings, "
+                      "or "
+                      "add the header's value to the node's API.HTTPHeaders.Access-Control-Allow-Origin and restart "
+                      "it.")
+                .arg(table.address);
+        case EmptyTable::Failed:
+            return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason));
+        case EmptyTable::Loaded:
+            break;
+        }
+        return ofList(table);
+    }
+
+private:
+    static QString ofList(const EmptyTable& table)
+    {
+        if (table.unpinned)
+            return tr("Every block in the node's store belongs to a pin.");
+        return table.allTypes ? tr("The node has no pins.")
+                              : tr("The node has no pins of this type.\n\nFilter, All types, lists the others.");
+    }
+
+public:
+    static QString ofSearch(int total) { return tr("None of the %1 row(s) matches the search.").arg(total); }
+};
+
+} // namespace
+
+QString emptyTableText(const EmptyTable& table)
+{
+    if (table.shown > 0)
+        return {};
+    return table.total > 0 && table.searching ? Texts::ofSearch(table.total) : Texts::ofLoad(table);
+}
+
+/// What a node replied ends in the words of its status line; all else comes from the network.
+EmptyTable::State stateAfter(const QString& error)
+{
+    if (error.endsWith("server replied: Forbidden"_L1))
+        return EmptyTable::Refused;
+    for (const auto& words : {"refused"_L1, "not found"_L1, "timed out"_L1, "unreachable"_L1, "could not be made"_L1}) {
+        if (!error.contains("server replied:"_L1) && error.endsWith(words))
+            return EmptyTable::NoNode;
+    }
+    return EmptyTable::Failed;
+}

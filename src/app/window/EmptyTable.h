@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// Why the table has no rows to show.
+struct EmptyTable
+{
+    enum State { NotAsked, Loading, NoNode, Refused, Failed, Loaded };
+
+    State state = NotAsked;
+    bool unpinned = false;  ///< the list is of blocks without a pin
+    bool allTypes = false;  ///< the node was asked for pins of all types
+    bool searching = false; ///< a search text narrows the list
+    int total = 0;          ///< rows, those that the search hides included
+    int shown = 0;
+    QString address {}; ///< of the node's RPC
+    QString reason {};  ///< the error of a load that failed
+};
+
+/// What to show in place of rows; empty if there are rows.
+QString emptyTableText(const EmptyTable& table);
+
+/// NoNode, Refused or Failed, by the error of a load.
+EmptyTable::State stateAfter(const QString& error);
