@@ -15,7 +15,7 @@ namespace {
 
 constexpr qsizetype longestFailureBody = 64 * 1024;
 /// The node takes a request line and headers of 1 MiB and 4 KiB together, libcurl makes 1 MiB at most.
-constexpr qsizetype longestHead = 1024 * 1024 - 16 * 1024;
+constexpr qsizetype longestRequestHead = 1024 * 1024 - 16 * 1024;
 constexpr qint64 progressInterval = 50; // ms
 constexpr auto streamErrorName = "X-Stream-Error";
 
@@ -75,10 +75,10 @@ void NodeReply::start()
         failLater({ProtocolUnknownError, reason});
     } else if (url().host().isEmpty()) {
         failLater(hostNotFound(url()));
-    } else if (const QByteArray address = url().toEncoded(); address.size() > longestHead) {
+    } else if (const QByteArray address = url().toEncoded(); address.size() > longestRequestHead) {
         failLater({ProtocolInvalidOperationError,
                    tr("The request is too long for the node: %1 bytes, of at most %2")
-                       .arg(QString::number(address.size()), QString::number(longestHead))});
+                       .arg(QString::number(address.size()), QString::number(longestRequestHead))});
     } else {
         handle = loop->takeHandle();
         if (prepare())
