@@ -30,7 +30,7 @@ QTimer* newSingleShot(std::chrono::milliseconds interval, QObject* parent)
 /// One line of at most 300 letters, since a node may say anything.
 QString shortWords(const QString& words)
 {
-    const QString line = words.simplified();
+    QString line = words.simplified();
     if (line.size() <= mostLetters)
         return line;
     QString cut = line.first(mostLetters - 1);
@@ -91,7 +91,7 @@ void NoticeArea::hideNotification()
 
 QString NoticeArea::showNodeWords(const QString& words)
 {
-    const QString line = tr("The node says: %1").arg(shortWords(words));
+    QString line = tr("The node says: %1").arg(shortWords(words));
     nodeWordsLabel->setText(line);
     nodeWordsLabel->show();
     turnTimer->start();
