@@ -73,7 +73,9 @@ CurlLoop::CurlLoop(QObject* parent)
 
 CurlLoop::~CurlLoop()
 {
-    for (CURL* handle : running.keys() + dropped) {
+    for (auto transfer = running.keyBegin(); transfer != running.keyEnd(); ++transfer)
+        dropped.append(*transfer);
+    for (CURL* handle : std::as_const(dropped)) {
         curl_multi_remove_handle(multi, handle);
         curl_easy_cleanup(handle);
     }
