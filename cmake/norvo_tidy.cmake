@@ -2,7 +2,7 @@
 # What `make check` reads the sources by, in the preset `tidy`: nothing here is ever linked or run.
 
 # A header is parsed once for all the files that use it: each library is one unity file, and the programs outside src
-# are one together. A program brings a main and names that another one has too, so each is put into a namespace of its
+# are two together. A program brings a main and names that another one has too, so each is put into a namespace of its
 # own, after all that they include.
 function(norvo_tidy_programs)
     set(sources "")
@@ -28,6 +28,9 @@ function(norvo_tidy_programs)
     endforeach()
     list(REMOVE_DUPLICATES sources)
 
+    # Two unity files: as one they would be half of all that is to be checked, and keep one core busy long after the rest.
+    list(LENGTH sources count)
+    math(EXPR half "(${count} + 1) / 2")
     add_library(norvo_programs OBJECT EXCLUDE_FROM_ALL ${sources})
     target_link_libraries(norvo_programs PRIVATE norvo_options ${libraries})
     target_compile_definitions(norvo_programs PRIVATE ${definitions})
@@ -35,6 +38,7 @@ function(norvo_tidy_programs)
     target_compile_options(norvo_programs PRIVATE -include ${PROJECT_BINARY_DIR}/generated/programs.h)
     # A fuzz target is extern "C", where a namespace makes no difference.
     set_target_properties(norvo_programs PROPERTIES AUTOMOC ON AUTOGEN_ORIGIN_DEPENDS OFF
+        UNITY_BUILD_BATCH_SIZE ${half}
         UNITY_BUILD_UNIQUE_ID NORVO_PROGRAM
         UNITY_BUILD_CODE_BEFORE_INCLUDE "#undef LLVMFuzzerTestOneInput
 #define LLVMFuzzerTestOneInput NORVO_PROGRAM

@@ -56,9 +56,8 @@ bool onlyReads(const QString& path, const QUrlQuery& query)
 }
 
 /// Read from the store for each request, so that a change is in force for the next one.
-QByteArray originHeader()
+QByteArray originHeader(const QSettings& settings)
 {
-    const QSettings settings = openAppSettings();
     if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
         return {};
     return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
@@ -92,6 +91,7 @@ RpcEndpoint RpcEndpoint::at(const QString& host, unsigned short port)
 RpcTransport::RpcTransport(QObject* parent)
     : QObject(parent)
     , network(new NodeAccessManager(this))
+    , settings(openAppSettings())
 {
 }
 
@@ -105,7 +105,7 @@ QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& pa
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
     request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
-    if (const QByteArray origin = originHeader(); !origin.isEmpty())
+    if (const QByteArray origin = originHeader(settings); !origin.isEmpty())
         request.setRawHeader("Origin", origin);
     setAttribute(request, NodeAccessManager::MayRepeat, onlyReads(path, query));
     setAttribute(request, NodeAccessManager::KeepsWhatCame,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QSettings>
 #include <QString>
 #include <QUrl>
 #include <QUrlQuery>
@@ -37,6 +38,7 @@ signals:
 
 private:
     NodeAccessManager* network;
+    QSettings settings; ///< kept open, as opening costs a tenth of a call; sees what other views write
 };
 
 /// The node's own words of a call that failed or was broken off: the "Message" of its JSON error, or the trailer of an
