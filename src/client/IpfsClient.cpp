@@ -45,9 +45,14 @@ QNetworkReply* IpfsClient::callQuietly(const RpcEndpoint& node, const QString& p
 QNetworkReply* IpfsClient::call(const QString& path, const QUrlQuery& query, ReplyHandler handler)
 {
     QNetworkReply* reply = postRequest(path, query);
+    handOver(reply, path, handler);
+    return reply;
+}
+
+void IpfsClient::handOver(QNetworkReply* reply, const QString& path, ReplyHandler handler)
+{
     connect(reply, &QNetworkReply::finished, this, [this, reply, path] { reportNodeWords(reply, path); });
     connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
-    return reply;
 }
 
 /// A reply that is cancelled, or whose load has been replaced, ends in silence.

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Detached.h"
+#include "AddRecords.h"
 #include "JsonReply.h"
 #include "LsEntry.h"
 #include "MetadataQueue.h"
 #include "PinLoad.h"
+#include "RemoteServiceEntry.h"
 #include "RpcTransport.h"
 
 #include <QList>
@@ -18,6 +19,8 @@
 class QNetworkReply;
 struct Listing;
 struct ParsedPins;
+struct ServiceList;
+class AddUpload;
 class UnpinBatch;
 
 /// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
@@ -75,6 +78,7 @@ private:
                                ReplyHandler handler);
     /// As callQuietly, and reports the node's words of a failure before.
     QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
+    void handOver(QNetworkReply* reply, const QString& path, ReplyHandler handler);
     void reportNodeWords(const QNetworkReply* reply, const QString& path);
     /// Emits errorOccurred and then the call's own signal.
     template <typename... Parameters, typename... Values>
@@ -85,17 +89,6 @@ private:
     }
     void registerLoadReply(QNetworkReply* reply);
     static void endWith(QObject* owner, QNetworkReply* reply);
-    /// Hands what `parse` makes of a body to `deliver`: at once for a short body, by way of a thread for a long one.
-    template <typename Parse, typename Deliver>
-    void parseList(const QByteArray& body, const Parse& parse, const Deliver& deliver)
-    {
-        constexpr qsizetype shortBody = 64 * 1024;
-        if (body.size() <= shortBody)
-            deliver(parse(body));
-        else
-            runDetached(
-                this, [body, parse] { return parse(body); }, deliver);
-    }
 
     // Pin lists: IpfsClient_pins.cpp. A failure is errorOccurred, then connectionStatusChanged(false).
 public:
@@ -146,8 +139,7 @@ public:
     /// queued or open already is not asked for again; its one answer reaches all who asked. AtOnce bypasses the queue,
     /// for calls a user waits for; cancelActiveLoading does not abort them.
     enum Urgency { InTurn, AtOnce };
-    /// "/refs", recursive. Ends with refsReceived, empty on a failure.
-    /// A call AtOnce is aborted in silence when its `owner` is destroyed.
+    /// "/refs", recursive. Ends with refsReceived, empty on a failure. AtOnce it ends in silence with its `owner`.
     void fetchRefs(const QString& cid, Urgency urgency = InTurn, QObject* owner = nullptr);
     /// "/dag/stat". Ends with dagStatReceived, -1 on a failure.
     void fetchObjectStat(const QString& cid);
@@ -243,6 +235,52 @@ private slots:
 private:
     static QUrlQuery listingQuery(const QString& cid);
     void deliverListing(const QString& cid, const Listing& listing);
+
+    // Adding: IpfsClient_add.cpp. A failure is addFailed alone.
+public:
+    /// "/add", the files and folders as one body that is read while it is sent. Ends with addCompleted or addFailed;
+    /// the latter comes before this returns if there is nothing to send. No cancel touches it, and uploads that overlap
+    /// do not meet.
+    void addLocalPaths(const QList<LocalPathSelection>& selections, const AddOptions& options);
+
+signals:
+    /// Of the request's body, in bytes.
+    void addBytesSent(qint64 sent, qint64 total);
+    /// After each object: how many have come, folders among them, and how many files the body holds.
+    void addProgress(QString currentName, int processedEntries, int totalFiles);
+    /// Before addCompleted, if anything was left out: what the node reported is less than what was to be added.
+    /// `filesSkipped` could not be read, `foldersWithinThemselves` were not walked again.
+    void addShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
+                      bool rootLineMissing);
+    /// The root is empty if there is none that holds all that was added.
+    void addCompleted(QString rootCid, QList<AddEntry> entries);
+    void addFailed(QString message);
+
+private slots:
+    void onAddReplyReadyRead(QNetworkReply* reply);
+    void onAddReplyFinished(QNetworkReply* reply);
+
+private:
+    void announceEntries(QNetworkReply* reply, AddUpload& upload);
+    void finishAdd(QNetworkReply* reply, AddUpload& upload);
+    void completeAdd(const AddUpload& upload);
+
+    // Remote pinning: IpfsClient_remote.cpp. A failure is the call's own signal alone.
+public:
+    /// "/pin/remote/service/ls", with `stat` asking each service for its state. Ends with remoteServicesReceived or
+    /// remoteServicesFailed; with a name it is a test of that service and ends with remoteServiceTested.
+    void fetchRemoteServices(bool stat, const QString& name);
+
+signals:
+    void remoteServicesReceived(QList<RemoteServiceEntry> services);
+    void remoteServicesFailed(QString message);
+    void remoteServiceTested(QString name, bool ok, QString message);
+
+private slots:
+    void onRemoteServicesReplyFinished(QNetworkReply* reply);
+
+private:
+    void reportServiceTest(const QString& name, const ServiceList& list);
 
     RpcTransport* transport;
     RpcEndpoint endpoint;

@@ -2,6 +2,7 @@
 #include "IpfsClient.h"
 
 #include "LsParser.h"
+#include "ParseBody.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
 
@@ -32,7 +33,8 @@ void IpfsClient::onLsReplyFinished(QNetworkReply* reply)
     if (reply->error() != QNetworkReply::NoError)
         deliverListing(cid, {.error = reply->errorString()});
     else
-        parseList(reply->readAll(), parseLs, [this, cid](const Listing& listing) { deliverListing(cid, listing); });
+        parseBody(this, reply->readAll(), parseLs,
+                  [this, cid](const Listing& listing) { deliverListing(cid, listing); });
 }
 
 void IpfsClient::deliverListing(const QString& cid, const Listing& listing)

@@ -3,6 +3,7 @@
 
 #include "LsParser.h"
 #include "MetadataParser.h"
+#include "ParseBody.h"
 #include "RefsParser.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
@@ -166,13 +167,14 @@ void IpfsClient::onRefsReplyFinished(QNetworkReply* reply)
     const bool queued = isQueued(reply);
     reply->deleteLater();
     if (reply->error() == QNetworkReply::NoError) {
-        parseList(reply->readAll(), parseRefs, [this, cid, queued, cancels = cancelCount](const QStringList& cids) {
-            if (queued && cancels != cancelCount)
-                return;
-            emit refsReceived(cid, cids);
-            if (queued)
-                finishRefsRequest(cid);
-        });
+        parseBody(this, reply->readAll(), parseRefs,
+                  [this, cid, queued, cancels = cancelCount](const QStringList& cids) {
+                      if (queued && cancels != cancelCount)
+                          return;
+                      emit refsReceived(cid, cids);
+                      if (queued)
+                          finishRefsRequest(cid);
+                  });
         return;
     }
     if (!isCancelled(reply))
@@ -234,7 +236,7 @@ void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
         return;
     }
     const bool good = reply->error() == QNetworkReply::NoError;
-    parseList(good ? reply->readAll() : QByteArray(), parseLs,
+    parseBody(this, good ? reply->readAll() : QByteArray(), parseLs,
               [this, cid, good, queued, cancels = cancelCount](const Listing& listing) {
                   if (queued && cancels != cancelCount)
                       return;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
+#include "Detached.h"
 #include "PinLists.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"

@@ -24,6 +24,9 @@ inline constexpr const char* outsideQueues = "outsideQueues"; ///< bool, a fact 
 inline constexpr const char* cids = "cids";                   ///< QStringList, the CIDs whose unpinning was asked for
 inline constexpr const char* unpinIndex = "unpinIndex";       ///< int, a CID's place in its batch
 inline constexpr const char* unpinBatch = "unpinBatch";       ///< std::shared_ptr<UnpinBatch>
+inline constexpr const char* addUpload = "addUpload";         ///< std::shared_ptr<AddUpload>
+inline constexpr const char* remoteServiceAction = "remoteServiceAction"; ///< QString, "list"
+inline constexpr const char* remoteServiceName = "remoteServiceName"; ///< QString, the service asked about; may be empty
 
 } // namespace ReplyProperty
 

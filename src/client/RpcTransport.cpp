@@ -97,6 +97,20 @@ RpcTransport::RpcTransport(QObject* parent)
 
 QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query)
 {
+    return network->post(announce(endpoint, path, query), QByteArray());
+}
+
+QNetworkReply* RpcTransport::upload(QNetworkRequest request, const QByteArray& contentType, QIODevice* body)
+{
+    request.setRawHeader("Content-Type", contentType);
+    request.setRawHeader("MIME-Version", "1.0");
+    QNetworkReply* reply = network->post(request, body);
+    body->setParent(reply);
+    return reply;
+}
+
+QNetworkRequest RpcTransport::announce(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query)
+{
     // A host that can't be one is shown as it was given, and nothing leaves: read as an address the text could name
     // another host.
     QUrl url((endpoint.hostIsValid ? endpoint.base : QString(nowhere)) + path);
@@ -116,7 +130,7 @@ QNetworkReply* RpcTransport::post(const RpcEndpoint& endpoint, const QString& pa
     if (!endpoint.hostIsValid)
         shown.replace(0, nowhere.size(), endpoint.base);
     emit requestIssued(u"[%1] POST %2"_s.arg(logTime(), shown));
-    return network->post(request, QByteArray());
+    return request;
 }
 
 QString nodeWords(const QNetworkReply* reply)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QNetworkRequest>
 #include <QObject>
 #include <QSettings>
 #include <QString>
@@ -8,6 +9,7 @@
 #include <QUrlQuery>
 
 class NodeAccessManager;
+class QIODevice;
 class QNetworkReply;
 
 /// Where a node's RPC answers.
@@ -31,6 +33,10 @@ public:
 
     /// Posts to `path`, which starts with a slash, with an empty body. Emits requestIssued before the request leaves.
     QNetworkReply* post(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query);
+    /// A request like that, announced by requestIssued but not sent yet.
+    QNetworkRequest announce(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query);
+    /// Sends what was announced with a multipart body, which the reply takes over. `contentType` names its boundary.
+    QNetworkReply* upload(QNetworkRequest request, const QByteArray& contentType, QIODevice* body);
 
 signals:
     /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>".

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "OpenFiles.h"
 
-#include <QtGlobal>
+#include <QFileDevice>
 
 #ifdef Q_OS_UNIX
 #include <sys/resource.h>
@@ -35,9 +35,20 @@ long long raiseOpenFileLimit()
         limit = raised;
     return static_cast<long long>(std::min<rlim_t>(limit.rlim_cur, std::numeric_limits<long long>::max()));
 }
+
+bool halfOfOpenFilesUsed(const QFileDevice& newest)
+{
+    rlimit limit {};
+    return getrlimit(RLIMIT_NOFILE, &limit) == 0 && static_cast<rlim_t>(newest.handle()) >= limit.rlim_cur / 2;
+}
 #else
 long long raiseOpenFileLimit()
 {
     return -1;
+}
+
+bool halfOfOpenFilesUsed(const QFileDevice& /*newest*/)
+{
+    return false;
 }
 #endif

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "AddWalk.h"
+
+#include "AddBody.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+AddWalk::AddWalk(AddBody& newBody)
+    : body(newBody)
+{
+}
+
+void AddWalk::add(const LocalPathSelection& selection)
+{
+    const QFileInfo chosen(selection.path);
+    if (chosen.exists())
+        addEntry(chosen, selection.name.isEmpty() ? chosen.fileName() : selection.name);
+    else
+        ++skippedCount;
+}
+
+/// Sockets, pipes and links that lead nowhere are no content.
+void AddWalk::addEntry(const QFileInfo& entry, const QString& name)
+{
+    const QString path = entry.absoluteFilePath();
+    if (entry.isDir())
+        addFolder(path, name);
+    else if (!entry.isFile())
+        return;
+    else if (body.appendFile(path, name))
+        fileNames.insert(name);
+    else
+        ++skippedCount;
+}
+
+/// The root of a file system has no name: what is in it goes to the top.
+void AddWalk::addFolder(const QString& path, const QString& name)
+{
+    if (!name.isEmpty())
+        body.appendDirectory(name);
+    const QFileInfo folder(path);
+    const QString canonical = folder.canonicalFilePath();
+    if (above.contains(canonical)) {
+        ++loopCount;
+    } else if (!folder.isReadable() || !folder.isExecutable()) {
+        ++skippedCount;
+    } else {
+        above.insert(canonical);
+        walk(path, name);
+        above.remove(canonical);
+    }
+}
+
+void AddWalk::walk(const QString& path, const QString& name)
+{
+    constexpr auto entries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    const QFileInfoList list = QDir(path).entryInfoList(entries, QDir::Name | QDir::DirsFirst);
+    for (const QFileInfo& entry : list)
+        addEntry(entry, name.isEmpty() ? entry.fileName() : u"%1/%2"_s.arg(name, entry.fileName()));
+}

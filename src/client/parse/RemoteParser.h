@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "RemoteServiceEntry.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// A service as "/pin/remote/service/ls" lists it.
+struct ListedService
+{
+    RemoteServiceEntry entry {};
+    QString status {}; ///< the node's verdict on it, "valid" or "invalid"; empty if it was not asked for
+};
+
+/// What came of the list: its services, or why there is none.
+struct ServiceList
+{
+    QList<ListedService> services {};
+    QString error {};
+
+    QList<RemoteServiceEntry> entries() const;
+};
+
+/// Reads the list in any of the shapes that it has had. An error is the node's own text, or that the body is no JSON
+/// object. Services without a name are left out.
+ServiceList parseServiceList(const QByteArray& body);
