@@ -91,7 +91,7 @@ class ClientTest : public QObject
 {
     Q_OBJECT
 
-private slots:
+protected slots: // called by their names
     void init()
     {
         failOnWarnings();
