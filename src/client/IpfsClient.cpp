@@ -113,12 +113,14 @@ void IpfsClient::onPingReplyFinished(QNetworkReply* reply)
 
 void IpfsClient::fetchNodeInfo()
 {
-    call(u"/id"_s, {}, &IpfsClient::onNodeInfoReplyFinished);
+    call(u"/id"_s, {}, &IpfsClient::onNodeInfoReplyFinished)->setProperty(ReplyProperty::base, endpoint.base);
 }
 
 void IpfsClient::onNodeInfoReplyFinished(QNetworkReply* reply)
 {
     reply->deleteLater();
+    if (!reply->property(ReplyProperty::base).toString() != endpoint.base) // the node has been left
+        return;
     if (reply->error() != QNetworkReply::NoError) {
         emit errorOccurred(tr("Failed to get node info: %1").arg(reply->errorString()));
         return;

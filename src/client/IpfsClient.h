@@ -99,6 +99,8 @@ public:
 
 signals:
     void pinsReceived(QList<PinEntry> pins);
+    /// A part of the current list could not be had. Comes before the other signals of that failure, with its text.
+    void listFailed(QString message);
     /// How many entries of a list have come so far; `source` is the path without its first slash.
     void streamEntriesLoaded(QString source, int count);
 
@@ -143,8 +145,8 @@ public:
     void fetchRefs(const QString& cid, Urgency urgency = InTurn, QObject* owner = nullptr);
     /// "/dag/stat". Ends with dagStatReceived, -1 on a failure.
     void fetchObjectStat(const QString& cid);
-    /// "/files/stat", else "/ls". Ends with kindReceived and never with an error.
-    void fetchKind(const QString& cid, Urgency urgency = InTurn);
+    /// "/files/stat", else "/ls". Ends with kindReceived and never with an error; AtOnce in silence with its `owner`.
+    void fetchKind(const QString& cid, Urgency urgency = InTurn, QObject* owner = nullptr);
 
 signals:
     /// The CIDs below `rootCid` in the node's order, duplicates kept.
@@ -168,9 +170,10 @@ private:
     void sendQueued(const MetadataRequest& request, const QString& cid);
     void sendMetadataRequest(const MetadataRequest& request, const QString& cid, const QString& path,
                              const QUrlQuery& query, ReplyHandler handler);
-    void askAtOnce(const MetadataRequest& request, const QString& cid, QObject* owner = nullptr);
-    static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid);
-    void askListingForKind(const QString& cid, bool queued);
+    void askAtOnce(const MetadataRequest& request, const QString& cid, QObject* owner);
+    static void markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid,
+                                  QObject* owner);
+    void askListingForKind(const QString& cid, const QNetworkReply* statReply);
     void pumpRefsQueue();
     void pumpDagStatQueue();
     void pumpKindQueue();

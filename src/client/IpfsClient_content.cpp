@@ -64,11 +64,9 @@ void IpfsClient::onCatReplyFinished(QNetworkReply* reply)
     const QByteArray data = reply->readAll();
     bool lengthKnown = false;
     const qint64 length = reply->rawHeader("X-Content-Length").toLongLong(&lengthKnown);
-    const bool whole = reply->error() == QNetworkReply::NoError;
-    const bool brokenOff = !nodeWords(reply).isEmpty() && reply->error() == QNetworkReply::UnknownServerError;
-    if ((whole || brokenOff) && lengthKnown && data.size() < length) // a block failed on the way
+    if (lengthKnown && data.size() < length) // a block failed on the way, or the connection
         emit catFailed(cid, tr("%1 of %2 bytes received").arg(QString::number(data.size()), QString::number(length)));
-    else if (!whole)
+    else if (reply->error() != QNetworkReply::NoError)
         emit catFailed(cid, reply->errorString());
     else
         emit catReceived(cid, data);

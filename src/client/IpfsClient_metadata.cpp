@@ -90,10 +90,10 @@ void IpfsClient::fetchObjectStat(const QString& cid)
         pumpDagStatQueue();
 }
 
-void IpfsClient::fetchKind(const QString& cid, Urgency urgency)
+void IpfsClient::fetchKind(const QString& cid, Urgency urgency, QObject* owner)
 {
     if (urgency == AtOnce)
-        askAtOnce(kindRequest(), cid);
+        askAtOnce(kindRequest(), cid, owner);
     else if (kindRequests.enqueueUnique(cid))
         pumpKindQueue();
 }
@@ -105,14 +105,16 @@ void IpfsClient::askAtOnce(const MetadataRequest& request, const QString& cid, Q
         return;
     QNetworkReply* reply = request.failureIsOrdinary ? callQuietly(request.path, request.query(cid), request.handler)
                                                      : call(request.path, request.query(cid), request.handler);
-    markOutsideQueues(reply, request, cid);
-    endWith(owner, reply);
+    markOutsideQueues(reply, request, cid, owner);
 }
 
-void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid)
+void IpfsClient::markOutsideQueues(QNetworkReply* reply, const MetadataRequest& request, const QString& cid,
+                                   QObject* owner)
 {
     reply->setProperty(request.cidProperty, cid);
     reply->setProperty(ReplyProperty::outsideQueues, true);
+    reply->setProperty(ReplyProperty::owner, QVariant::fromValue(owner));
+    endWith(owner, reply);
 }
 
 void IpfsClient::pumpRefsQueue()
@@ -190,9 +192,11 @@ void IpfsClient::onObjectStatReplyFinished(QNetworkReply* reply)
     reply->deleteLater();
     if (reply->error() == QNetworkReply::NoError)
         emit dagStatReceived(cid, parseDagSize(reply->readAll()));
+    else if (isCancelled(reply))
+        ;                                                           // in silence
     else if (wasBrokenOffBy(reply, "json: unsupported value: NaN")) // the share of a DAG of no bytes
         emit dagStatReceived(cid, 0);
-    else if (!isCancelled(reply))
+    else
         reportFailure(tr("DAG stat failed for %1: %2").arg(cid, reply->errorString()), &IpfsClient::dagStatReceived,
                       cid, -1);
     finishDagStatRequest(cid);
@@ -203,12 +207,13 @@ void IpfsClient::onFilesStatReplyFinished(QNetworkReply* reply)
     const QString cid = reply->property(ReplyProperty::cid).toString();
     reply->deleteLater();
     if (isCancelled(reply)) {
-        finishKindRequest(cid);
+        if (isQueued(reply))
+            finishKindRequest(cid);
         return;
     }
     const QString kind = reply->error() == QNetworkReply::NoError ? parseFileKind(reply->readAll()) : QString();
     if (kind.isEmpty()) {
-        askListingForKind(cid, isQueued(reply));
+        askListingForKind(cid, reply);
         return;
     }
     emit kindReceived(cid, kind);
@@ -217,13 +222,14 @@ void IpfsClient::onFilesStatReplyFinished(QNetworkReply* reply)
 }
 
 /// A queued CID keeps its place in the queue until the listing has come.
-void IpfsClient::askListingForKind(const QString& cid, bool queued)
+void IpfsClient::askListingForKind(const QString& cid, const QNetworkReply* statReply)
 {
     const auto handler = &IpfsClient::onKindLsReplyFinished;
-    if (queued)
+    if (isQueued(statReply))
         sendMetadataRequest(kindRequest(), cid, u"/ls"_s, listingQuery(cid), handler);
     else
-        markOutsideQueues(callQuietly(u"/ls"_s, listingQuery(cid), handler), kindRequest(), cid);
+        markOutsideQueues(callQuietly(u"/ls"_s, listingQuery(cid), handler), kindRequest(), cid,
+                          statReply->property(ReplyProperty::owner).value<QObject*>());
 }
 
 void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
@@ -232,7 +238,8 @@ void IpfsClient::onKindLsReplyFinished(QNetworkReply* reply)
     const bool queued = isQueued(reply);
     reply->deleteLater();
     if (isCancelled(reply)) {
-        finishKindRequest(cid);
+        if (queued)
+            finishKindRequest(cid);
         return;
     }
     const bool good = reply->error() == QNetworkReply::NoError;

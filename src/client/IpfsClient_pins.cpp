@@ -176,9 +176,11 @@ void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)
 {
     if (reply->property(ReplyProperty::cancelledByClient).toBool() || !isCurrent(reply))
         return;
+    const QString message = tr("Network error: %1").arg(reply->errorString());
+    emit listFailed(message);
     if (reply->property(ReplyProperty::pinsCompositeBatch).toBool())
         deliverCompositeHalf({});
-    if (load.isUnpinnedActive())
+    if (isCurrent(reply) && load.isUnpinnedActive()) // a listener may have begun another load
         load.resetUnpinnedState();
-    reportFailure(tr("Network error: %1").arg(reply->errorString()), &IpfsClient::connectionStatusChanged, false);
+    reportFailure(message, &IpfsClient::connectionStatusChanged, false);
 }

@@ -111,8 +111,9 @@ void IpfsClient::onRefsLocalReplyFailed(const QNetworkReply* reply)
     if (reply->property(ReplyProperty::cancelledByClient).toBool() || !load.isUnpinnedActive())
         return;
     load.resetUnpinnedState();
-    reportFailure(tr("Network error (refs/local): %1").arg(reply->errorString()), &IpfsClient::pinsReceived,
-                  QList<PinEntry>());
+    const QString message = tr("Network error (refs/local): %1").arg(reply->errorString());
+    emit listFailed(message);
+    reportFailure(message, &IpfsClient::pinsReceived, QList<PinEntry>());
 }
 
 /// Whichever half ends last does the work.

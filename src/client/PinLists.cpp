@@ -58,6 +58,15 @@ bool hasVersion0(const Cid& cid)
     return cid.codec == Cid::dagPbCodec && cid.multihash.startsWith(sha256);
 }
 
+/// Empty if there is no such form.
+QString textOfVersion0(Cid cid)
+{
+    if (!hasVersion0(cid))
+        return {};
+    cid.version = 0;
+    return encodeCid(cid);
+}
+
 } // namespace
 
 void sortPinsByCid(QList<PinEntry>& entries)
@@ -123,10 +132,8 @@ QSet<QString> textsAccountedFor(const QList<PinEntry>& entries)
         if (!cid)
             continue;
         texts.insert(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}));
-        if (cid->version == 1 && hasVersion0(*cid)) {
-            cid->version = 0;
-            texts.insert(encodeCid(*cid));
-        }
+        if (const QString text = textOfVersion0(*cid); cid->version == 1 && !text.isEmpty())
+            texts.insert(text);
     }
     return texts;
 }
@@ -152,7 +159,8 @@ QList<std::optional<QString>> storedTexts(const QSet<QString>& pinned, const QSt
     texts.reserve(requested.size());
     for (qsizetype i = 0; i < requested.size(); ++i) {
         const auto cid = decodeCid(requested.at(i));
-        const QStringList spellings {formatted.at(i), requested.at(i), cid ? encodeCid(*cid) : QString()};
+        const QStringList spellings {formatted.at(i), requested.at(i), cid ? encodeCid(*cid) : QString(),
+                                     cid ? textOfVersion0(*cid) : QString()};
         const auto stored = std::ranges::find_if(
             spellings, [&pinned](const QString& text) { return !text.isEmpty() && pinned.contains(text); });
         if (stored != spellings.end())

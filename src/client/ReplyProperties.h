@@ -17,16 +17,19 @@ inline constexpr const char* pinsCompositeBatch = "pinsCompositeBatch"; ///< boo
 inline constexpr const char* forUnpinned = "forUnpinned";             ///< bool, the pin list half of an unpinned fetch
 inline constexpr const char* pinsEpoch = "pinsEpoch";                 ///< quint64, the load that the reply belongs to
 inline constexpr const char* cancelledByClient = "cancelledByClient"; ///< bool, aborted by cancelActiveLoading
-inline constexpr const char* cid = "cid";                             ///< QString, the CID asked for
-inline constexpr const char* rootCid = "rootCid";                     ///< QString, the CID whose refs were asked for
-inline constexpr const char* turnPosted = "turnPosted";       ///< bool, a turn that takes more of the body is posted
+inline constexpr const char* base = "base";             ///< QString, the address of the node whose own ID was asked for
+inline constexpr const char* cid = "cid";               ///< QString, the CID asked for
+inline constexpr const char* rootCid = "rootCid";       ///< QString, the CID whose refs were asked for
+inline constexpr const char* turnPosted = "turnPosted"; ///< bool, a turn that takes more of the body is posted
 inline constexpr const char* outsideQueues = "outsideQueues"; ///< bool, a fact asked for beside the metadata queues
-inline constexpr const char* cids = "cids";                   ///< QStringList, the CIDs whose unpinning was asked for
-inline constexpr const char* unpinIndex = "unpinIndex";       ///< int, a CID's place in its batch
-inline constexpr const char* unpinBatch = "unpinBatch";       ///< std::shared_ptr<UnpinBatch>
-inline constexpr const char* addUpload = "addUpload";         ///< std::shared_ptr<AddUpload>
+inline constexpr const char* owner = "owner";           ///< QObject*, with whose end the call is aborted; may be null
+inline constexpr const char* cids = "cids";             ///< QStringList, the CIDs whose unpinning was asked for
+inline constexpr const char* unpinIndex = "unpinIndex"; ///< int, a CID's place in its batch
+inline constexpr const char* unpinBatch = "unpinBatch"; ///< std::shared_ptr<UnpinBatch>
+inline constexpr const char* addUpload = "addUpload";   ///< std::shared_ptr<AddUpload>
 inline constexpr const char* remoteServiceAction = "remoteServiceAction"; ///< QString, "list"
-inline constexpr const char* remoteServiceName = "remoteServiceName"; ///< QString, the service asked about; may be empty
+inline constexpr const char* remoteServiceName
+    = "remoteServiceName"; ///< QString, the service asked about; may be empty
 
 } // namespace ReplyProperty
 

@@ -127,8 +127,10 @@ QNetworkRequest RpcTransport::announce(const RpcEndpoint& endpoint, const QStrin
     QString shown = shownAddress(url);
     if (shown.contains(u'…')) // what is encoded holds none
         setAttribute(request, NodeAccessManager::ShownAddress, shown);
-    if (!endpoint.hostIsValid)
+    if (!endpoint.hostIsValid) {
         shown.replace(0, nowhere.size(), endpoint.base);
+        setAttribute(request, NodeAccessManager::ShownHost, endpoint.host);
+    }
     emit requestIssued(u"[%1] POST %2"_s.arg(logTime(), shown));
     return request;
 }

@@ -47,7 +47,8 @@ WriteResult writeFile(const QString& path, const QByteArray& data)
         file.setDirectWriteFallback(true); // the folder may be closed to new files, and the file open to writing
         inPlace = file.open(QIODevice::WriteOnly);
         if (!inPlace)
-            return {.message = QCoreApplication::translate("FileWriter", "Cannot write: %1").arg(file.errorString())};
+            return {.message = QCoreApplication::translate("FileWriter", "Cannot write: %1").arg(file.errorString()),
+                    .reason = file.errorString()};
     }
     // A commit does not notice that the last bytes, or all of a short file, could not be flushed.
     const bool complete = file.write(data) == data.size() && file.flush() && file.commit();
@@ -55,7 +56,7 @@ WriteResult writeFile(const QString& path, const QByteArray& data)
         const QString message = inPlace
             ? QCoreApplication::translate("FileWriter", "Failed to write %1, which has lost its former content")
             : QCoreApplication::translate("FileWriter", "Failed to write %1");
-        return {.message = message.arg(target.fileName())};
+        return {.message = message.arg(target.fileName()), .reason = file.errorString()};
     }
     return {.ok = true};
 }

@@ -8,6 +8,7 @@ struct WriteResult
 {
     bool ok = false;
     QString message {}; ///< for people; empty if ok
+    QString reason {};  ///< the system's, without the name of the file
 };
 
 /// Writes a whole file, on any thread, and replaces one of that name. A write that fails or is interrupted leaves

@@ -189,7 +189,7 @@ void PinContentsDialog::askForRootKind()
     rootKindRequested = true;
     waitingForRootKind = true;
     status->showProgress(tr("Detecting root type…"));
-    client->fetchKind(rootCid, IpfsClient::AtOnce);
+    client->fetchKind(rootCid, IpfsClient::AtOnce, this);
 }
 
 void PinContentsDialog::addLsEntries(const QList<LsEntry>& entries, QTreeWidgetItem* parent)

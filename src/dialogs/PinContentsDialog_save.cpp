@@ -8,14 +8,39 @@
 #include "IpfsClient.h"
 #include "StatusLabel.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int detailsWidth = 640;
+
+/// A node that is gone fails each of a hundred thousand files, and a text of as many lines stalls the window.
+QString failureDetails(const QStringList& failures)
+{
+    constexpr qsizetype mostLines = 1000;
+    if (failures.size() <= mostLines)
+        return failures.join(u'\n');
+    return failures.first(mostLines).join(u'\n')
+        + QCoreApplication::translate("PinContentsDialog", "\n… and %1 more").arg(failures.size() - mostLines);
+}
+
+/// A message box is as wide as its text, which is too narrow for paths.
+void widenMessage(QMessageBox* box)
+{
+    if (auto* grid = qobject_cast<QGridLayout*>(box->layout()))
+        grid->addItem(new QSpacerItem(detailsWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
+
+} // namespace
 
 void PinContentsDialog::onSaveAllFiles()
 {
@@ -118,7 +143,8 @@ void PinContentsDialog::showFailures()
                                 text.arg(QString::number(saveFailures.size()), QString::number(saveQueue.size())),
                                 QMessageBox::Ok, this);
     box->setTextFormat(Qt::PlainText);
-    box->setDetailedText(saveFailures.join(u'\n'));
+    box->setDetailedText(failureDetails(saveFailures));
+    widenMessage(box);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

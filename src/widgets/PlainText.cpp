@@ -23,5 +23,7 @@ QString messageForLabel(const QString& text)
 {
     constexpr qsizetype head = 400;
     constexpr qsizetype tail = 200;
-    return text.size() <= head + tail ? text : text.first(head) + u" … "_s + text.last(tail);
+    QString line = text;
+    line.replace(u'\n', u' ');
+    return line.size() <= head + tail ? line : line.first(head) + u" … "_s + line.last(tail);
 }

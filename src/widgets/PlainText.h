@@ -10,6 +10,6 @@ class QWidget;
 QLabel* newPlainLabel(const QString& text, QWidget* parent);
 void setPlainToolTip(QWidget* widget, const QString& text);
 
-/// The middle of a very long message is left out: an error names the address it came from, and an unpin of thousands
-/// has an address of hundreds of kilobytes.
+/// In one line, however many a node sent. The middle of a very long message is left out: an error names the address it
+/// came from, and an unpin of thousands has an address of hundreds of kilobytes.
 QString messageForLabel(const QString& text);

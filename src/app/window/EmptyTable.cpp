@@ -61,13 +61,18 @@ QString emptyTableText(const EmptyTable& table)
     return table.total > 0 && table.searching ? Texts::ofSearch(table.total) : Texts::ofLoad(table);
 }
 
+bool isNodesReply(const QString& error)
+{
+    return error.contains("server replied:"_L1);
+}
+
 /// What a node replied ends in the words of its status line; all else comes from the network.
 EmptyTable::State stateAfter(const QString& error)
 {
     if (error.endsWith("server replied: Forbidden"_L1))
         return EmptyTable::Refused;
     for (const auto& words : {"refused"_L1, "not found"_L1, "timed out"_L1, "unreachable"_L1, "could not be made"_L1}) {
-        if (!error.contains("server replied:"_L1) && error.endsWith(words))
+        if (!isNodesReply(error) && error.endsWith(words))
             return EmptyTable::NoNode;
     }
     return EmptyTable::Failed;

@@ -21,5 +21,8 @@ struct EmptyTable
 /// What to show in place of rows; empty if there are rows.
 QString emptyTableText(const EmptyTable& table);
 
+/// Whether an error is a node's reply, and not one of the network.
+bool isNodesReply(const QString& error);
+
 /// NoNode, Refused or Failed, by the error of a load.
 EmptyTable::State stateAfter(const QString& error);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "AddProgress.h"
 #include "ContentMode.h"
 #include "IpfsClient.h"
 #include "NoticeArea.h"
@@ -48,11 +49,13 @@ MainWindow::MainWindow(QWidget* parent)
     , statusResetTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , toolWindows(new ToolWindows(this))
+    , addProgress(new AddProgress(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
 {
     updateWindowTitleForActivationState();
     setMinimumSize(minimumWindowSize);
     resize(initialWindowSize);
+    setAcceptDrops(true);
 
     proxyModel->setSourceModel(pinModel);
     proxyModel->setFilterCaseSensitivity(Qt::CaseInsensitive);
@@ -111,6 +114,7 @@ void MainWindow::setupToolBar()
     toolBar = new PinToolBar(*toolWindows, this);
     addToolBar(toolBar);
     connect(toolBar, &PinToolBar::refreshClicked, this, &MainWindow::onRefreshClicked);
+    connect(toolBar, &PinToolBar::addClicked, this, &MainWindow::onAddToIpfsClicked);
     connect(toolBar, &PinToolBar::contentChanged, this, &MainWindow::onContentChanged);
     connect(toolBar, &PinToolBar::filterChanged, this, &MainWindow::onFilterChanged);
     connect(toolBar, &PinToolBar::searchTextChanged, this, &MainWindow::onSearchTextChanged);
@@ -164,6 +168,7 @@ void MainWindow::setupStatusBar()
 void MainWindow::connectClient()
 {
     connect(client, &IpfsClient::pinsReceived, this, &MainWindow::onPinsReceived);
+    connect(client, &IpfsClient::listFailed, this, &MainWindow::onListFailed);
     connect(client, &IpfsClient::errorOccurred, this, &MainWindow::onErrorOccurred);
     connect(client, &IpfsClient::nodeSaid, this, &MainWindow::onNodeSaid);
     connect(client, &IpfsClient::connectionStatusChanged, this, &MainWindow::onConnectionStatusChanged);
@@ -174,6 +179,11 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::unpinned, this, &MainWindow::onUnpinned);
     connect(client, &IpfsClient::unpinProgress, this, &MainWindow::onUnpinProgress);
     connect(client, &IpfsClient::pinsMayHaveChanged, this, &MainWindow::onPinsMayHaveChanged);
+    connect(client, &IpfsClient::addBytesSent, addProgress, &AddProgress::showBytes);
+    connect(client, &IpfsClient::addProgress, this, &MainWindow::onAddProgress);
+    connect(client, &IpfsClient::addShortfall, this, &MainWindow::onAddShortfall);
+    connect(client, &IpfsClient::addCompleted, this, &MainWindow::onAddCompleted);
+    connect(client, &IpfsClient::addFailed, this, &MainWindow::onAddFailed);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }
@@ -204,7 +214,12 @@ void MainWindow::onConnectionStatusChanged(bool on)
     statsFrame->setConnectionDotState(ConnectionStatusDot::Disconnected,
                                       tr("Disconnected from %1").arg(client->baseUrl()));
     statsFrame->showNoPeer();
-    showListState(stateAfter(lastError)); // a list's error comes before this
+}
+
+void MainWindow::onListFailed(const QString& message)
+{
+    listError = message;
+    showListState(stateAfter(message));
 }
 
 void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
@@ -215,9 +230,6 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
-    lastError = message;
-    if (showsUnpinned() && listState == EmptyTable::Loading)
-        showListState(stateAfter(message)); // of the blocks, whose list then comes empty
     notices->showNotification(message, true);
     showStatusFor(errorMessageShown, tr("Error: ") + message);
 }

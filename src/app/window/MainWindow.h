@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "AddRecords.h"
+#include "AddResult.h"
 #include "ConnectionStatusDot.h"
 #include "EmptyTable.h"
 #include "MetadataPlan.h"
@@ -15,6 +17,7 @@
 
 #include <chrono>
 
+class AddProgress;
 class IpfsClient;
 class NoticeArea;
 class PinModel;
@@ -44,6 +47,9 @@ public:
 protected:
     /// The program ends with its main window: free tool windows close with it. Asks first while work is under way.
     void closeEvent(QCloseEvent* event) override;
+    /// Files and folders that are dropped open the dialog that adds them.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private slots:
     void onActivationClicked();
@@ -51,6 +57,7 @@ private slots:
     void onConnectionStatusChanged(bool on);
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
+    void onListFailed(const QString& message);
     void onNodeSaid(const QString& path, const QString& words);
 
 private:
@@ -150,6 +157,8 @@ private:
     void fetchList();
     void setRefreshing(bool on);
     QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
+    bool keepsRows() const;
+    void showRows(const QList<PinEntry>& list);
     void fitColumns();
     void showListState(EmptyTable::State state);
     void updateEmptyText();
@@ -194,6 +203,23 @@ private:
     void openFromLocal(const QString& cid);
     void openInBrowser(const QString& cid, const QUrl& url, const QString& message);
 
+    // Adding: MainWindow_add.cpp. A failure is shown in a box, and ends the add.
+private slots:
+    void onAddToIpfsClicked();
+    void onAddProgress(const QString& currentName, int processedEntries, int totalFiles);
+    void onAddShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
+                        bool rootLineMissing);
+    void onAddCompleted(const QString& rootCid, const QList<AddEntry>& entries);
+    void onAddFailed(const QString& message);
+
+private:
+    void chooseAndAdd(const QStringList& paths);
+    void startAdd(const QList<LocalPathSelection>& selections, const AddOptions& options);
+    void setAdding(bool on);
+    void showAddResult(const QString& rootCid, const QList<AddEntry>& entries);
+    void copyAddedCids(const QStringList& cids);
+    void exportCids(const QStringList& cids);
+
     IpfsClient* client;
     PinModel* pinModel;
     PinFilterProxyModel* proxyModel;
@@ -212,16 +238,23 @@ private:
     QLabel* statusLabel = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
+    QAction* addToIpfsAction = nullptr;
+    AddProgress* addProgress;
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
     EmptyTable::State listState = EmptyTable::NotAsked;
-    QString lastError {};
+    QString listError {};      ///< of the latest part of a list that failed
     bool listAnswered = false; ///< the node has answered a part of the load
+    QString rowsContent {};    ///< what the rows were asked for by: content and filter; empty while there are none
+    QString rowsFilter {};
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
+    bool addInProgress = false;        ///< from the dialog's acceptance to the end of the upload
+    AddOptions lastAddOptions {};
+    AddShortfall addShortfall {}; ///< of the latest add
     QStringList rpcLogLines;
     QStringList statusLogLines;
 };

@@ -33,7 +33,7 @@ void MainWindow::setupMenuBar()
 void MainWindow::setupFileMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&File"));
-    addUnavailable(menu, tr("Add to &IPFS…"));
+    addToIpfsAction = menu->addAction(tr("Add to &IPFS…"), this, &MainWindow::onAddToIpfsClicked);
     menu->addSeparator();
     menu->addAction(tr("&Settings..."), Qt::CTRL | Qt::Key_Comma, this, &MainWindow::onSettingsClicked);
     menu->addAction(tr("Remote &Services..."), this, &MainWindow::onRemoteServicesClicked)
@@ -105,6 +105,8 @@ void MainWindow::quit()
 /// Empty if nothing is under way that would be cut.
 QString MainWindow::quitQuestion() const
 {
+    if (addInProgress)
+        return tr("An add is still running. Quit anyway?");
     const auto dialogs = findChildren<PinContentsDialog*>();
     return std::ranges::any_of(dialogs, &PinContentsDialog::isSaving) ? tr("A save is still running. Quit anyway?")
                                                                       : QString();

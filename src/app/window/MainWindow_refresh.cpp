@@ -78,6 +78,7 @@ void MainWindow::triggerRefresh(bool force)
 void MainWindow::fetchList()
 {
     listAnswered = false;
+    listError.clear();
     showListState(EmptyTable::Loading);
     if (showsUnpinned())
         client->fetchUnpinned();
@@ -113,18 +114,34 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
     return list;
 }
 
-void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
+/// Nothing is known of a node that can't be reached: an empty list of it leaves the rows, unless they are of another
+/// view.
+bool MainWindow::keepsRows() const
 {
-    setRefreshing(false);
-    if (pins.isEmpty() && !listAnswered)
-        return; // nothing is known of a node that can't be reached; the errors have been reported
-    if (!pins.isEmpty() || listState == EmptyTable::Loading)
-        listState = EmptyTable::Loaded; // else a part of the list has failed
-    const QList<PinEntry> list = listForTable(pins);
-    const PinTable::Place place = pinTable->place();
+    const bool blocksWereRefused = showsUnpinned() && isNodesReply(listError);
+    return !listAnswered && !blocksWereRefused && rowsContent == values.contentMode;
+}
+
+void MainWindow::showRows(const QList<PinEntry>& list)
+{
+    rowsContent = values.contentMode;
+    rowsFilter = values.typeFilter;
     pinModel->setPins(list);
     planMetadata(list);
     proxyModel->setTypeFilter(values.typeFilter);
+}
+
+void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
+{
+    setRefreshing(false);
+    if (pins.isEmpty() && keepsRows())
+        return; // the errors have been reported
+    if (!pins.isEmpty() || listState == EmptyTable::Loading)
+        listState = EmptyTable::Loaded; // else a part of the list has failed
+    const QList<PinEntry> list = listForTable(pins);
+    const PinTable::Place place
+        = rowsContent == values.contentMode && rowsFilter == values.typeFilter ? pinTable->place() : PinTable::Place();
+    showRows(list);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
         if (list.size() > fittedRows)
@@ -156,7 +173,7 @@ void MainWindow::updateEmptyText()
                                            .total = pinModel->rowCount(),
                                            .shown = proxyModel->rowCount(),
                                            .address = client->baseUrl(),
-                                           .reason = lastError}));
+                                           .reason = listError}));
 }
 
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.

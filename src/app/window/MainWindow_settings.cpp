@@ -70,6 +70,7 @@ void MainWindow::leaveNode()
     setRefreshing(false);
     statsFrame->showNoPeer();
     pinModel->clear();
+    rowsContent.clear();
     plan.startList();
     updateCountLabels();
     onSelectionChanged();

@@ -144,6 +144,7 @@ PinTable::Place PinTable::place() const
                  .currentColumn = std::max(current.column(), 0),
                  .top = topRow >= 0 ? cidOf(model()->index(topRow, PinModel::CidColumn)) : QString(),
                  .topRow = topRow,
+                 .left = horizontalScrollBar()->value(),
                  .rows = model()->rowCount()};
     if (selectedRowCount() <= mostRestoredRows) {
         const QStringList cids = selectedCids();
@@ -156,20 +157,23 @@ void PinTable::restore(const Place& place)
 {
     const int topRow = rowOfTop(place);
     QList<int> selected;
+    QSet<QString> missing = place.selected; // a CID may be in two rows
     int current = -1;
-    const auto isDone
-        = [&] { return selected.size() >= place.selected.size() && (current >= 0 || place.current.isEmpty()); };
+    const auto isDone = [&] { return missing.isEmpty() && (current >= 0 || place.current.isEmpty()); };
     for (int row = 0; row < model()->rowCount() && !isDone(); ++row) {
         const QString cid = cidOf(model()->index(row, PinModel::CidColumn));
-        if (place.selected.contains(cid))
+        if (place.selected.contains(cid)) {
             selected.append(row);
+            missing.remove(cid);
+        }
         if (current < 0 && !cid.isEmpty() && cid == place.current)
             current = row;
     }
     selectRows(selected);
     if (current >= 0)
         selectionModel()->setCurrentIndex(model()->index(current, place.currentColumn), QItemSelectionModel::NoUpdate);
-    executeDelayedItemsLayout(); // the scroll bar has its old range until then
+    executeDelayedItemsLayout();                 // the scroll bar has its old range until then
+    horizontalScrollBar()->setValue(place.left); // the current cell was scrolled into view
     if (topRow >= 0)
         verticalScrollBar()->setValue(topRow);
 }

@@ -32,6 +32,7 @@ public:
         int currentColumn = 0;
         QString top {}; ///< the first row in sight
         int topRow = 0;
+        int left = 0; ///< of the horizontal scroll bar
         int rows = 0;
     };
     Place place() const;

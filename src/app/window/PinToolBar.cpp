@@ -84,7 +84,7 @@ void PinToolBar::addLoadButtons()
 
     addButton = new QPushButton(tr("+  Add to IPFS"), this);
     addButton->setObjectName(u"actionBtn"_s);
-    addButton->setEnabled(false);
+    connect(addButton, &QPushButton::clicked, this, &PinToolBar::addClicked);
     addWidget(addButton);
 }
 
@@ -191,6 +191,11 @@ void PinToolBar::setRefreshing(bool on)
 bool PinToolBar::refreshHasFocus() const
 {
     return refreshButton->hasFocus();
+}
+
+void PinToolBar::setAddEnabled(bool on)
+{
+    addButton->setEnabled(on);
 }
 
 QString PinToolBar::contentMode() const

@@ -26,6 +26,8 @@ public:
     void setRefreshing(bool on);
     bool refreshHasFocus() const;
 
+    void setAddEnabled(bool on);
+
     QString contentMode() const;
     QString typeFilter() const;
     QString searchText() const;
@@ -41,6 +43,7 @@ public:
 
 signals:
     void refreshClicked();
+    void addClicked();
     void contentChanged();
     void filterChanged();
     void searchTextChanged(QString text);

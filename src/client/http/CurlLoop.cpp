@@ -97,12 +97,16 @@ CURL* CurlLoop::takeHandle()
 void CurlLoop::start(CURL* handle, CurlTransfer* transfer)
 {
     running.insert(handle, transfer);
-    curl_multi_add_handle(multi, handle); // asks for a turn by onTimer
+    if (insideCurl) // refused then
+        started.append(handle);
+    else
+        curl_multi_add_handle(multi, handle); // asks for a turn by onTimer
 }
 
 void CurlLoop::drop(CURL* handle)
 {
     running.remove(handle);
+    started.removeOne(handle);
     if (insideCurl)
         dropped.append(handle);
     else
@@ -185,6 +189,8 @@ void CurlLoop::act(curl_socket_t socket, int events)
     insideCurl = false;
     for (CURL* handle : std::exchange(dropped, {}))
         release(handle);
+    for (CURL* handle : std::exchange(started, {}))
+        curl_multi_add_handle(multi, handle);
     collectEnded();
     deliverMarked();
 }

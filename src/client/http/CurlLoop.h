@@ -76,7 +76,8 @@ private:
     std::unordered_map<curl_socket_t, Watch> watches; ///< their notifiers are switched off while nothing is awaited
     QHash<CURL*, CurlTransfer*> running;
     QList<CURL*> idleHandles;
-    QList<CURL*> dropped; ///< during a call of libcurl, to be released after it
+    QList<CURL*> started; ///< during a call of libcurl, to be added after it
+    QList<CURL*> dropped; ///< likewise, to be released
     QList<CurlTransfer*> marked;
     bool insideCurl = false;
 };

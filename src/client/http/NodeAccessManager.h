@@ -29,7 +29,9 @@ public:
         /// bool. What came before a trailer "X-Stream-Error" is valid by itself: the trailer is no failure.
         KeepsWhatCame,
         /// QString. The address to be shown in error texts, where the request's own holds a secret.
-        ShownAddress
+        ShownAddress,
+        /// QString. The host to be named in error texts, where the request's address has none.
+        ShownHost
     };
 
     explicit NodeAccessManager(QObject* parent = nullptr);

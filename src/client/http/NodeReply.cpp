@@ -24,10 +24,14 @@ bool isSet(const QNetworkRequest& request, NodeAccessManager::RequestAttribute a
     return request.attribute(static_cast<QNetworkRequest::Attribute>(attribute)).toBool();
 }
 
+QString textOf(const QNetworkRequest& request, NodeAccessManager::RequestAttribute attribute)
+{
+    return request.attribute(static_cast<QNetworkRequest::Attribute>(attribute)).toString();
+}
+
 QUrl shownUrl(const QNetworkRequest& request)
 {
-    const auto attribute = static_cast<QNetworkRequest::Attribute>(NodeAccessManager::ShownAddress);
-    const QString shown = request.attribute(attribute).toString();
+    const QString shown = textOf(request, NodeAccessManager::ShownAddress);
     return shown.isEmpty() ? request.url() : QUrl(shown);
 }
 
@@ -74,7 +78,7 @@ void NodeReply::start()
     if (const QString reason = refusal(); !reason.isEmpty()) {
         failLater({ProtocolUnknownError, reason});
     } else if (url().host().isEmpty()) {
-        failLater(hostNotFound(url()));
+        failLater(hostNotFound(textOf(request(), NodeAccessManager::ShownHost)));
     } else if (const QByteArray address = url().toEncoded(); address.size() > longestRequestHead) {
         failLater({ProtocolInvalidOperationError,
                    tr("The request is too long for the node: %1 bytes, of at most %2")
@@ -99,7 +103,7 @@ void NodeReply::failLater(const ReplyFailure& newFailure)
 bool NodeReply::prepare()
 {
     const QByteArray address = url().toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
-    const bool reuses = isSet(request(), NodeAccessManager::MayRepeat) && bodySize == 0;
+    const bool reuses = isSet(request(), NodeAccessManager::MayRepeat) && !body;
     curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, reuses ? 0L : 1L);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &NodeReply::onHeader);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
@@ -148,6 +152,8 @@ void NodeReply::leaveLoop()
     // Dropped while libcurl works, the handle may call back once more.
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, nullptr);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, nullptr);
+    curl_easy_setopt(handle, CURLOPT_READDATA, nullptr);
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, nullptr);
     loop->drop(std::exchange(handle, nullptr));
 }
 
@@ -180,7 +186,8 @@ size_t NodeReply::takeBody(QByteArrayView bytes)
 
 size_t NodeReply::onRead(char* bytes, size_t size, size_t count, void* reply)
 {
-    return static_cast<NodeReply*>(reply)->giveBody(bytes, size * count);
+    auto* self = static_cast<NodeReply*>(reply);
+    return self ? self->giveBody(bytes, size * count) : CURL_READFUNC_ABORT;
 }
 
 size_t NodeReply::giveBody(char* bytes, size_t room)

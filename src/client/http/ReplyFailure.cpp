@@ -83,9 +83,9 @@ ReplyFailure failureOfStatus(int status, const QByteArray& reason, const QUrl& u
     return {codeOfStatus(status), text("Error transferring %1 - server replied: %2").arg(url.toString(), words)};
 }
 
-ReplyFailure hostNotFound(const QUrl& url)
+ReplyFailure hostNotFound(const QString& host)
 {
-    return {QNetworkReply::HostNotFoundError, text("Host %1 not found").arg(url.host())};
+    return {QNetworkReply::HostNotFoundError, text("Host %1 not found").arg(host)};
 }
 
 ReplyFailure failureOfTransfer(int result, long osError, const QUrl& url)
@@ -93,7 +93,7 @@ ReplyFailure failureOfTransfer(int result, long osError, const QUrl& url)
     const bool isBroken = result == CURLE_RECV_ERROR && osError == 0; // what came can't be right
     switch (isBroken ? CURLE_WEIRD_SERVER_REPLY : result) {
     case CURLE_COULDNT_RESOLVE_HOST:
-        return hostNotFound(url);
+        return hostNotFound(url.host());
     case CURLE_COULDNT_CONNECT:
         return failureOfConnect(osError);
     case CURLE_OPERATION_TIMEDOUT: // connecting: nothing else has a limit

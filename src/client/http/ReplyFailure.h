@@ -17,4 +17,4 @@ ReplyFailure failureOfStatus(int status, const QByteArray& reason, const QUrl& u
 /// that failed, or 0.
 ReplyFailure failureOfTransfer(int result, long osError, const QUrl& url);
 
-ReplyFailure hostNotFound(const QUrl& url);
+ReplyFailure hostNotFound(const QString& host);

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "AddProgress.h"
+
+#include "ByteText.h"
+#include "PlainText.h"
+
+#include <QLabel>
+#include <QProgressDialog>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int dialogWidth = 460;
+constexpr qsizetype longestName = 64;
+
+/// The window keeps its width, however long a path is.
+QString shortName(const QString& name)
+{
+    constexpr qsizetype half = longestName / 2;
+    return name.size() <= longestName ? name : name.first(half) + u'…' + name.last(half - 1);
+}
+
+} // namespace
+
+AddProgress::AddProgress(QWidget* newParent)
+    : QObject(newParent)
+    , parent(newParent)
+{
+}
+
+void AddProgress::start()
+{
+    if (!addProgressDialog) {
+        addProgressDialog = new QProgressDialog(parent);
+        addProgressDialog->setWindowTitle(tr("Add to IPFS"));
+        QLabel* label = newPlainLabel({}, addProgressDialog);
+        label->setAlignment(Qt::AlignCenter);
+        addProgressDialog->setLabel(label);
+        addProgressDialog->setCancelButton(nullptr);
+        addProgressDialog->setAutoClose(false);
+        addProgressDialog->setAutoReset(false);
+        addProgressDialog->setMinimumDuration(0);
+        addProgressDialog->setWindowModality(Qt::WindowModal);
+        addProgressDialog->setMinimumWidth(dialogWidth);
+    }
+    objectText = tr("Preparing upload…");
+    bytesText.clear();
+    showTexts();
+    addProgressDialog->setRange(0, 0);
+    addProgressDialog->setValue(0);
+    addProgressDialog->show();
+}
+
+/// A progress dialog that was closed would come back with its next value.
+bool AddProgress::isShown() const
+{
+    return addProgressDialog && addProgressDialog->isVisible();
+}
+
+void AddProgress::showObject(const QString& name, int processed, int total)
+{
+    if (!isShown())
+        return;
+    if (total < 1) {
+        objectText = tr("Uploading\n%1").arg(shortName(name));
+        addProgressDialog->setRange(0, 0);
+        showTexts();
+        return;
+    }
+    const int done = std::min(processed, total);
+    objectText = tr("Uploading %1 of %2\n%3").arg(QString::number(done), QString::number(total), shortName(name));
+    if (addProgressDialog->maximum() != total)
+        addProgressDialog->setRange(0, total);
+    showTexts();
+    addProgressDialog->setValue(done); // last: runs the event loop
+}
+
+void AddProgress::showBytes(qint64 sent, qint64 total)
+{
+    bytesText = sent < total ? tr("%1 of %2 sent").arg(byteText(sent), byteText(total)) : QString();
+    if (isShown())
+        showTexts();
+}
+
+void AddProgress::showTexts()
+{
+    addProgressDialog->setLabelText(bytesText.isEmpty() ? objectText : objectText + u'\n' + bytesText);
+}
+
+void AddProgress::finish(bool well)
+{
+    if (!isShown())
+        return;
+    if (well && addProgressDialog->maximum() > 0)
+        addProgressDialog->setValue(addProgressDialog->maximum());
+    addProgressDialog->hide();
+}

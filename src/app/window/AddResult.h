@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "AddRecords.h"
+
+#include <QList>
+#include <QStringList>
+
+/// What is missing of an add that went through.
+struct AddShortfall
+{
+    int filesSent = 0;
+    int filesReported = 0;
+    int filesSkipped = 0;
+    int foldersWithinThemselves = 0;
+    bool rootLineMissing = false;
+
+    /// Whether content is missing; a folder within itself is in the upload once.
+    bool isShort() const { return filesReported < filesSent || filesSkipped > 0 || rootLineMissing; }
+    /// For people, a line for each thing that is missing; empty if nothing is.
+    QString text() const;
+};
+
+/// The distinct CIDs of an add: its root if there is one, then its objects in their order.
+QStringList addedCids(const QString& rootCid, const QList<AddEntry>& entries);

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#include "MainWindow.h"
+
+#include "ActionBox.h"
+#include "AddProgress.h"
+#include "AddToIpfsDialog.h"
+#include "ContentMode.h"
+#include "DroppedFiles.h"
+#include "FileWriter.h"
+#include "IpfsClient.h"
+#include "NoticeArea.h"
+#include "PinToolBar.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QPointer>
+#include <QTimer>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+void MainWindow::onAddToIpfsClicked()
+{
+    chooseAndAdd({});
+}
+
+/// `paths` are in the dialog's list from the start.
+void MainWindow::chooseAndAdd(const QStringList& paths)
+{
+    if (addInProgress) {
+        setStatusMessage(tr("Add is already in progress…"));
+        return;
+    }
+    QPointer<AddToIpfsDialog> dialog = new AddToIpfsDialog(client, isTrial(), this);
+    dialog->addPaths(paths);
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (!dialog) // it went with this window
+        return;
+    const QList<LocalPathSelection> selections = dialog->selections();
+    const AddOptions options = dialog->options();
+    delete dialog;
+    if (accepted)
+        startAdd(selections, options);
+}
+
+void MainWindow::startAdd(const QList<LocalPathSelection>& selections, const AddOptions& options)
+{
+    lastAddOptions = options;
+    if (selections.isEmpty()) {
+        notices->showNotification(tr("No valid files/folders were selected."), true);
+        return;
+    }
+    setAdding(true);
+    addShortfall = {};
+    addProgress->start();
+    setStatusMessage(tr("Uploading %1 item(s) to IPFS…").arg(selections.size()));
+    client->addLocalPaths(selections, lastAddOptions);
+}
+
+void MainWindow::setAdding(bool on)
+{
+    addInProgress = on;
+    toolBar->setAddEnabled(!on);
+    addToIpfsAction->setEnabled(!on);
+}
+
+void MainWindow::onAddProgress(const QString& currentName, int processedEntries, int totalFiles)
+{
+    QString name = currentName.trimmed();
+    if (name.isEmpty())
+        name = tr("(wrapped root)");
+    setStatusMessage(totalFiles < 1 ? tr("Adding to IPFS: %1").arg(name)
+                                    : tr("Adding to IPFS: %1/%2 — %3")
+                                          .arg(QString::number(processedEntries), QString::number(totalFiles), name));
+    addProgress->showObject(name, processedEntries, totalFiles);
+}
+
+void MainWindow::onAddShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
+                                bool rootLineMissing)
+{
+    addShortfall = {filesSent, filesReported, filesSkipped, foldersWithinThemselves, rootLineMissing};
+}
+
+void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& entries)
+{
+    setAdding(false);
+    addProgress->finish(true);
+    if (!showsUnpinned())
+        triggerRefresh(false);
+    const bool isShort = addShortfall.isShort();
+    if (rootCid.isEmpty()) {
+        notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
+        setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));
+    } else {
+        notices->showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
+        setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
+    }
+    showAddResult(rootCid, entries);
+}
+
+void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& entries)
+{
+    const QStringList cids = addedCids(rootCid, entries);
+    const QString text = rootCid.isEmpty()
+        ? tr("Add operation completed successfully.\n\nReturned objects: %1").arg(entries.size())
+        : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(rootCid);
+    const QStringList actions = cids.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
+    QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
+                                            tr("Add to IPFS"), text, actions, this);
+    box->setInformativeText(addShortfall.text());
+    const int choice = box->choose();
+    if (!box) // it went with this window
+        return;
+    delete box;
+    if (choice == 0)
+        copyAddedCids(cids);
+    else if (choice == 1)
+        exportCids(cids);
+}
+
+void MainWindow::copyAddedCids(const QStringList& cids)
+{
+    QGuiApplication::clipboard()->setText(cids.join(u'\n'));
+    setStatusMessage(tr("Copied %1 CID(s) to clipboard").arg(cids.size()));
+}
+
+void MainWindow::exportCids(const QStringList& cids)
+{
+    const QString path = QFileDialog::getSaveFileName(this, tr("Export CIDs"), u"cids.txt"_s,
+                                                      tr("Text files (*.txt);;CSV files (*.csv);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    const WriteResult result = writeFile(path, (cids.join(u'\n') + u'\n').toUtf8());
+    if (result.ok)
+        setStatusMessage(tr("Exported %1 CID(s) to %2").arg(QString::number(cids.size()), path));
+    else
+        notices->showNotification(tr("Failed to write file: %1").arg(result.reason), true);
+}
+
+void MainWindow::onAddFailed(const QString& message)
+{
+    setAdding(false);
+    addProgress->finish(false);
+    notices->showNotification(message, true);
+    setStatusMessage(tr("Error: ") + message);
+    QPointer<ActionBox> box
+        = new ActionBox(QMessageBox::Critical, tr("Add to IPFS failed"), messageForLabel(message), {}, this);
+    box->choose();
+    delete box; // null if it went with this window
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!droppedFiles(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+/// The dialog opens once the drop is over, since it waits for the user.
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QStringList paths = droppedFiles(event->mimeData());
+    event->acceptProposedAction();
+    QTimer::singleShot(0, this, [this, paths] { chooseAndAdd(paths); });
+}
