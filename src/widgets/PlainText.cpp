@@ -15,8 +15,12 @@ QLabel* newPlainLabel(const QString& text, QWidget* parent)
 
 void setPlainToolTip(QWidget* widget, const QString& text)
 {
-    widget->setToolTip(
-        Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text);
+    widget->setToolTip(plainToolTip(text));
+}
+
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text;
 }
 
 QString messageForLabel(const QString& text)
