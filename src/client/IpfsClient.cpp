@@ -55,11 +55,19 @@ void IpfsClient::handOver(QNetworkReply* reply, const QString& path, ReplyHandle
     connect(reply, &QNetworkReply::finished, this, [this, reply, handler] { (this->*handler)(reply); });
 }
 
+/// Whether the reply may only be of the node in use, and isn't.
+bool IpfsClient::isOfFormerNode(const QNetworkReply* reply) const
+{
+    const QVariant base = reply->property(ReplyProperty::base);
+    return base.isValid() && base.toString() != endpoint.base;
+}
+
 /// A reply that is cancelled, or whose load has been replaced, ends in silence.
 void IpfsClient::reportNodeWords(const QNetworkReply* reply, const QString& path)
 {
     const QVariant epoch = reply->property(ReplyProperty::pinsEpoch);
-    if (reply->property(ReplyProperty::cancelledByClient).toBool() || (epoch.isValid() && !isCurrent(reply)))
+    if (reply->property(ReplyProperty::cancelledByClient).toBool() || (epoch.isValid() && !isCurrent(reply))
+        || isOfFormerNode(reply))
         return;
     if (const QString words = nodeWords(reply); !words.isEmpty())
         emit nodeSaid(path, words);
@@ -119,7 +127,7 @@ void IpfsClient::fetchNodeInfo()
 void IpfsClient::onNodeInfoReplyFinished(QNetworkReply* reply)
 {
     reply->deleteLater();
-    if (!reply->property(ReplyProperty::base).toString() != endpoint.base) // the node has been left
+    if (isOfFormerNode(reply))
         return;
     if (reply->error() != QNetworkReply::NoError) {
         emit errorOccurred(tr("Failed to get node info: %1").arg(reply->errorString()));

@@ -87,6 +87,7 @@ private:
         emit errorOccurred(message);
         emit(this->*ownSignal)(std::forward<Values>(values)...);
     }
+    bool isOfFormerNode(const QNetworkReply* reply) const;
     void registerLoadReply(QNetworkReply* reply);
     static void endWith(QObject* owner, QNetworkReply* reply);
 

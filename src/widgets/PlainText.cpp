@@ -15,15 +15,23 @@ QLabel* newPlainLabel(const QString& text, QWidget* parent)
 
 void setPlainToolTip(QWidget* widget, const QString& text)
 {
-    widget->setToolTip(
-        Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text);
+    widget->setToolTip(plainToolTip(text));
+}
+
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? u"<p style=\"white-space: pre-wrap\">%1</p>"_s.arg(text.toHtmlEscaped()) : text;
 }
 
 QString messageForLabel(const QString& text)
 {
     constexpr qsizetype head = 400;
     constexpr qsizetype tail = 200;
-    QString line = text;
-    line.replace(u'\n', u' ');
-    return line.size() <= head + tail ? line : line.first(head) + u" … "_s + line.last(tail);
+    return text.size() <= head + tail ? text : text.first(head) + u" … "_s + text.last(tail);
+}
+
+QString lineForLabel(const QString& text)
+{
+    QString line = messageForLabel(text);
+    return line.replace(u'\n', u' ');
 }

@@ -244,7 +244,7 @@ void MainWindow::onNodeSaid(const QString& /*path*/, const QString& words)
 void MainWindow::setStatusMessage(const QString& text)
 {
     statusResetTimer->stop();
-    statusLabel->setText(messageForLabel(text));
+    statusLabel->setText(lineForLabel(text));
     appendToStatusLog(text);
 }
 

@@ -10,6 +10,7 @@
 #include "IpfsClient.h"
 #include "NoticeArea.h"
 #include "PinToolBar.h"
+#include "PlainText.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -156,14 +157,12 @@ void MainWindow::onAddFailed(const QString& message)
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!droppedFiles(event->mimeData()).isEmpty())
-        event->acceptProposedAction();
+    acceptLocalPaths(event);
 }
 
 /// The dialog opens once the drop is over, since it waits for the user.
 void MainWindow::dropEvent(QDropEvent* event)
 {
-    const QStringList paths = droppedFiles(event->mimeData());
-    event->acceptProposedAction();
-    QTimer::singleShot(0, this, [this, paths] { chooseAndAdd(paths); });
+    if (const QStringList paths = acceptLocalPaths(event); !paths.isEmpty())
+        QTimer::singleShot(0, this, [this, paths] { chooseAndAdd(paths); });
 }

@@ -76,7 +76,7 @@ void NoticeArea::showNotification(const QString& text, bool warning)
         wordsTimer->stop();
     } else if (!wordsTimer->isActive())
         nodeWordsLabel->hide(); // they belong to the notification that is replaced
-    const QString shown = messageForLabel(text);
+    const QString shown = lineForLabel(text);
     notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
     notificationLabel->show();
     showIfFilled();

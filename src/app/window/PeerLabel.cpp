@@ -21,7 +21,7 @@ void PeerLabel::showPeer(const QString& id, const QString& agent)
 {
     nodeId = id;
     const QString text = tr("PeerID: %1  |  %2").arg(id, agent);
-    setText(messageForLabel(text.simplified()));
+    setText(messageForLabel(tr("PeerID: %1  |  %2").arg(id.simplified(), agent.simplified())));
     setPlainToolTip(this, text);
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus); // the space bar copies as a click does

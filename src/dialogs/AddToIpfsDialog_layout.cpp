@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "AddToIpfsDialog.h"
+
+#include "StatusLabel.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileSystemModel>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTreeView>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int margin = 10;
+constexpr int spacing = 8;
+constexpr int blockSpacing = 6;
+constexpr int checkSpacing = 16;
+constexpr int browserShare = 3;
+constexpr int listShare = 2;
+constexpr int nicknameLetters = 16;
+constexpr int nameLetters = 34;
+constexpr int columnGap = 20;
+
+QLabel* newLabelFor(const QString& text, QWidget* field)
+{
+    auto* label = new QLabel(text, field->parentWidget());
+    label->setBuddy(field);
+    return label;
+}
+
+QLabel* newWrappedLabel(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    return label;
+}
+
+QCheckBox* newCheck(const QString& text, bool on, QWidget* parent)
+{
+    auto* check = new QCheckBox(text, parent);
+    check->setChecked(on);
+    return check;
+}
+
+/// Works while `view` has the focus, and before the dialog would take the key for its default button.
+template <typename Slot> void bindKey(QKeySequence key, QWidget* view, AddToIpfsDialog* dialog, Slot slot)
+{
+    const auto* shortcut = new QShortcut(key, view, nullptr, nullptr, Qt::WidgetShortcut);
+    QObject::connect(shortcut, &QShortcut::activated, dialog, slot);
+}
+
+} // namespace
+
+/// Fields are made in the order in which they are read, which is that of the Tab key as well.
+void AddToIpfsDialog::setupUi()
+{
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(spacing);
+    column->addWidget(newWrappedLabel(
+        tr("Select files and/or directories from the browser, then add them to the selection list."), this));
+    auto* trees = new QHBoxLayout;
+    trees->setSpacing(spacing);
+    trees->addLayout(newBrowserColumn(), browserShare);
+    trees->addLayout(newListColumn(), listShare);
+    column->addLayout(trees, 1);
+    column->addWidget(new QLabel(tr("Add options"), this));
+    column->addLayout(newOptionsBlock());
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
+    ok->setText(tr("&Add to IPFS"));
+    ok->setDefault(true);
+    connect(buttons, &QDialogButtonBox::accepted, this, &AddToIpfsDialog::onAcceptClicked);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    column->addWidget(buttons);
+}
+
+QLayout* AddToIpfsDialog::newBrowserColumn()
+{
+    setupBrowser();
+    auto* column = new QVBoxLayout;
+    column->addWidget(newLabelFor(tr("&Filesystem browser"), browserTree));
+    column->addWidget(browserTree);
+    column->addLayout(newButtonRow({newButton(tr("Add &selected"), &AddToIpfsDialog::onAddFromBrowser),
+                                    newButton(tr("Add f&iles…"), &AddToIpfsDialog::onAddFiles),
+                                    newButton(tr("Add fol&der…"), &AddToIpfsDialog::onAddFolder)}));
+    return column;
+}
+
+void AddToIpfsDialog::setupBrowser()
+{
+    fileSystemModel = new QFileSystemModel(this);
+    fileSystemModel->setFilter(QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot);
+    const QModelIndex home = fileSystemModel->setRootPath(QDir::homePath());
+
+    browserTree = new QTreeView(this);
+    browserTree->setAccessibleName(tr("Filesystem browser"));
+    browserTree->setModel(fileSystemModel);
+    browserTree->setRootIndex(home);
+    browserTree->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    browserTree->setAlternatingRowColors(true);
+    browserTree->setUniformRowHeights(true);
+    browserTree->setTextElideMode(Qt::ElideMiddle);
+    browserTree->setSortingEnabled(true);
+    browserTree->sortByColumn(0, Qt::AscendingOrder);
+
+    const QFontMetrics metrics = browserTree->fontMetrics();
+    const auto widthOf = [&metrics](const QString& text) { return metrics.horizontalAdvance(text) + columnGap; };
+    browserTree->setColumnWidth(0, metrics.averageCharWidth() * nameLetters);
+    browserTree->setColumnWidth(1, widthOf(u"999.99 MiB"_s));
+    browserTree->setColumnWidth(2, widthOf(tr("spreadsheet File", "as wide as a type of file in the browser")));
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
+        bindKey(key, browserTree, this, &AddToIpfsDialog::onAddFromBrowser);
+}
+
+QLayout* AddToIpfsDialog::newListColumn()
+{
+    setupList();
+    auto* column = new QVBoxLayout;
+    column->addWidget(newLabelFor(tr("Items to &upload"), selectedTree));
+    column->addWidget(selectedTree);
+    auto* row = newButtonRow({newButton(tr("&Remove selected"), &AddToIpfsDialog::onRemoveSelected),
+                              newButton(tr("Cl&ear all"), &AddToIpfsDialog::onClearAll)});
+    column->addLayout(row);
+    return column;
+}
+
+void AddToIpfsDialog::setupList()
+{
+    selectedTree = new QTreeWidget(this);
+    selectedTree->setAccessibleName(tr("Items to upload"));
+    selectedTree->setHeaderLabels({tr("Path"), tr("Type")});
+    selectedTree->header()->setStretchLastSection(false);
+    selectedTree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    selectedTree->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    selectedTree->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    selectedTree->setAlternatingRowColors(true);
+    selectedTree->setUniformRowHeights(true);
+    selectedTree->setRootIsDecorated(false);
+    selectedTree->setTextElideMode(Qt::ElideMiddle); // the file's own name is at the end
+    bindKey(Qt::Key_Delete, selectedTree, this, &AddToIpfsDialog::onDeletePressed);
+}
+
+QLayout* AddToIpfsDialog::newButtonRow(const QList<QPushButton*>& buttons)
+{
+    auto* row = new QHBoxLayout;
+    for (QPushButton* button : buttons)
+        row->addWidget(button);
+    row->addStretch();
+    return row;
+}
+
+QPushButton* AddToIpfsDialog::newButton(const QString& text, void (AddToIpfsDialog::*slot)())
+{
+    auto* button = new QPushButton(text, this);
+    connect(button, &QPushButton::clicked, this, slot);
+    return button;
+}
+
+QLayout* AddToIpfsDialog::newOptionsBlock()
+{
+    auto* block = new QVBoxLayout;
+    block->setSpacing(blockSpacing);
+    block->addLayout(newAddRow());
+    block->addLayout(newPinRow());
+    auto* note = newWrappedLabel(tr("<small><i>Remote service uses the Kubo service nickname, not an API key.\n"
+                                    "Configure API endpoint/token in File -> Remote Services.</i></small>"),
+                                 this);
+    note->setTextFormat(Qt::RichText);
+    block->addWidget(note);
+    remoteServicesStatusLabel = new StatusLabel(this);
+    remoteServicesStatusLabel->showHint(tr("Loading configured remote services..."));
+    block->addWidget(remoteServicesStatusLabel);
+    unpinLocalCheck = newCheck(tr("Unpin local after re&mote pin is confirmed"), false, this);
+    block->addWidget(unpinLocalCheck);
+    return block;
+}
+
+QLayout* AddToIpfsDialog::newAddRow()
+{
+    wrapCheck = newCheck(tr("&Wrap with directory"), true, this);
+    pinCheck = newCheck(tr("&Pin"), true, this);
+    onlyHashCheck = newCheck(tr("&Only hash (do not store blocks)"), false, this);
+    cidVersionCombo = new QComboBox(this);
+    cidVersionCombo->addItem(u"CIDv1"_s, 1);
+    cidVersionCombo->addItem(u"CIDv0"_s, 0);
+
+    auto* row = new QHBoxLayout;
+    row->setSpacing(checkSpacing);
+    for (QCheckBox* check : {wrapCheck, pinCheck, onlyHashCheck})
+        row->addWidget(check);
+    row->addStretch();
+    row->addWidget(newLabelFor(tr("CID &version:"), cidVersionCombo));
+    row->addWidget(cidVersionCombo);
+    return row;
+}
+
+QLayout* AddToIpfsDialog::newPinRow()
+{
+    pinDestinationCombo = new QComboBox(this);
+    pinDestinationCombo->addItem(tr("Local only"), u"local"_s);
+    pinDestinationCombo->addItem(tr("Local + Remote"), u"both"_s);
+    pinDestinationCombo->addItem(tr("Remote only (unpin local after remote pin)"), u"remote"_s);
+    setupServiceFields();
+
+    auto* row = new QHBoxLayout;
+    row->setSpacing(spacing);
+    row->addWidget(newLabelFor(tr("Pin des&tination:"), pinDestinationCombo));
+    row->addWidget(pinDestinationCombo, 1);
+    row->addWidget(newLabelFor(tr("Remote service &nickname:"), remoteServiceCombo));
+    row->addWidget(remoteServiceCombo, 1);
+    row->addWidget(newLabelFor(tr("Remote pin &label (optional):"), remotePinLabelEdit));
+    row->addWidget(remotePinLabelEdit, 1);
+    return row;
+}
+
+void AddToIpfsDialog::setupServiceFields()
+{
+    remoteServiceCombo = new QComboBox(this);
+    remoteServiceCombo->setEditable(true);
+    remoteServiceCombo->setInsertPolicy(QComboBox::NoInsert);
+    remoteServiceCombo->setSizeAdjustPolicy(QComboBox::AdjustToContentsOnFirstShow);
+    remoteServiceCombo->setMinimumContentsLength(nicknameLetters);
+    remoteServiceCombo->lineEdit()->setPlaceholderText(tr("e.g. pinata-prod (configured in Kubo)"));
+    remotePinLabelEdit = new QLineEdit(this);
+    remotePinLabelEdit->setPlaceholderText(tr("e.g. invoice-2026-03-17"));
+    for (QLineEdit* edit : {remoteServiceCombo->lineEdit(), remotePinLabelEdit})
+        edit->setAcceptDrops(false); // dropped files are the dialog's
+}
