@@ -38,7 +38,8 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
                         .treeEntries = *tree,
                         .chunkBytes = *chunk,
                         .chunkPause = std::chrono::milliseconds(*pause),
-                        .latency = std::chrono::milliseconds(*latency)};
+                        .latency = std::chrono::milliseconds(*latency),
+                        .remoteServices = parser.isSet(u"remote-services"_s)};
 }
 
 } // namespace
@@ -56,7 +57,8 @@ int main(int argc, char* argv[])
                        {u"tree"_s, u"Number of files under one more pin."_s, u"number"_s, u"0"_s},
                        {u"chunk-bytes"_s, u"Size of a list's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s},
                        {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
-                       {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s}});
+                       {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s},
+                       {u"remote-services"_s, u"Two remote pinning services are configured."_s}});
     parser.process(app);
     const auto options = readOptions(parser);
     if (!options)

@@ -112,7 +112,7 @@ NodeAnswer ContentService::dagStat(const Cid& cid, const NodeRequest& request) c
         const auto object = repo.store().find(unvisited.takeLast());
         if (!object)
             return NodeAnswer::error("error traversing DAG: ipld: could not find " + encodeCid(cid).toLatin1());
-        size += object->block.size();
+        size += static_cast<qint64>(object->blockSize());
         for (const DemoLink& link : object->links) {
             if (!seen.contains(link.cid.multihash)) {
                 seen.insert(link.cid.multihash);

@@ -1,66 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "DemoContent.h"
 
+#include "UnixFsBuilder.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-enum UnixFsType : quint8 { UnixFsFile = 2, UnixFsDirectory = 1, UnixFsSymlink = 4 };
-
 constexpr qsizetype photoChunk = 4096;
 constexpr int treeFolderSize = 100;
 constexpr int firstTreeNote = 1'000'000'000; // far from the notes that are pins themselves
-
-void appendVarint(QByteArray& out, quint64 value)
-{
-    for (; value >= 0x80; value >>= 7)
-        out.append(static_cast<char>((value & 0x7f) | 0x80));
-    out.append(static_cast<char>(value));
-}
-
-QByteArray numberField(int field, quint64 value)
-{
-    QByteArray out;
-    appendVarint(out, static_cast<quint64>(field) << 3);
-    appendVarint(out, value);
-    return out;
-}
-
-QByteArray bytesField(int field, const QByteArray& bytes)
-{
-    QByteArray out;
-    appendVarint(out, (static_cast<quint64>(field) << 3) | 2);
-    appendVarint(out, static_cast<quint64>(bytes.size()));
-    return out + bytes;
-}
-
-/// A dag-pb node in its canonical order: the links first, then the data.
-QByteArray dagPb(const QList<DemoLink>& links, const QByteArray& data)
-{
-    QByteArray out;
-    for (const DemoLink& link : links) {
-        out += bytesField(2, bytesField(1, cidBytes(link.cid)) + bytesField(2, link.name) + numberField(3, link.size));
-    }
-    return out + bytesField(1, data);
-}
-
-QByteArray unixFsFile(const QByteArray& bytes, qsizetype chunkSize)
-{
-    QByteArray data = numberField(1, UnixFsFile) + numberField(3, static_cast<quint64>(bytes.size()));
-    for (qsizetype start = 0; start < bytes.size(); start += chunkSize)
-        data += numberField(4, static_cast<quint64>(std::min(chunkSize, bytes.size() - start)));
-    return data;
-}
-
-quint64 sumOf(const QList<DemoLink>& links)
-{
-    quint64 sum = 0;
-    for (const DemoLink& link : links)
-        sum += link.size;
-    return sum;
-}
 
 /// Bytes that differ from place to place and are the same in every run.
 QByteArray filler(int seed, qsizetype size)
@@ -133,17 +84,6 @@ DemoPin notePin(DemoStore& store, int number)
             .recursive = number % 10 != 0};
 }
 
-DemoObject rawFile(const QByteArray& bytes)
-{
-    const auto size = static_cast<quint64>(bytes.size());
-    return {.cid = cidOfBlock(bytes, Cid::rawCodec),
-            .block = bytes,
-            .kind = DemoObject::File,
-            .content = bytes,
-            .fileSize = size,
-            .cumulativeSize = size};
-}
-
 } // namespace
 
 Cid DemoStore::add(const DemoObject& object)
@@ -172,44 +112,24 @@ void DemoStore::forget(const Cid& cid)
 
 Cid DemoStore::addChunkedFile(const QByteArray& bytes, qsizetype chunkSize)
 {
-    QList<DemoLink> chunks;
-    for (qsizetype start = 0; start < bytes.size(); start += chunkSize)
-        chunks.append(link({}, addFile(bytes.mid(start, chunkSize))));
-    const QByteArray block = dagPb(chunks, unixFsFile(bytes, chunkSize));
-    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
-                .block = block,
-                .kind = DemoObject::File,
-                .fileSize = static_cast<quint64>(bytes.size()),
-                .links = chunks,
-                .cumulativeSize = static_cast<quint64>(block.size()) + sumOf(chunks)});
+    UnixFsFileBuilder builder({.chunkSize = chunkSize}, [this](const DemoObject& object) { add(object); });
+    builder.append(bytes);
+    return builder.finish().cid;
 }
 
 Cid DemoStore::addSymlink(const QByteArray& target)
 {
-    const QByteArray block = dagPb({}, numberField(1, UnixFsSymlink) + bytesField(2, target));
-    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
-                .block = block,
-                .kind = DemoObject::Symlink,
-                .content = target,
-                .cumulativeSize = static_cast<quint64>(block.size())});
+    return add(unixFsSymlink(target));
 }
 
-Cid DemoStore::addDirectory(QList<DemoLink> entries)
+Cid DemoStore::addDirectory(const QList<DemoLink>& entries)
 {
-    std::ranges::sort(entries, {}, &DemoLink::name);
-    const QByteArray block = dagPb(entries, numberField(1, UnixFsDirectory));
-    return add({.cid = cidOfBlock(block, Cid::dagPbCodec),
-                .block = block,
-                .kind = DemoObject::Directory,
-                .links = entries,
-                .cumulativeSize = static_cast<quint64>(block.size()) + sumOf(entries)});
+    return add(unixFsDirectory(entries));
 }
 
 Cid DemoStore::addVersion0Directory(const QList<DemoLink>& entries)
 {
-    DemoObject object = *find(addDirectory(entries));
-    object.cid.version = 0;
-    return add(object);
+    return add(unixFsDirectory(entries, 0));
 }
 
 DemoLink DemoStore::link(const QByteArray& name, const Cid& cid) const
@@ -227,14 +147,19 @@ std::optional<DemoObject> DemoStore::find(const Cid& cid) const
 
 QByteArray DemoStore::contentOf(const DemoObject& file) const
 {
-    QByteArray bytes = file.content;
-    for (const DemoLink& chunk : file.links) {
-        const auto part = find(chunk.cid);
-        if (!part)
-            break;
-        bytes += part->content;
-    }
+    QByteArray bytes;
+    appendContent(file, bytes);
     return bytes;
+}
+
+/// False once a block or its bytes are missing.
+bool DemoStore::appendContent(const DemoObject& file, QByteArray& bytes) const
+{
+    bytes += file.content;
+    return !file.isHollow() && std::ranges::all_of(file.links, [&](const DemoLink& link) {
+        const auto part = find(link.cid);
+        return part && appendContent(*part, bytes);
+    });
 }
 
 QList<DemoPin> demoPins(DemoStore& store, int count)

@@ -1,46 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "CidText.h"
+#include "DemoObject.h"
 
-#include <QByteArray>
 #include <QHash>
-#include <QList>
 #include <QString>
 
 #include <optional>
-
-/// A named link of a dag-pb block. `size` is the cumulative size of what it leads to, in bytes.
-struct DemoLink
-{
-    QByteArray name {};
-    Cid cid {};
-    quint64 size = 0;
-};
-
-/// One object of the node's store: a real block with its real CID.
-struct DemoObject
-{
-    enum Kind { File, Directory, Symlink };
-
-    Cid cid {};
-    QByteArray block {};
-    Kind kind = File;
-    QByteArray content {}; ///< a file's bytes where the block itself holds them, or a symlink's target
-    quint64 fileSize = 0;  ///< bytes of the whole file
-    QList<DemoLink> links {};
-    quint64 cumulativeSize = 0;
-};
 
 /// Makes the objects that a node would make: raw leaves, UnixFS directories, chunked files and symlinks in dag-pb.
 class DemoStore
 {
 public:
+    /// Keeps the object's block from here on.
+    Cid add(const DemoObject& object);
     Cid addFile(const QByteArray& bytes);
     /// A file of several raw leaves of `chunkSize` bytes.
     Cid addChunkedFile(const QByteArray& bytes, qsizetype chunkSize);
     Cid addSymlink(const QByteArray& target);
-    Cid addDirectory(QList<DemoLink> entries);
+    Cid addDirectory(const QList<DemoLink>& entries);
     /// As addDirectory, kept and printed as version 0.
     Cid addVersion0Directory(const QList<DemoLink>& entries);
     DemoLink link(const QByteArray& name, const Cid& cid) const;
@@ -54,11 +32,11 @@ public:
     std::optional<DemoObject> find(const Cid& cid) const;
     /// The multihashes of all blocks, in no order.
     QList<QByteArray> multihashes() const { return byMultihash.keys() + notes.keys(); }
-    /// The bytes of a file, or what of them stands before a missing block.
+    /// The bytes of a file, or those before a missing block.
     QByteArray contentOf(const DemoObject& file) const;
 
 private:
-    Cid add(const DemoObject& object);
+    bool appendContent(const DemoObject& file, QByteArray& bytes) const;
 
     QHash<QByteArray, DemoObject> byMultihash;
     QHash<QByteArray, int> notes; ///< by digest

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "DemoNode.h"
 
+#include "AddService.h"
 #include "ContentService.h"
 #include "IdentityService.h"
 #include "PinService.h"
+#include "RemoteService.h"
 
 DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     : NodeServer(parent)
@@ -12,6 +14,8 @@ DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     mount(std::make_unique<IdentityService>());
     mount(std::make_unique<PinService>(repo));
     mount(std::make_unique<ContentService>(repo));
+    mount(std::make_unique<AddService>(repo));
+    mount(std::make_unique<RemoteService>(options));
     listen(options.port);
 }
 
@@ -31,4 +35,14 @@ NodeAnswer DemoNode::answerTo(const NodeRequest& request)
     NodeAnswer answer = refusal ? *refusal : command->run(request);
     answer.latency = repo.options().latency;
     return answer;
+}
+
+std::optional<NodeUpload> DemoNode::uploadOf(const NodeRequest& head)
+{
+    const auto command = commands.constFind(head.path);
+    if (command == commands.constEnd() || !command->upload)
+        return std::nullopt;
+    if (const auto refusal = refusalByCommand(head, *command))
+        return NodeUpload {.head = *refusal};
+    return command->upload(head);
 }

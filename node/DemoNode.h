@@ -21,6 +21,7 @@ public:
 
 protected:
     NodeAnswer answerTo(const NodeRequest& request) override;
+    std::optional<NodeUpload> uploadOf(const NodeRequest& head) override;
 
 private:
     void mount(std::unique_ptr<NodeService> service);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "DemoRepo.h"
 
+#include <algorithm>
+
 DemoRepo::DemoRepo(const DemoOptions& newOptions)
     : choices(newOptions)
     , pinned(demoPins(blocks, newOptions.pins))
@@ -18,6 +20,35 @@ bool DemoRepo::isPinned(const Cid& cid) const
             pinnedCids.insert(cidBytes(pin.cid));
     }
     return pinnedCids.contains(cidBytes(cid));
+}
+
+void DemoRepo::add(const DemoObject& object, bool keepsBytes)
+{
+    ++changes;
+    if (!object.isLeaf()) {
+        blocks.add(object);
+        return;
+    }
+    const auto known = blocks.find(object.cid);
+    if (known && !known->isHollow())
+        return;
+    DemoObject leaf = object;
+    if (keepsBytes && leafBytes + object.content.size() <= choices.keptOfAll)
+        leafBytes += object.content.size();
+    else
+        leaf.block = leaf.content = {};
+    blocks.add(leaf);
+}
+
+void DemoRepo::pin(const DemoPin& pin)
+{
+    const auto same = isPinned(pin.cid) ? std::ranges::find(pinned, pin.cid, &DemoPin::cid) : pinned.end();
+    if (same == pinned.end())
+        pinned.append(pin);
+    else
+        *same = pin;
+    pinnedCids.insert(cidBytes(pin.cid));
+    ++changes;
 }
 
 void DemoRepo::unpin(const QSet<QByteArray>& cids)

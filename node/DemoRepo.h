@@ -17,6 +17,11 @@ struct DemoOptions
     int chunkBytes = 0;  ///< size of a list's chunks; 0 puts each line into one of its own, as a node does
     std::chrono::milliseconds chunkPause {0};
     std::chrono::milliseconds latency {0}; ///< before each answer
+    /// Bytes kept of each added file, and of all of them together; what is beyond is hashed and thrown away. Its blocks
+    /// are listed and counted as if they were there, and only "/cat" breaks off before the first of them.
+    qint64 keptOfFile = 1024 * 1024;
+    qint64 keptOfAll = 64 * 1024 * 1024;
+    bool remoteServices = false; ///< whether two remote pinning services are configured
 };
 
 /// What the demo node keeps, for its services to share.
@@ -33,6 +38,10 @@ public:
 
     /// Whether there is a pin under this very CID.
     bool isPinned(const Cid& cid) const;
+    /// Keeps an added block; a leaf without its bytes if they are not wanted or there is no room for them.
+    void add(const DemoObject& object, bool keepsBytes);
+    /// Takes the place of a pin under the same CID.
+    void pin(const DemoPin& pin);
     /// Removes the pins under these binary CIDs.
     void unpin(const QSet<QByteArray>& cids);
     /// From here on the block is missing, as one that was lost.
@@ -43,5 +52,6 @@ private:
     DemoStore blocks;
     QList<DemoPin> pinned;
     mutable QSet<QByteArray> pinnedCids; ///< filled when it is first asked for
+    qint64 leafBytes = 0;                ///< kept of added files
     int changes = 0;
 };

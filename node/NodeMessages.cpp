@@ -20,10 +20,15 @@ auto isNamed(QByteArrayView name)
 
 } // namespace
 
-QByteArray NodeRequest::header(QByteArrayView name) const
+QByteArray headerIn(const HeaderList& headers, QByteArrayView name)
 {
     const auto match = std::ranges::find_if(headers, isNamed(name));
     return match == headers.end() ? QByteArray() : match->second;
+}
+
+QByteArray NodeRequest::header(QByteArrayView name) const
+{
+    return headerIn(headers, name);
 }
 
 bool NodeRequest::hasHeader(QByteArrayView name) const

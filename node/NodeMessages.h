@@ -13,6 +13,9 @@
 
 using HeaderList = QList<std::pair<QByteArray, QByteArray>>;
 
+/// The first header of that name, in any case; empty if there is none.
+QByteArray headerIn(const HeaderList& headers, QByteArrayView name);
+
 /// One request, as it was sent.
 struct NodeRequest
 {

@@ -27,10 +27,18 @@ const NodeOption* optionNamed(const QString& name, const NodeCommand& command)
     return nullptr;
 }
 
-bool isBool(const QString& text)
+/// The type that `text` cannot be converted to, if it is not of the option's.
+QString unmetType(const NodeOption& option, const QString& text)
 {
-    return QStringList {u"true"_s, u"false"_s, u"1"_s, u"0"_s, QString()}.contains(text);
+    if (option.type == NodeOption::Bool
+        && !QStringList {u"true"_s, u"false"_s, u"1"_s, u"0"_s, QString()}.contains(text))
+        return u"bool"_s;
+    bool isNumber = false;
+    text.toLongLong(&isNumber);
+    return option.type == NodeOption::Int && !isNumber ? u"int"_s : QString();
 }
+
+} // namespace
 
 NodeAnswer badRequest(const QString& line)
 {
@@ -38,8 +46,6 @@ NodeAnswer badRequest(const QString& line)
     answer.headers = {{"Content-Type", "text/plain; charset=utf-8"}};
     return answer;
 }
-
-} // namespace
 
 std::optional<NodeAnswer> refusalByCommand(const NodeRequest& request, const NodeCommand& command)
 {
@@ -53,9 +59,9 @@ std::optional<NodeAnswer> refusalByCommand(const NodeRequest& request, const Nod
             return badRequest(u"expected key %1 to have only a single value, received [%2]"_s.arg(
                 name, request.values(name).join(u' ')));
         seen.append(name);
-        if (option->type == NodeOption::Bool && !isBool(value))
+        if (const QString type = unmetType(*option, value); !type.isEmpty())
             return badRequest(
-                u"could not convert value \"%1\" to type \"bool\" (for option \"-%2\")"_s.arg(value, name));
+                u"could not convert value \"%1\" to type \"%2\" (for option \"-%3\")"_s.arg(value, type, name));
     }
     const bool hasArgument = std::ranges::any_of(items, [](const auto& item) { return item.first == "arg"_L1; });
     if (!command.argument.isEmpty() && !hasArgument)

@@ -6,7 +6,7 @@
 /// An option that a command knows. Every command knows the global ones as well.
 struct NodeOption
 {
-    enum Type { Text, Bool, List }; ///< only a List may be given more than once
+    enum Type { Text, Bool, Int, List }; ///< only a List may be given more than once
 
     QString name {};
     Type type = Text;
@@ -19,6 +19,8 @@ struct NodeCommand
     QString argument {}; ///< the name of the argument that it can't do without; empty if there is none
     QList<NodeOption> options {};
     std::function<NodeAnswer(const NodeRequest&)> run {}; ///< called if the request suits the command
+    /// In place of `run`, for a command that reads its body as it comes.
+    std::function<NodeUpload(const NodeRequest& head)> upload {};
 };
 
 /// A family of commands, to be mounted in a DemoNode.
@@ -31,6 +33,9 @@ public:
 
     virtual QList<NodeCommand> commands() = 0;
 };
+
+/// What a node says of a request that it cannot read.
+NodeAnswer badRequest(const QString& line);
 
 /// What a node says of a request that does not suit the command, before it runs; nothing of one that does.
 std::optional<NodeAnswer> refusalByCommand(const NodeRequest& request, const NodeCommand& command);

@@ -27,15 +27,6 @@ std::optional<qint64> sizeIn(QByteArrayView text, int base)
 
 } // namespace
 
-void RequestReader::append(QByteArrayView bytes)
-{
-    if (start == input.size()) {
-        input.resize(0);
-        start = scanned = 0;
-    }
-    input.append(bytes);
-}
-
 RequestReader::Event RequestReader::next()
 {
     switch (state) {
@@ -57,31 +48,16 @@ RequestReader::Event RequestReader::next()
     }
 }
 
-/// Without its line end, which may be a bare line feed.
-std::optional<QByteArrayView> RequestReader::takeLine()
-{
-    const qsizetype lineEnd = input.indexOf('\n', std::max(scanned, start));
-    if (lineEnd < 0) {
-        scanned = input.size();
-        return std::nullopt;
-    }
-    QByteArrayView line = QByteArrayView(input).sliced(start, lineEnd - start);
-    start = scanned = lineEnd + 1;
-    if (line.endsWith('\r'))
-        line.chop(1);
-    return line;
-}
-
 RequestReader::Event RequestReader::readHead()
 {
     while (true) {
-        const qsizetype before = start;
-        const auto line = takeLine();
-        if (headSize + (line ? start - before : buffered()) > mostHead)
+        const qsizetype before = buffered();
+        const auto line = input.takeLine();
+        if (headSize + (line ? before - buffered() : before) > mostHead)
             return broken(HeadTooLarge);
         if (!line)
             return NeedsMore;
-        headSize += start - before;
+        headSize += before - buffered();
         const Event event = state == RequestLine ? readRequestLine(*line) : readHeaderLine(*line);
         if (event != NeedsMore)
             return event;
@@ -152,7 +128,7 @@ bool RequestReader::readContentLength()
 
 RequestReader::Event RequestReader::readChunkSize()
 {
-    const auto line = takeLine();
+    const auto line = input.takeLine();
     if ((line ? line->size() : buffered()) > mostChunkLine)
         return broken(Malformed);
     if (!line)
@@ -169,7 +145,7 @@ RequestReader::Event RequestReader::readChunkSize()
 
 RequestReader::Event RequestReader::readChunkEnd()
 {
-    const auto line = takeLine();
+    const auto line = input.takeLine();
     if (line ? !line->isEmpty() : buffered() > 1)
         return broken(Malformed);
     if (!line)
@@ -181,7 +157,7 @@ RequestReader::Event RequestReader::readChunkEnd()
 /// What a client sends after its last chunk is of no use to anybody.
 RequestReader::Event RequestReader::readTrailer()
 {
-    while (const auto line = takeLine()) {
+    while (const auto line = input.takeLine()) {
         headSize += line->size();
         if (line->isEmpty())
             return end();
@@ -196,8 +172,7 @@ RequestReader::Event RequestReader::takePiece(State after)
     const auto size = static_cast<qsizetype>(std::min<qint64>(buffered(), left));
     if (size == 0)
         return NeedsMore;
-    bodyPiece = input.sliced(start, size);
-    start += size;
+    bodyPiece = input.take(size).toByteArray();
     left -= size;
     if (left == 0)
         state = after;

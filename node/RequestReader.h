@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "InputBuffer.h"
 #include "NodeMessages.h"
 
 /// Takes requests out of the bytes that a connection brings, one after the other. Bodies may be of any size; the rest
@@ -20,7 +21,7 @@ public:
         UnknownVersion
     };
 
-    void append(QByteArrayView bytes);
+    void append(QByteArrayView bytes) { input.append(bytes); }
     Event next();
 
     const NodeRequest& request() const { return current; }
@@ -28,12 +29,11 @@ public:
     /// How many bytes of the body are still to be read; -1 if it comes in chunks, so that nobody knows.
     qint64 bodyLeft() const { return chunked ? -1 : left; }
     /// Bytes that have come and are not yet taken.
-    qsizetype buffered() const { return input.size() - start; }
+    qsizetype buffered() const { return input.size(); }
 
 private:
     enum State { RequestLine, HeaderLine, FixedBody, ChunkSize, ChunkData, ChunkEnd, Trailer, Broken };
 
-    std::optional<QByteArrayView> takeLine();
     Event readHead();
     Event readRequestLine(QByteArrayView line);
     Event readHeaderLine(QByteArrayView line);
@@ -46,9 +46,7 @@ private:
     Event end();
     Event broken(Event why);
 
-    QByteArray input;
-    qsizetype start = 0;   ///< of what is not yet taken
-    qsizetype scanned = 0; ///< where no line end was found so far
+    InputBuffer input;
     qsizetype headSize = 0;
     State state = RequestLine;
     NodeRequest current;
