@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: MIT
+#include "ActionBox.h"
+#include "AddToIpfsDialog.h"
+#include "DemoNode.h"
+#include "IpfsClient.h"
+#include "ModalAnswer.h"
+#include "PinContentsDialog.h"
+#include "PinModel.h"
+#include "WindowTest.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QDirIterator>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QProgressDialog>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray path = "/add";
+
+/// "path=size and sum of bytes" of all that is in a folder.
+QStringList contentsOf(const QString& folder)
+{
+    QStringList list;
+    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        QFile file(walk.next());
+        const bool isFile = walk.fileInfo().isFile() && file.open(QIODevice::ReadOnly);
+        list.append(QDir(folder).relativeFilePath(file.fileName())
+                    + (isFile ? u'=' + QString::fromLatin1(file.readAll().toHex()) : u"/"_s));
+    }
+    list.sort();
+    return list;
+}
+
+} // namespace
+
+class tst_AddFlow : public WindowTest
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        openAppSettings().clear();
+        folder = std::make_unique<QTemporaryDir>();
+        node = std::make_unique<FakeNode>();
+        node->answer("/pin/remote/service/ls", NodeAnswer::json(R"({"RemoteServices":[]})"));
+        node->answer("/pin/ls", NodeAnswer::json({}));
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+    }
+    void cleanup() { close(); }
+
+    void roundTrip()
+    {
+        DemoNode demo({.port = 0, .pins = 5});
+        newFile(u"docs/a+b 100%.txt"_s, "hello");
+        newFile(u"docs/.hidden/ünï \"q\".bin"_s, QByteArray(700'000, '\x7f'));
+        newFile(u"docs/empty"_s, {});
+        WindowTest::open(demo);
+        QVERIFY(waitForRows(5));
+        add({folder->path() + u"/docs"_s});
+        QTRY_VERIFY(result);
+        QCOMPARE(boxText.section(u'\n', 0, 0), u"Add operation completed successfully."_s);
+        const QStringList cids = QGuiApplication::clipboard()->text().split(u'\n');
+        QCOMPARE(cids.size(), 6); // three files, two folders and what is around them
+        QCOMPARE(boxText.section(u'\n', -1), cids.constFirst());
+        QVERIFY(waitForRows(6));
+        const auto cell = [&](int section) { return cells(section).value(cells(0).indexOf(cids.constFirst())); };
+        QTRY_COMPARE(cell(PinModel::KindColumn), u"Directory"_s);
+        QTRY_COMPARE(cell(PinModel::SizeColumn), u"428.0 KB"_s); // two of its three chunks are the same
+
+        const QTemporaryDir target;
+        PinContentsDialog dialog(cids.constFirst(), window->findChild<IpfsClient*>(), nullptr, {});
+        auto* saveAll = dialog.findChild<QPushButton*>();
+        QTRY_VERIFY(saveAll->isEnabled());
+        saveAll->click();
+        emit dialog.findChild<QFileDialog*>()->fileSelected(target.path());
+        QTRY_VERIFY(!dialog.isSaving());
+        // A name that other systems can't have is saved under one that they can.
+        QCOMPARE(contentsOf(target.path()).join(u'\n').replace(u"_q_"_s, u"\"q\""_s),
+                 contentsOf(folder->path()).filter(u"docs/"_s).join(u'\n'));
+    }
+
+    void endings_data()
+    {
+        QTest::addColumn<NodeAnswer>("answer");
+        QTest::addColumn<QString>("notice");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("informative");
+        const QByteArray a = R"({"Name":"a","Hash":"Qa","Size":"1"})"
+                             "\n";
+        const QByteArray root = R"({"Name":"","Hash":"Qr","Size":"9"})"
+                                "\n";
+        const QString well = u"Add operation completed successfully.\n\n"_s;
+        QTest::newRow("well") << NodeAnswer::json(a + root) << u"Added to IPFS successfully. Root CID: Qr"_s
+                              << well + u"Root CID:\nQr"_s << QString();
+        QTest::newRow("cut short")
+            << NodeAnswer::json({}) << u"⚠  Added 0 object(s) to IPFS."_s << well + u"Returned objects: 0"_s
+            << u"The node reported 0 of the 1 files that were sent.\nThe node did not report the directory "
+               "around it all: the add may have been cut short."_s;
+        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n")
+                                 << u"⚠  Add failed: Error transferring %1 - server replied: Forbidden"_s
+                                 << u"Add failed: Error transferring %1 - server replied: Forbidden"_s << QString();
+        QTest::newRow("dropped") << NodeAnswer::dropAt(a, 3) << u"⚠  Add failed: Connection closed"_s
+                                 << u"Add failed: Connection closed"_s << QString();
+    }
+    void endings()
+    {
+        QFETCH(const NodeAnswer, answer);
+        QFETCH(const QString, notice);
+        QFETCH(const QString, text);
+        QFETCH(const QString, informative);
+        node->answer(path, answer);
+        WindowTest::open(*node);
+        QTRY_VERIFY(refreshButton()->isEnabled() && node->count("/pin/ls") == 2);
+        add({newFile(u"a"_s, "a")}, u"Ok"_s);
+        QTRY_VERIFY(result);
+        const QString address = u"http://127.0.0.1:%1/api/v0/add?"_s.arg(node->port())
+            + QString::fromLatin1(node->requests(path).constFirst().rawQuery);
+        const auto filled = [&](QString expected) { return expected.replace(u"%1"_s, address); };
+        QCOMPARE(boxText, filled(text));
+        QCOMPARE(boxInformative, informative);
+        QTRY_COMPARE(label("notification"_L1)->text(), filled(notice));
+        QVERIFY(addButton()->isEnabled());
+        QVERIFY(!progress()->isVisible());
+        const int lists = text.startsWith("Add failed"_L1) ? 2 : 4; // a composite load each
+        QCOMPARE(node->count("/pin/ls"), lists);
+    }
+
+    void oneAddAtATime()
+    {
+        node->answer(path, NodeAnswer::hold());
+        WindowTest::open(*node);
+        add({newFile(u"a"_s, "a")}, u"Ok"_s);
+        QTRY_COMPARE(node->heldCount(path), 1);
+        QVERIFY(progress()->isVisible() && !addButton()->isEnabled());
+        QTest::keyClick(progress(), Qt::Key_Escape);
+        QVERIFY(!progress()->isVisible());
+        QMetaObject::invokeMethod(window.get(), "onAddToIpfsClicked");
+        QCOMPARE(status(), u"Add is already in progress…"_s);
+        for (int i = 1; i < 4; ++i) { // none of it brings the window back
+            QMetaObject::invokeMethod(window.get(), "onAddProgress", Q_ARG(QString, u"a"_s), Q_ARG(int, i),
+                                      Q_ARG(int, 2));
+            QCOMPARE(status(), u"Adding to IPFS: %1/2 — a"_s.arg(i));
+        }
+        QVERIFY(!progress()->isVisible());
+        const ModalAnswer<QMessageBox> quit([this](QMessageBox& box) {
+            QCOMPARE(box.text(), u"An add is still running. Quit anyway?"_s);
+            QVERIFY(box.defaultButton() == box.button(QMessageBox::No));
+            box.button(QMessageBox::No)->click();
+        });
+        window->close();
+        QVERIFY(quit.wasGiven() && window->isVisible());
+        node->release(path, NodeAnswer::json(R"({"Name":"","Hash":"Qr"})"));
+        QTRY_VERIFY(result);
+        QVERIFY(window->statusLog().filter(u"  Added to IPFS: Qr"_s).size() == 1);
+        QVERIFY(addButton()->isEnabled());
+    }
+
+    void progressIsShown()
+    {
+        node->answer(path, NodeAnswer::hold());
+        WindowTest::open(*node);
+        add({newFile(u"a"_s, "a")}, u"Ok"_s);
+        QTRY_COMPARE(node->heldCount(path), 1);
+        const auto step = [this](const QString& name, int done, int total) {
+            QMetaObject::invokeMethod(window.get(), "onAddProgress", Q_ARG(QString, name), Q_ARG(int, done),
+                                      Q_ARG(int, total));
+            return u"%1 %2/%3"_s.arg(progress()->labelText(), QString::number(progress()->value()),
+                                     QString::number(progress()->maximum()));
+        };
+        QCOMPARE(step(u"<b>a"_s, 1, 2), u"Uploading 1 of 2\n<b>a 1/2"_s);
+        QCOMPARE(step(u" "_s, 3, 2), u"Uploading 2 of 2\n(wrapped root) 2/2"_s);
+        QCOMPARE(status(), u"Adding to IPFS: 3/2 — (wrapped root)"_s);
+        emit window->findChild<IpfsClient*>()->addBytesSent(1536, 3072);
+        QCOMPARE(progress()->labelText(), u"Uploading 2 of 2\n(wrapped root)\n1.5 KB of 3.0 KB sent"_s);
+        node->release(path, NodeAnswer::error("no"));
+        QTRY_VERIFY(result);
+        QVERIFY(!progress()->isVisible());
+        QTRY_COMPARE(label("nodeWordsLabel"_L1)->text(), u"The node says: no"_s);
+    }
+
+    void exportedCids()
+    {
+        QByteArray answer;
+        for (int i = 0; i < 10'000; ++i)
+            answer += "{\"Name\":\"f\",\"Hash\":\"Q" + QByteArray::number(i) + "\"}\n";
+        node->answer(path, NodeAnswer::json(answer + answer));
+        WindowTest::open(*node);
+        for (const bool vanishes : {false, true}) {
+            const QString file = folder->path() + (vanishes ? u"/gone/cids.txt"_s : u"/list/cids.txt"_s);
+            QDir().mkpath(QFileInfo(file).path());
+            const ModalAnswer<QFileDialog> chosen([&](QFileDialog& dialog) {
+                dialog.selectFile(file);
+                static_cast<QDialog&>(dialog).accept();
+                if (vanishes)
+                    QDir(QFileInfo(file).path()).removeRecursively();
+            });
+            add({newFile(u"a"_s, "a")}, u"Export CIDs"_s);
+            QTRY_VERIFY_WITH_TIMEOUT(chosen.wasGiven(), 20'000);
+            if (vanishes) {
+                QTRY_COMPARE(label("notification"_L1)->text(), u"⚠  Failed to write file: No such file or directory"_s);
+                break;
+            }
+            QTRY_COMPARE(status(), u"Exported 10000 CID(s) to %1"_s.arg(file));
+            QFile list(file);
+            QVERIFY(list.open(QIODevice::ReadOnly));
+            const QByteArray text = list.readAll();
+            QCOMPARE(text.count('\n'), 10'000);
+            QVERIFY(text.startsWith("Q0\nQ1\n") && text.endsWith("Q9999\n"));
+        }
+    }
+
+    void droppedOnTheWindow()
+    {
+        WindowTest::open(*node);
+        const QString file = newFile(u"a"_s, "a");
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file)});
+        QStringList chosen;
+        const ModalAnswer<AddToIpfsDialog> looked([&](AddToIpfsDialog& dialog) {
+            for (const LocalPathSelection& selection : dialog.selections())
+                chosen.append(selection.path);
+            dialog.reject();
+        });
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window.get(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window.get(), &drop);
+        QTRY_VERIFY(looked.wasGiven());
+        QCOMPARE(chosen, QStringList(file));
+        QCOMPARE(node->count(path), 0);
+    }
+
+private:
+    QString newFile(const QString& name, const QByteArray& content) const
+    {
+        const QString full = folder->path() + u'/' + name;
+        QDir().mkpath(QFileInfo(full).path());
+        QFile file(full);
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            QTest::qFail("can't write", __FILE__, __LINE__);
+        return full;
+    }
+
+    /// Goes through the dialog, and through the box at the end by the button `choice`.
+    void add(const QStringList& paths, const QString& choice = u"Copy CIDs"_s)
+    {
+        result = false;
+        boxAnswer = std::make_unique<ModalAnswer<ActionBox>>([this, choice](ActionBox& box) {
+            boxText = box.text();
+            boxInformative = box.informativeText();
+            result = true;
+            for (QAbstractButton* button : box.buttons()) {
+                if (button->text().remove(u'&') == choice.toUpper() || button->text().remove(u'&') == choice)
+                    button->click();
+            }
+        });
+        const ModalAnswer<AddToIpfsDialog> dialogAnswer([&paths](AddToIpfsDialog& dialog) {
+            dialog.addPaths(paths);
+            dialog.accept();
+        });
+        addButton()->click();
+        QVERIFY(dialogAnswer.wasGiven());
+    }
+    QPushButton* addButton() const { return window->findChild<QPushButton*>(u"actionBtn"_s); }
+    QProgressDialog* progress() const { return window->findChild<QProgressDialog*>(); }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<ModalAnswer<ActionBox>> boxAnswer;
+    bool result = false;
+    QString boxText;
+    QString boxInformative;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_AddFlow)
+
+#include "tst_addflow.moc"
