@@ -61,8 +61,9 @@ std::optional<QByteArrayView> MultipartReader::takeLine()
 MultipartReader::Event MultipartReader::readBoundary()
 {
     while (true) {
+        const qsizetype before = input.size();
         const auto line = takeLine();
-        if ((line ? line->size() : input.size()) > mostLine)
+        if ((line ? before - input.size() : before) > mostLine)
             return fail("multipart: line too long");
         if (!line)
             return wait("multipart: NextPart: EOF");
