@@ -172,7 +172,8 @@ private slots:
                 const Added broken = add(body.first(cut), choices, 7);
                 QVERIFY2(broken.status == 500 ? broken.lines.isEmpty() : !broken.error.isEmpty(),
                          body.first(cut).constData());
-                QVERIFY(whole.lines.startsWith(broken.lines));
+                if (!body.first(cut).endsWith("--b")) // which a node takes for a boundary, since nothing follows
+                    QVERIFY(whole.lines.startsWith(broken.lines));
                 QCOMPARE(broken.pins.size(), wraps ? 0 : broken.names.count(u"a"_s) / 2 + broken.names.count(u"d"_s));
             }
         }
