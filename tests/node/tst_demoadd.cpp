@@ -34,31 +34,10 @@ struct Added
     QList<DemoPin> pins {};
 };
 
-/// The body comes in pieces of `size` bytes.
-Added add(const QByteArray& body, AddChoices choices = {}, qsizetype size = 1 << 20)
-{
-    DemoRepo repo({.pins = 0});
-    AddSession session(std::move(choices), "b", repo);
-    Added added;
-    for (qsizetype at = 0; at <= body.size(); at += size) {
-        const NodeStep step = session.take(body.mid(at, size), at + size > body.size());
-        added.lines += step.bytes;
-        if (step.last) {
-            added.status = step.last->status;
-            added.error = step.last->trailers.value(0).second;
-            break;
-        }
-    }
-    for (const QByteArray& line : added.lines.isEmpty() ? QList<QByteArray>() : added.lines.chopped(1).split('\n'))
-        added.names += QJsonDocument::fromJson(line).object().value("Name"_L1).toString();
-    added.pins = repo.pins();
-    return added;
-}
-
 } // namespace
 
 /// Adding to the demo node: what the blocks are, how parts are named, and how it fails.
-class tst_Add : public QObject
+class tst_DemoAdd : public QObject
 {
     Q_OBJECT
 
@@ -184,20 +163,47 @@ private slots:
     /// What is beyond the bounds is listed and counted as if it were there.
     void throwsBytesAway()
     {
-        DemoRepo repo({.pins = 0, .keptOfFile = 300'000, .keptOfAll = 300'000});
-        AddSession session({}, "b", repo);
+        DemoRepo small({.pins = 0, .keptOfFile = 300'000, .keptOfAll = 300'000});
+        AddSession session({}, "b", small);
         const NodeStep step = session.take(
             file("big", QByteArray(250'000, 'a') + QByteArray(100'000, 'b')) + file("c", "c") + end, true);
         QVERIFY(!step.last);
-        const DemoObject big = *repo.store().find(repo.pins().value(0).cid);
+        const DemoObject big = *small.store().find(small.pins().value(0).cid);
         QCOMPARE(big.fileSize, 350'000U);
-        QCOMPARE(repo.store().contentOf(big).size(), 262'144);
-        const DemoObject lost = *repo.store().find(big.links.value(1).cid);
+        QCOMPARE(small.store().contentOf(big).size(), 262'144);
+        const DemoObject lost = *small.store().find(big.links.value(1).cid);
         QVERIFY(lost.isHollow());
         QCOMPARE(lost.blockSize(), 350'000U - 262'144U);
-        QCOMPARE(repo.store().contentOf(*repo.store().find(repo.pins().value(1).cid)), "c");
+        QCOMPARE(small.store().contentOf(*small.store().find(small.pins().value(1).cid)), "c");
     }
+
+private:
+    /// The body comes in pieces of `size` bytes.
+    Added add(const QByteArray& body, AddChoices choices = {}, qsizetype size = 1 << 20)
+    {
+        AddSession session(std::move(choices), "b", repo);
+        Added added;
+        for (qsizetype at = 0; at <= body.size(); at += size) {
+            const NodeStep step = session.take(body.mid(at, size), at + size > body.size());
+            added.lines += step.bytes;
+            if (step.last) {
+                added.status = step.last->status;
+                added.error = step.last->trailers.value(0).second;
+                break;
+            }
+        }
+        for (const QByteArray& line : added.lines.isEmpty() ? QList<QByteArray>() : added.lines.chopped(1).split('\n'))
+            added.names += QJsonDocument::fromJson(line).object().value("Name"_L1).toString();
+        added.pins = repo.pins();
+        QSet<QByteArray> pinned;
+        for (const DemoPin& pin : added.pins)
+            pinned.insert(cidBytes(pin.cid));
+        repo.unpin(pinned);
+        return added;
+    }
+
+    DemoRepo repo {{.pins = 0}};
 };
 
-NORVO_TEST_MAIN(QCoreApplication, tst_Add)
-#include "tst_add.moc"
+NORVO_TEST_MAIN(QCoreApplication, tst_DemoAdd)
+#include "tst_demoadd.moc"
