@@ -5,19 +5,14 @@
 
 namespace {
 
-constexpr qsizetype mostHead = 64 * 1024; // bytes of a part's head
-constexpr qsizetype mostLine = 4096;      // bytes of a line between parts
+constexpr qsizetype mostPartHead = 64 * 1024; // bytes of a part's head
+constexpr qsizetype mostBoundaryLine = 4096;  // bytes of a line between parts
 
 QByteArrayView withoutBlanksAtEnd(QByteArrayView line)
 {
     while (line.endsWith(' ') || line.endsWith('\t'))
         line.chop(1);
     return line;
-}
-
-bool isFieldName(QByteArrayView name)
-{
-    return !name.isEmpty() && std::ranges::all_of(name, [](char c) { return c > ' ' && c < 127; });
 }
 
 } // namespace
@@ -61,8 +56,9 @@ std::optional<QByteArrayView> MultipartReader::takeLine()
 MultipartReader::Event MultipartReader::readBoundary()
 {
     while (true) {
+        const qsizetype before = input.size();
         const auto line = takeLine();
-        if ((line ? line->size() : input.size()) > mostLine)
+        if ((line ? before - input.size() : before) > mostBoundaryLine)
             return fail("multipart: line too long");
         if (!line)
             return wait("multipart: NextPart: EOF");
@@ -87,7 +83,7 @@ MultipartReader::Event MultipartReader::readHead()
     while (true) {
         const qsizetype before = input.size();
         const auto line = input.takeLine();
-        if (headSize + (line ? before - input.size() : before) > mostHead)
+        if (headSize + (line ? before - input.size() : before) > mostPartHead)
             return fail("multipart: message too large");
         if (!line)
             return wait("multipart: NextPart: EOF");
@@ -109,11 +105,7 @@ bool MultipartReader::readHeaderLine(QByteArrayView line)
             headers.last().second.append(' ').append(line.trimmed());
         return !headers.isEmpty();
     }
-    const qsizetype colon = line.indexOf(':');
-    if (colon < 0 || !isFieldName(line.first(colon)))
-        return false;
-    headers.emplaceBack(line.first(colon).toByteArray(), line.sliced(colon + 1).trimmed().toByteArray());
-    return true;
+    return takeHeader(line, headers);
 }
 
 /// A part without bytes may end right after its head, where no line end precedes the boundary.

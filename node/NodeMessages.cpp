@@ -26,6 +26,15 @@ QByteArray headerIn(const HeaderList& headers, QByteArrayView name)
     return match == headers.end() ? QByteArray() : match->second;
 }
 
+bool takeHeader(QByteArrayView line, HeaderList& headers)
+{
+    const qsizetype colon = line.indexOf(':');
+    if (colon <= 0 || !std::ranges::all_of(line.first(colon), [](char c) { return c > ' ' && c < 127; }))
+        return false;
+    headers.emplaceBack(line.first(colon).toByteArray(), line.sliced(colon + 1).trimmed().toByteArray());
+    return true;
+}
+
 QByteArray NodeRequest::header(QByteArrayView name) const
 {
     return headerIn(headers, name);

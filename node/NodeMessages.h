@@ -16,6 +16,9 @@ using HeaderList = QList<std::pair<QByteArray, QByteArray>>;
 /// The first header of that name, in any case; empty if there is none.
 QByteArray headerIn(const HeaderList& headers, QByteArrayView name);
 
+/// Adds the header that `line` holds; false if it holds none.
+bool takeHeader(QByteArrayView line, HeaderList& headers);
+
 /// One request, as it was sent.
 struct NodeRequest
 {

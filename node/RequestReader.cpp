@@ -89,11 +89,7 @@ RequestReader::Event RequestReader::readHeaderLine(QByteArrayView line)
 {
     if (line.isEmpty())
         return endHead();
-    const qsizetype colon = line.indexOf(':');
-    if (colon < 0 || !isToken(line.first(colon)))
-        return broken(Malformed);
-    current.headers.emplaceBack(line.first(colon).toByteArray(), line.sliced(colon + 1).trimmed().toByteArray());
-    return NeedsMore;
+    return takeHeader(line, current.headers) ? NeedsMore : broken(Malformed);
 }
 
 RequestReader::Event RequestReader::endHead()

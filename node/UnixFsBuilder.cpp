@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "UnixFsBuilder.h"
 
+#include <QThread>
+
 #include <algorithm>
 #include <utility>
 
@@ -69,6 +71,16 @@ DemoObject wrappedLeaf(const QByteArray& bytes, int version)
     return leaf;
 }
 
+DemoObject leafOf(const QByteArray& bytes, const UnixFsLayout& layout)
+{
+    return layout.rawLeaves ? rawFile(bytes) : wrappedLeaf(bytes, layout.version);
+}
+
+size_t mostLeavesAtOnce()
+{
+    return static_cast<size_t>(std::max(1, QThread::idealThreadCount()));
+}
+
 } // namespace
 
 DemoObject rawFile(const QByteArray& bytes)
@@ -114,20 +126,30 @@ void UnixFsFileBuilder::append(QByteArrayView bytes)
     }
 }
 
+void UnixFsFileBuilder::endChunk()
+{
+    leaves.push_back(std::async(std::launch::async, leafOf, std::exchange(chunk, {}), layout));
+    chunk.reserve(layout.chunkSize);
+    if (leaves.size() > mostLeavesAtOnce())
+        deliverLeaf();
+}
+
+void UnixFsFileBuilder::deliverLeaf()
+{
+    add(0, deliver(leaves.front().get()));
+    leaves.pop_front();
+}
+
 DemoLink UnixFsFileBuilder::finish()
 {
-    if (!chunk.isEmpty() || levels.empty())
-        endChunk();
+    while (!leaves.empty())
+        deliverLeaf();
+    if (!chunk.isEmpty() || fileSize == 0)
+        add(0, deliver(leafOf(chunk, layout))); // at once: most files are small, and a thread costs more than they do
     size_t level = 0;
     for (; levels[level].size() > 1 || level + 1 < levels.size(); ++level)
         add(level + 1, endNode(level));
     return levels[level].constFirst().link;
-}
-
-void UnixFsFileBuilder::endChunk()
-{
-    add(0, deliver(layout.rawLeaves ? rawFile(chunk) : wrappedLeaf(chunk, layout.version)));
-    chunk.resize(0);
 }
 
 /// A node is made only when the next child shows that the file goes on, so that a root never has a single child.

@@ -3,7 +3,9 @@
 
 #include "DemoObject.h"
 
+#include <deque>
 #include <functional>
+#include <future>
 #include <vector>
 
 /// How a file becomes blocks. `version` is that of the dag-pb blocks; raw blocks are always version 1.
@@ -28,7 +30,7 @@ DemoObject unixFsDirectory(QList<DemoLink> entries, int version = 1);
 class UnixFsFileBuilder
 {
 public:
-    /// Called with each block, children before parents.
+    /// Called with each block, children before parents, on the thread of the caller.
     using Sink = std::function<void(const DemoObject&)>;
 
     UnixFsFileBuilder(const UnixFsLayout& newLayout, Sink newSink);
@@ -46,6 +48,7 @@ private:
     };
 
     void endChunk();
+    void deliverLeaf();
     void add(size_t level, const Child& child);
     Child endNode(size_t level);
     Child deliver(const DemoObject& object) const;
@@ -54,5 +57,6 @@ private:
     Sink sink;
     QByteArray chunk;
     quint64 fileSize = 0;
-    std::vector<QList<Child>> levels; ///< from the leaves up, what no node links to yet
+    std::deque<std::future<DemoObject>> leaves; ///< being hashed, in order
+    std::vector<QList<Child>> levels;           ///< from the leaves up, what no node links to yet
 };

@@ -125,6 +125,14 @@ private slots:
         row("doubled option", post("/pin/ls?type=all&type=direct"), "400",
             "expected key type to have only a single value, received [all direct]\n");
         row("doubled option that nobody knows", post("/id?x=1&x=2"), "200");
+        row("add of nothing", post("/add"), "400", "file argument 'path' is required\n");
+        row("add without boundary", post("/add", "Content-Type: multipart/form-data\r\n"), "400",
+            "no multipart boundary param in Content-Type\n");
+        row("no number", post("/add?cid-version=x"), "400",
+            "could not convert value \"x\" to type \"int\" (for option \"-cid-version\")\n");
+        row("add of an unknown version",
+            post("/add?cid-version=2", "Content-Type: multipart/form-data; boundary=b\r\n"), "500",
+            "unknown CID version: 2");
         row("no bool", post("/pin/ls?stream=yes"), "400",
             "could not convert value \"yes\" to type \"bool\" (for option \"-stream\")\n");
     }
@@ -313,6 +321,44 @@ private slots:
         QVERIFY(unread.brings("403 - Forbidden\n"));
         QVERIFY(unread.ends());
         QTRY_COMPARE(node.openNow(), 0);
+    }
+
+    /// A file is answered before the next one has come; what was added is pinned and can be read.
+    void adds()
+    {
+        const DemoNode node({.port = 0, .pins = 0});
+        const QByteArray start
+            = "--b\r\nContent-Disposition: form-data; name=\"file\"; filename=\"docs/hello.txt\"\r\n\r\n"
+              "hello world\n\r\n--b\r\n";
+        const QByteArray rest = "Content-Disposition: form-data; filename=\"docs\"\r\n"
+                                "Content-Type: application/x-directory\r\n\r\n\r\n--b--\r\n";
+        const auto add = [&](const QByteArray& options) {
+            return post("/add?cid-version=1&wrap-with-directory=true&pin-name=site" + options,
+                        "Content-Type: multipart/form-data; boundary=b\r\nContent-Length: "
+                            + QByteArray::number(start.size() + rest.size()) + "\r\n",
+                        start);
+        };
+        const QByteArray file = "{\"Name\":\"docs/hello.txt\",\"Hash\":"
+                                "\"bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4\",\"Size\":\"12\"}\n";
+        const QByteArray root = "bafybeigu66tnnkzn65sqrifvkie7nzul6yfbjhkbzgb2rumg3kuwkth3d4";
+        const QByteArray folders = "{\"Name\":\"docs\",\"Hash\":"
+                                   "\"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a\",\"Size\":\"69\"}\n"
+                                   "{\"Name\":\"\",\"Hash\":\""
+            + root + "\",\"Size\":\"121\"}\n";
+        const QByteArray pin = "{\"Cid\":\"" + root + "\",\"Name\":\"site\",\"Type\":\"recursive\"}\n";
+        for (const QByteArray options : {"&only-hash=true", "&pin=false", ""}) {
+            Wire wire(node, add(options));
+            QVERIFY2(wire.brings(file), wire.came.constData());
+            QVERIFY(wire.came.contains("Connection: close\r\n"));
+            wire.write(rest);
+            QVERIFY(wire.ends());
+            QCOMPARE(withoutFrames(wire.came), file + folders);
+            const Wire pins(node, post("/pin/ls?names=true&stream=true&type=recursive"));
+            QVERIFY(pins.brings("0\r\n\r\n"));
+            QCOMPARE(withoutFrames(pins.came), options.isEmpty() ? pin : QByteArray());
+        }
+        const Wire stat(node, post("/dag/stat?arg=" + root));
+        QVERIFY2(stat.brings("\"TotalSize\":121"), stat.came.constData());
     }
 
     /// A client that does not read is not read either, and both go on when it does.
