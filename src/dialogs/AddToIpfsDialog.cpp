@@ -5,6 +5,7 @@
 #include "AppSettings.h"
 #include "DialogSizing.h"
 #include "DroppedFiles.h"
+#include "FileTypeProvider.h"
 #include "IpfsClient.h"
 #include "PlainText.h"
 #include "StatusLabel.h"
@@ -52,6 +53,7 @@ bool isInside(const QString& path, const QString& folder)
 
 AddToIpfsDialog::AddToIpfsDialog(IpfsClient* newClient, bool newTrialMode, QWidget* parent)
     : QDialog(parent)
+    , fileTypes(std::make_unique<FileTypeProvider>())
     , client(newClient)
     , trialMode(newTrialMode)
 {
@@ -69,6 +71,8 @@ AddToIpfsDialog::AddToIpfsDialog(IpfsClient* newClient, bool newTrialMode, QWidg
     onPinDestinationChanged();
     askForServices();
 }
+
+AddToIpfsDialog::~AddToIpfsDialog() = default;
 
 void AddToIpfsDialog::askForServices()
 {

@@ -9,6 +9,9 @@
 #include <QPersistentModelIndex>
 #include <QStringList>
 
+#include <memory>
+
+class FileTypeProvider;
 class IpfsClient;
 class QCheckBox;
 class QComboBox;
@@ -30,6 +33,7 @@ class AddToIpfsDialog : public QDialog
 public:
     /// `newClient` is not owned; without one the services are not listed. Trial mode restricts nothing.
     AddToIpfsDialog(IpfsClient* newClient, bool newTrialMode, QWidget* parent = nullptr);
+    ~AddToIpfsDialog() override;
 
     /// What was chosen and still exists, with names that differ from each other. Empty if all of it is gone.
     QList<LocalPathSelection> selections() const;
@@ -57,6 +61,7 @@ private:
     void setupUi();
     QLayout* newBrowserColumn();
     void setupBrowser();
+    void setupBrowserColumns();
     QLayout* newListColumn();
     void setupList();
     QLayout* newOptionsBlock();
@@ -76,6 +81,7 @@ private:
     QString refusal() const;
     QString serviceNickname() const;
 
+    std::unique_ptr<FileTypeProvider> fileTypes;
     QFileSystemModel* fileSystemModel = nullptr;
     QTreeView* browserTree = nullptr;
     QTreeWidget* selectedTree = nullptr;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "AddToIpfsDialog.h"
 
+#include "FileTypeProvider.h"
 #include "StatusLabel.h"
 
+#include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDateTime>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFileSystemModel>
@@ -12,8 +15,10 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStylePainter>
 #include <QTreeView>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -29,8 +34,35 @@ constexpr int checkSpacing = 16;
 constexpr int browserShare = 3;
 constexpr int listShare = 2;
 constexpr int nicknameLetters = 16;
-constexpr int nameLetters = 34;
+constexpr int destinationLetters = 24; // of the longest text, where there is no room for all of it
+constexpr int labelLetters = 16;
 constexpr int columnGap = 20;
+constexpr int textMargin = 4;
+
+/// Shows as much of its current text as there is room for; the list of choices shows all of each.
+class ElidingComboBox : public QComboBox
+{
+public:
+    using QComboBox::QComboBox;
+
+    void showPopup() override
+    {
+        view()->setMinimumWidth(view()->sizeHintForColumn(0));
+        QComboBox::showPopup();
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QStylePainter painter(this);
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        painter.drawComplexControl(QStyle::CC_ComboBox, option);
+        const QRect field = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+        option.currentText = fontMetrics().elidedText(currentText(), Qt::ElideRight, field.width() - textMargin);
+        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+    }
+};
 
 QLabel* newLabelFor(const QString& text, QWidget* field)
 {
@@ -51,6 +83,11 @@ QCheckBox* newCheck(const QString& text, bool on, QWidget* parent)
     auto* check = new QCheckBox(text, parent);
     check->setChecked(on);
     return check;
+}
+
+int widthOfLetters(const QWidget* field, int letters)
+{
+    return field->fontMetrics().averageCharWidth() * letters;
 }
 
 /// Works while `view` has the focus, and before the dialog would take the key for its default button.
@@ -85,6 +122,7 @@ void AddToIpfsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::accepted, this, &AddToIpfsDialog::onAcceptClicked);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addWidget(buttons);
+    setMinimumSize(minimumSize().expandedTo(column->totalMinimumSize())); // larger fonts take more
 }
 
 QLayout* AddToIpfsDialog::newBrowserColumn()
@@ -102,10 +140,12 @@ QLayout* AddToIpfsDialog::newBrowserColumn()
 void AddToIpfsDialog::setupBrowser()
 {
     fileSystemModel = new QFileSystemModel(this);
+    fileSystemModel->setIconProvider(fileTypes.get());
     fileSystemModel->setFilter(QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot);
     const QModelIndex home = fileSystemModel->setRootPath(QDir::homePath());
 
     browserTree = new QTreeView(this);
+    browserTree->setObjectName("browserTree"_L1);
     browserTree->setAccessibleName(tr("Filesystem browser"));
     browserTree->setModel(fileSystemModel);
     browserTree->setRootIndex(home);
@@ -116,13 +156,22 @@ void AddToIpfsDialog::setupBrowser()
     browserTree->setSortingEnabled(true);
     browserTree->sortByColumn(0, Qt::AscendingOrder);
 
-    const QFontMetrics metrics = browserTree->fontMetrics();
-    const auto widthOf = [&metrics](const QString& text) { return metrics.horizontalAdvance(text) + columnGap; };
-    browserTree->setColumnWidth(0, metrics.averageCharWidth() * nameLetters);
-    browserTree->setColumnWidth(1, widthOf(u"999.99 MiB"_s));
-    browserTree->setColumnWidth(2, widthOf(tr("spreadsheet File", "as wide as a type of file in the browser")));
+    setupBrowserColumns();
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
         bindKey(key, browserTree, this, &AddToIpfsDialog::onAddFromBrowser);
+}
+
+/// The name gets what the others leave.
+void AddToIpfsDialog::setupBrowserColumns()
+{
+    browserTree->header()->setStretchLastSection(false);
+    browserTree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    const QString date = QLocale::system().toString(QDateTime({2028, 12, 28}, {22, 58, 58}), QLocale::ShortFormat);
+    const QStringList widest {u"999.99 MiB"_s, tr("JPEG image…", "a type of file, of usual length"), date};
+    for (int column = 0; column < widest.size(); ++column) {
+        const int width = browserTree->fontMetrics().horizontalAdvance(widest.at(column)) + columnGap;
+        browserTree->header()->resizeSection(column + 1, width);
+    }
 }
 
 QLayout* AddToIpfsDialog::newListColumn()
@@ -181,6 +230,7 @@ QLayout* AddToIpfsDialog::newOptionsBlock()
     note->setTextFormat(Qt::RichText);
     block->addWidget(note);
     remoteServicesStatusLabel = new StatusLabel(this);
+    remoteServicesStatusLabel->setObjectName("remoteServicesStatusLabel"_L1);
     remoteServicesStatusLabel->showHint(tr("Loading configured remote services..."));
     block->addWidget(remoteServicesStatusLabel);
     unpinLocalCheck = newCheck(tr("Unpin local after re&mote pin is confirmed"), false, this);
@@ -209,10 +259,11 @@ QLayout* AddToIpfsDialog::newAddRow()
 
 QLayout* AddToIpfsDialog::newPinRow()
 {
-    pinDestinationCombo = new QComboBox(this);
+    pinDestinationCombo = new ElidingComboBox(this);
     pinDestinationCombo->addItem(tr("Local only"), u"local"_s);
     pinDestinationCombo->addItem(tr("Local + Remote"), u"both"_s);
     pinDestinationCombo->addItem(tr("Remote only (unpin local after remote pin)"), u"remote"_s);
+    pinDestinationCombo->setMinimumWidth(widthOfLetters(pinDestinationCombo, destinationLetters));
     setupServiceFields();
 
     auto* row = new QHBoxLayout;
@@ -236,6 +287,7 @@ void AddToIpfsDialog::setupServiceFields()
     remoteServiceCombo->lineEdit()->setPlaceholderText(tr("e.g. pinata-prod (configured in Kubo)"));
     remotePinLabelEdit = new QLineEdit(this);
     remotePinLabelEdit->setPlaceholderText(tr("e.g. invoice-2026-03-17"));
+    remotePinLabelEdit->setMinimumWidth(widthOfLetters(remotePinLabelEdit, labelLetters));
     for (QLineEdit* edit : {remoteServiceCombo->lineEdit(), remotePinLabelEdit})
         edit->setAcceptDrops(false); // dropped files are the dialog's
 }

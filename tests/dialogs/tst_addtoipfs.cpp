@@ -1,0 +1,455 @@
+// SPDX-License-Identifier: MIT
+#include "AddSelection.h"
+#include "AddToIpfsDialog.h"
+#include "AppSettings.h"
+#include "FakeNode.h"
+#include "FileTypeProvider.h"
+#include "IpfsClient.h"
+#include "ModalAnswer.h"
+#include "TestMain.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileSystemModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTreeView>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto nicknameKey = "addToIpfs/lastRemoteServiceNickname"_L1;
+constexpr auto lastFolderKey = "addToIpfs/lastFolder"_L1;
+const QByteArray servicesPath = "/pin/remote/service/ls";
+
+} // namespace
+
+class tst_AddToIpfs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        openAppSettings().clear();
+        home = std::make_unique<QTemporaryDir>();
+        qputenv("HOME", home->path().toLocal8Bit());
+        for (const QString& name : {u"a.txt"_s, u"a/b/c"_s, u"ab"_s, u"B"_s, u"1/a.txt"_s, u"1/a.txt-2"_s, u"2/a.txt"_s,
+                                    u"3/a.txt"_s, u"3/a.txt-2"_s, u"3/ ab "_s})
+            QVERIFY(makeFile(name));
+        node = std::make_unique<FakeNode>();
+        node->answer(servicesPath, NodeAnswer::hold());
+        client = std::make_unique<IpfsClient>();
+        client->setEndpoint(u"127.0.0.1"_s, node->port());
+    }
+    void cleanup() { dialog.reset(); }
+
+    void pathsAreNormalized_data()
+    {
+        QTest::addColumn<QStringList>("chosen");
+        QTest::addColumn<QStringList>("kept");
+        QTest::newRow("what is in a folder, a.txt sorts between")
+            << QStringList {u"a/b/c"_s, u"a.txt"_s, u"a"_s, u"a/b"_s} << QStringList {u"a"_s, u"a.txt"_s};
+        QTest::newRow("the folder comes first") << QStringList {u"a"_s, u"a/b"_s} << QStringList {u"a"_s};
+        QTest::newRow("a sibling's name only begins like it")
+            << QStringList {u"ab"_s, u"a"_s} << QStringList {u"a"_s, u"ab"_s};
+        QTest::newRow("one path in several forms")
+            << QStringList {u"a/"_s, u"./a"_s, u"a//b/.."_s, u"a"_s} << QStringList {u"a"_s};
+        QTest::newRow("upper case first") << QStringList {u"a"_s, u"B"_s} << QStringList {u"B"_s, u"a"_s};
+        QTest::newRow("gone") << QStringList {u"a/gone"_s, u"gone"_s} << QStringList {};
+    }
+    void pathsAreNormalized()
+    {
+        QFETCH(const QStringList, chosen);
+        QFETCH(const QStringList, kept);
+        QCOMPARE(normalizedPaths(inHome(chosen)), inHome(kept));
+        QCOMPARE(normalizedPaths({home->path(), u"/"_s, QString()}), QStringList {u"/"_s});
+    }
+
+    void namesAreUnique_data()
+    {
+        QTest::addColumn<QStringList>("paths");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("counted") << QStringList {u"1/a.txt"_s, u"2/a.txt"_s, u"gone"_s, u"3/a.txt"_s, u"ab"_s}
+                                 << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-3"_s, u"ab"_s};
+        QTest::newRow("one is really called so, and comes before")
+            << QStringList {u"1/a.txt"_s, u"1/a.txt-2"_s, u"2/a.txt"_s, u"3/a.txt"_s}
+            << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-3"_s, u"a.txt-4"_s};
+        QTest::newRow("or after") << QStringList {u"1/a.txt"_s, u"2/a.txt"_s, u"3/a.txt-2"_s, u"1/a.txt-2"_s}
+                                  << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-2-2"_s, u"a.txt-2-3"_s};
+        QTest::newRow("trimmed") << QStringList {u"3/ ab "_s, u"ab"_s} << QStringList {u"ab"_s, u"ab-2"_s};
+    }
+    void namesAreUnique()
+    {
+        QFETCH(const QStringList, paths);
+        QStringList names;
+        for (const LocalPathSelection& selection : uploadSelections(inHome(paths)))
+            names.append(selection.name);
+        QTEST(names, "names");
+        QCOMPARE(uploadSelections({u"/"_s}), QList<LocalPathSelection>({{u"/"_s, u"item"_s, true}}));
+    }
+
+    void typesComeFromSuffixes()
+    {
+        QVERIFY(makeFile(u"none"_s, "%PDF-1.4") && makeFile(u"x.pdf"_s, "text") && makeFile(u"x.of-no-type"_s));
+        const FileTypeProvider provider;
+        QStringList types;
+        for (const QString& path : inHome({u"none"_s, u"x.pdf"_s, u"x.of-no-type"_s, u"a"_s}))
+            types.append(provider.type(QFileInfo(path)));
+        QCOMPARE(types, QStringList({u"File"_s, u"PDF document"_s, u"File"_s, u"Folder"_s}));
+    }
+
+    /// Each step starts from the boxes that the one before has left.
+    void destinationsSetTheBoxes()
+    {
+        open();
+        remoteService()->setEditText(u" svc "_s);
+        findEdit()->setText(u" label "_s);
+        AddOptions expected {.remoteServiceNickname = u"svc"_s, .remotePinLabel = u"label"_s};
+        QCOMPARE(dialog->options(), expected);
+        const auto verify = [&](const QString& destination, bool remote, bool pin, bool unpin) {
+            choose(destination);
+            expected.pinDestination = destination;
+            expected.pin = pin;
+            expected.unpinLocalAfterRemote = unpin;
+            QCOMPARE(dialog->options(), expected);
+            QCOMPARE(check("Pin"_L1)->isEnabled(), !remote);
+            for (const QWidget* field : {static_cast<QWidget*>(remoteService()), static_cast<QWidget*>(findEdit()),
+                                         static_cast<QWidget*>(check("Unpin"_L1))})
+                QCOMPARE(field->isEnabled(), remote);
+        };
+        check("Pin"_L1)->setChecked(false);
+        verify(u"local"_s, false, false, false);
+        verify(u"both"_s, true, true, false);
+        verify(u"local"_s, false, true, false);
+        verify(u"remote"_s, true, true, true);
+        verify(u"both"_s, true, true, true);
+        check("Wrap"_L1)->setChecked(false);
+        check("Only"_L1)->setChecked(true);
+        auto* version = dialog->findChildren<QComboBox*>().constFirst();
+        version->setCurrentIndex(version->findData(0));
+        expected.wrapWithDirectory = false;
+        expected.onlyHash = true;
+        expected.cidVersion = 0;
+        verify(u"local"_s, false, true, true);
+    }
+
+    void refusals()
+    {
+        open();
+        QCOMPARE(refusal(), u"Select at least one file or folder first."_s);
+        dialog->addPaths(inHome({u"a"_s}));
+        choose(u"both"_s);
+        check("Only"_L1)->setChecked(true);
+        remoteService()->setEditText(u"  "_s);
+        QCOMPARE(refusal(), u"Remote service is required for remote pinning."_s);
+        remoteService()->setEditText(u" svc "_s);
+        QCOMPARE(refusal(),
+                 u"Remote pinning requires data blocks to be available. Disable 'Only hash' for remote pinning."_s);
+        QVERIFY(!openAppSettings().contains(nicknameKey));
+        choose(u"local"_s); // keeps the nickname all the same
+        QTest::keyClick(dialog.get(), Qt::Key_Return);
+        QCOMPARE(dialog->result(), QDialog::Accepted);
+        QCOMPARE(openAppSettings().value(nicknameKey).toString(), u"svc"_s);
+        QVERIFY(!openAppSettings().contains(lastFolderKey)); // nobody has been in the browser
+    }
+
+    void services_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QStringList>("items");
+        QTest::addColumn<QString>("nickname");
+        QTest::addColumn<QString>("status");
+        const QByteArray two = R"({"RemoteServices":[{"Service":" b "},{"Service":"a","ApiEndpoint":"x"}]})";
+        const QStringList items {u"b"_s, u"a"_s};
+        const QString loaded = u"Loaded 2 configured service(s)."_s;
+        QTest::newRow("the first") << QString() << QString() << two << items << u"b"_s << loaded;
+        QTest::newRow("what was typed") << QString() << u"c "_s << two << items << u"c"_s << loaded;
+        QTest::newRow("the stored one") << u"a"_s << u"c"_s << two << items << u"a"_s << loaded;
+        QTest::newRow("stored, not known any more") << u"old"_s << QString() << two << items << u"old"_s << loaded;
+        QTest::newRow("none") << QString() << QString() << QByteArray(R"({"RemoteServices":[]})") << QStringList()
+                              << QString()
+                              << u"No configured services found. Configure one in File -> Remote Services."_s;
+        QTest::newRow("no answer") << u"old"_s << u"c"_s << QByteArray("<b>") << QStringList() << u"c"_s
+                                   << u"Could not load services: "_s;
+    }
+    void services()
+    {
+        QFETCH(const QString, stored);
+        QFETCH(const QString, typed);
+        QFETCH(const QByteArray, body);
+        QFETCH(const QString, status);
+        openAppSettings().setValue(nicknameKey, stored);
+        open();
+        QCOMPARE(statusText(), u"Loading configured remote services..."_s);
+        remoteService()->setEditText(typed);
+        QTRY_COMPARE(node->heldCount(servicesPath), 1);
+        node->release(servicesPath, NodeAnswer::json(body));
+        QTRY_VERIFY(statusText() != u"Loading configured remote services..."_s);
+        QVERIFY2(statusText().startsWith(status), qPrintable(statusText()));
+        QStringList items;
+        for (int item = 0; item < remoteService()->count(); ++item)
+            items.append(remoteService()->itemText(item));
+        QTEST(items, "items");
+        QTEST(dialog->options().remoteServiceNickname, "nickname");
+    }
+
+    void withoutAClient()
+    {
+        dialog = std::make_unique<AddToIpfsDialog>(nullptr, true);
+        QCOMPARE(statusText(), u"Remote service list unavailable."_s);
+    }
+
+    void listFollowsWhatIsChosen()
+    {
+        open();
+        dialog->addPaths(inHome({u"a/b/c"_s, u"ab"_s, u"a.txt"_s}));
+        dialog->addPaths(inHome({u"a"_s}));
+        QCOMPARE(rows(), inHome({u"a"_s, u"a.txt"_s, u"ab"_s}));
+        QCOMPARE(list()->topLevelItem(0)->text(1) + list()->topLevelItem(1)->text(1), u"DirectoryFile"_s);
+        list()->setFocus();
+        list()->setCurrentItem(list()->topLevelItem(1));
+        QTest::keyClick(list(), Qt::Key_Delete);
+        QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
+        QTest::keyClick(list(), Qt::Key_Delete); // the one that has taken its place
+        QTest::keyClick(list(), Qt::Key_Delete);
+        QTest::keyClick(list(), Qt::Key_Delete);
+        QCOMPARE(rows(), QStringList());
+        dialog->addPaths(inHome({u"ab"_s, u"a.txt"_s}));
+        QVERIFY(QFile::remove(home->filePath(u"ab"_s)));
+        QCOMPARE(dialog->selections(), QList<LocalPathSelection>({{home->filePath(u"a.txt"_s), u"a.txt"_s, false}}));
+        button("Clear"_L1)->click();
+        QVERIFY(dialog->selections().isEmpty());
+    }
+
+    void filesAndFoldersArePicked()
+    {
+        open();
+        pick("Add files"_L1, inHome({u"ab"_s, u"a.txt"_s}));
+        QCOMPARE(rows(), inHome({u"a.txt"_s, u"ab"_s}));
+        pick("Add folder"_L1, inHome({u"a"_s}));
+        pick("Add folder"_L1, {});
+        QCOMPARE(rows(), inHome({u"a"_s, u"a.txt"_s, u"ab"_s}));
+    }
+
+    void returnAddsFromTheBrowser()
+    {
+        open();
+        browser()->setFocus();
+        QTest::keyClick(browser(), Qt::Key_Return); // nothing is selected
+        select(u"a"_s);
+        QTest::keyClick(browser(), Qt::Key_Enter, Qt::KeypadModifier);
+        QCOMPARE(rows(), inHome({u"a"_s}));
+        select(u"ab"_s);
+        button("Add selected"_L1)->click();
+        QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
+        QVERIFY(dialog->isVisible());
+    }
+
+    void theTabKeyGoesAsItIsRead()
+    {
+        open();
+        choose(u"both"_s);
+        check("Wrap"_L1)->setFocus();
+        QStringList order;
+        for (int i = 0; i < 9; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            order.append(QString::fromLatin1(QApplication::focusWidget()->metaObject()->className()));
+        }
+        QCOMPARE(order.join(u' '),
+                 u"QCheckBox QComboBox QComboBox QComboBox QLineEdit QCheckBox QPushButton QPushButton QTreeView"_s);
+        QStringList keys;
+        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+            if (label->buddy())
+                keys.append(QKeySequence::mnemonic(label->text()).toString());
+        }
+        for (const QAbstractButton* any : dialog->findChildren<QAbstractButton*>())
+            keys.append(QKeySequence::mnemonic(any->text()).toString());
+        keys.removeAll(QString());
+        QVERIFY(keys.size() >= 15);
+        QCOMPARE(keys.removeDuplicates(), 0);
+    }
+
+    /// On a field that takes text as well as elsewhere.
+    void filesAreDropped()
+    {
+        open();
+        choose(u"both"_s);
+        QVERIFY(!drop(list()->viewport(), {QUrl(u"https://example.org/a"_s)}));
+        for (QWidget* target : {browser()->viewport(), list()->viewport(), static_cast<QWidget*>(findEdit()),
+                                static_cast<QWidget*>(remoteService()->lineEdit())}) {
+            const QUrl here(u"file://localhost"_s + home->filePath(u"ab"_s));
+            QVERIFY(drop(target,
+                         {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'), here,
+                          QUrl(u"file://elsewhere/tmp"_s)}));
+            QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
+            QCOMPARE(dialog->options().remotePinLabel + dialog->options().remoteServiceNickname, QString());
+            button("Clear"_L1)->click();
+        }
+    }
+
+    void theLastFolderIsOpenedAgain_data()
+    {
+        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("a file's folder") << u"a/b/c"_s << u"a/b"_s;
+        QTest::newRow("a folder itself") << u"a/b"_s << u"a/b"_s;
+        QTest::newRow("the home folder") << u"ab"_s << QString();
+    }
+    void theLastFolderIsOpenedAgain()
+    {
+        QFETCH(const QString, row);
+        QFETCH(const QString, folder);
+        open();
+        select(row);
+        dialog->addPaths(inHome({u"a.txt"_s}));
+        button("Add to IPFS"_L1)->click();
+        QCOMPARE(openAppSettings().value(lastFolderKey).toString(), QDir::cleanPath(home->filePath(folder)));
+        open();
+        QCOMPARE(model()->filePath(browser()->rootIndex()), home->path());
+        QTRY_COMPARE(model()->rowCount(browser()->rootIndex()), 7);
+        if (folder.isEmpty())
+            return;
+        QCOMPARE(model()->filePath(browser()->currentIndex()), home->filePath(folder));
+        QVERIFY(browser()->isExpanded(browser()->currentIndex()) && browser()->isExpanded(indexOf(u"a"_s)));
+        QVERIFY(!browser()->selectionModel()->hasSelection());
+        dialog->addPaths(inHome({u"a.txt"_s})); // accepted as it is, it stays the last one
+        button("Add to IPFS"_L1)->click();
+        QCOMPARE(openAppSettings().value(lastFolderKey).toString(), home->filePath(folder));
+    }
+
+    void theLastFolderIsScrolledTo()
+    {
+        for (int i = 0; i < 300; ++i)
+            QVERIFY(makeFile(u"00%1/x"_s.arg(i)));
+        openAppSettings().setValue(lastFolderKey, home->filePath(u"a/b"_s));
+        open();
+        QTRY_COMPARE(model()->rowCount(browser()->rootIndex()), 307);
+        QTRY_VERIFY(browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center()));
+        for (const QString& other : {home->filePath(u"gone"_s), u"/"_s, QString()}) {
+            openAppSettings().setValue(lastFolderKey, other);
+            open();
+            QVERIFY(!browser()->selectionModel()->hasSelection());
+        }
+    }
+
+private:
+    bool makeFile(const QString& name, const QByteArray& content = {}) const
+    {
+        QFile file(home->filePath(name));
+        return QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly)
+            && file.write(content) == content.size();
+    }
+    QStringList inHome(const QStringList& names) const
+    {
+        QStringList paths;
+        for (const QString& name : names)
+            paths.append(home->filePath(name));
+        return paths;
+    }
+    void open()
+    {
+        dialog = std::make_unique<AddToIpfsDialog>(client.get(), false);
+        dialog->show();
+        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    }
+    template <typename Button> Button* byText(QLatin1StringView start) const
+    {
+        for (auto* any : dialog->findChildren<Button*>()) {
+            if (any->text().remove(u'&').startsWith(start))
+                return any;
+        }
+        return nullptr;
+    }
+    QCheckBox* check(QLatin1StringView start) const { return byText<QCheckBox>(start); }
+    QPushButton* button(QLatin1StringView start) const { return byText<QPushButton>(start); }
+    QComboBox* remoteService() const
+    {
+        for (auto* combo : dialog->findChildren<QComboBox*>()) {
+            if (combo->isEditable())
+                return combo;
+        }
+        return nullptr;
+    }
+    QLineEdit* findEdit() const { return dialog->findChild<QLineEdit*>({}, Qt::FindDirectChildrenOnly); }
+    void choose(const QString& destination) const
+    {
+        for (auto* combo : dialog->findChildren<QComboBox*>()) {
+            if (const int item = combo->findData(destination); item >= 0)
+                combo->setCurrentIndex(item);
+        }
+    }
+    QString statusText() const { return dialog->findChild<QLabel*>(u"remoteServicesStatusLabel"_s)->text(); }
+    QTreeWidget* list() const { return dialog->findChild<QTreeWidget*>(); }
+    QTreeView* browser() const { return dialog->findChild<QTreeView*>(u"browserTree"_s); }
+    QFileSystemModel* model() const { return dialog->findChild<QFileSystemModel*>(); }
+    QModelIndex indexOf(const QString& name) const { return model()->index(home->filePath(name)); }
+    void select(const QString& name) const
+    {
+        browser()->selectionModel()->setCurrentIndex(indexOf(name),
+                                                     QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    QStringList rows() const
+    {
+        QStringList paths;
+        for (int row = 0; row < list()->topLevelItemCount(); ++row)
+            paths.append(list()->topLevelItem(row)->text(0));
+        return paths;
+    }
+    /// What "Add to IPFS" says; the dialog has to stay open.
+    QString refusal() const
+    {
+        QString text;
+        const ModalAnswer<QMessageBox> answer([&](QMessageBox& box) {
+            text = box.windowTitle() == "Add to IPFS"_L1 ? box.text() : u"another title"_s;
+            box.accept();
+        });
+        button("Add to IPFS"_L1)->click();
+        return dialog->isVisible() ? text : u"closed"_s;
+    }
+    void pick(QLatin1StringView opener, const QStringList& paths) const
+    {
+        const ModalAnswer<QFileDialog> answer([&](QFileDialog& picker) {
+            auto* name = picker.findChild<QLineEdit*>(u"fileNameEdit"_s);
+            name->setText(paths.size() == 1 ? paths.constFirst() : u"\"%1\""_s.arg(paths.join(u"\" \""_s)));
+            paths.isEmpty() ? picker.reject() : static_cast<QDialog&>(picker).accept();
+        });
+        button(opener)->click();
+        QVERIFY(answer.wasGiven());
+    }
+    /// Returns whether the drag was accepted. The source offers to move the files and to copy them.
+    static bool drop(QWidget* target, const QList<QUrl>& urls)
+    {
+        QMimeData data;
+        data.setUrls(urls);
+        data.setText(u"text"_s);
+        const auto actions = Qt::MoveAction | Qt::CopyAction;
+        QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(target, &enter);
+        QDropEvent event({5, 5}, actions, &data, Qt::LeftButton, {});
+        event.setDropAction(Qt::MoveAction);
+        if (enter.isAccepted())
+            QApplication::sendEvent(target, &event);
+        return enter.isAccepted() && event.isAccepted() && event.dropAction() == Qt::CopyAction;
+    }
+
+    std::unique_ptr<QTemporaryDir> home;
+    std::unique_ptr<FakeNode> node;
+    std::unique_ptr<IpfsClient> client;
+    std::unique_ptr<AddToIpfsDialog> dialog;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_AddToIpfs)
+#include "tst_addtoipfs.moc"
