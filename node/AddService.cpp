@@ -48,12 +48,12 @@ NodeUpload AddService::add(const NodeRequest& head)
     const QByteArray boundary = type->parameters.value("boundary");
     if (boundary.isEmpty())
         return {.head = badRequest(u"no multipart boundary param in Content-Type"_s)};
-    const AddChoices choices = choicesOf(head);
-    if (choices.layout.version != 0 && choices.layout.version != 1)
-        return {.head = NodeAnswer::error("unknown CID version: " + QByteArray::number(choices.layout.version))};
+    const qlonglong version = head.value(u"cid-version"_s).toLongLong();
+    if (version != 0 && version != 1)
+        return {.head = NodeAnswer::error("unknown CID version: " + QByteArray::number(version))};
     NodeUpload upload {.head = NodeAnswer::json({}), .mostUnsent = mostUnsent};
     upload.head.headers.emplaceBack("X-Chunked-Output", "1");
-    upload.onPiece = [session = std::make_shared<AddSession>(choices, boundary, repo)](
+    upload.onPiece = [session = std::make_shared<AddSession>(choicesOf(head), boundary, repo)](
                          const QByteArray& piece, bool isEnd) { return session->take(piece, isEnd); };
     return upload;
 }
