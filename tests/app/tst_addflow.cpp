@@ -132,7 +132,7 @@ private slots:
         QVERIFY(addButton()->isEnabled());
         QVERIFY(!progress()->isVisible());
         const int lists = text.startsWith("Add failed"_L1) ? 2 : 4; // a composite load each
-        QCOMPARE(node->count("/pin/ls"), lists);
+        QTRY_COMPARE(node->count("/pin/ls"), lists);
     }
 
     void oneAddAtATime()
