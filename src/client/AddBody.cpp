@@ -21,8 +21,10 @@ constexpr auto lineEnd = "\r\n";
 /// arrive as something else, or end the reading.
 QByteArray encoded(const QString& text, QByteArrayView special)
 {
-    QByteArray result;
     const QByteArray bytes = text.toUtf8();
+    if (std::ranges::none_of(bytes, [special](char byte) { return special.contains(byte); }))
+        return bytes;
+    QByteArray result;
     for (const char byte : bytes) {
         if (special.contains(byte))
             result.append('%').append(QByteArray(1, byte).toHex().toUpper());

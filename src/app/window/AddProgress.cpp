@@ -5,6 +5,7 @@
 #include "PlainText.h"
 
 #include <QLabel>
+#include <QProgressBar>
 #include <QProgressDialog>
 
 #include <algorithm>
@@ -36,9 +37,11 @@ void AddProgress::start()
     if (!addProgressDialog) {
         addProgressDialog = new QProgressDialog(parent);
         addProgressDialog->setWindowTitle(tr("Add to IPFS"));
-        QLabel* label = newPlainLabel({}, addProgressDialog);
+        label = newPlainLabel({}, addProgressDialog);
         label->setAlignment(Qt::AlignCenter);
         addProgressDialog->setLabel(label);
+        bar = new QProgressBar(addProgressDialog);
+        addProgressDialog->setBar(bar);
         addProgressDialog->setCancelButton(nullptr);
         addProgressDialog->setAutoClose(false);
         addProgressDialog->setAutoReset(false);
@@ -49,8 +52,8 @@ void AddProgress::start()
     objectText = tr("Preparing upload…");
     bytesText.clear();
     showTexts();
-    addProgressDialog->setRange(0, 0);
-    addProgressDialog->setValue(0);
+    bar->setRange(0, 0);
+    bar->setValue(0);
     addProgressDialog->show();
 }
 
@@ -66,16 +69,16 @@ void AddProgress::showObject(const QString& name, int processed, int total)
         return;
     if (total < 1) {
         objectText = tr("Uploading\n%1").arg(shortName(name));
-        addProgressDialog->setRange(0, 0);
+        bar->setRange(0, 0);
         showTexts();
         return;
     }
     const int done = std::min(processed, total);
     objectText = tr("Uploading %1 of %2\n%3").arg(QString::number(done), QString::number(total), shortName(name));
-    if (addProgressDialog->maximum() != total)
-        addProgressDialog->setRange(0, total);
+    if (bar->maximum() != total)
+        bar->setRange(0, total);
+    bar->setValue(done);
     showTexts();
-    addProgressDialog->setValue(done); // last: runs the event loop
 }
 
 void AddProgress::showBytes(qint64 sent, qint64 total)
@@ -85,16 +88,21 @@ void AddProgress::showBytes(qint64 sent, qint64 total)
         showTexts();
 }
 
+/// Setting the dialog's text measures it, ten thousand times for as many files; that is needed when it gets a new line.
 void AddProgress::showTexts()
 {
-    addProgressDialog->setLabelText(bytesText.isEmpty() ? objectText : objectText + u'\n' + bytesText);
+    const QString text = bytesText.isEmpty() ? objectText : objectText + u'\n' + bytesText;
+    if (text.count(u'\n') == label->text().count(u'\n'))
+        label->setText(text);
+    else
+        addProgressDialog->setLabelText(text);
 }
 
 void AddProgress::finish(bool well)
 {
     if (!isShown())
         return;
-    if (well && addProgressDialog->maximum() > 0)
-        addProgressDialog->setValue(addProgressDialog->maximum());
+    if (well && bar->maximum() > 0)
+        bar->setValue(bar->maximum());
     addProgressDialog->hide();
 }

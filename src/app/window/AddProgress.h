@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+class QLabel;
+class QProgressBar;
 class QProgressDialog;
 class QWidget;
 
@@ -30,6 +32,8 @@ private:
 
     QWidget* parent;
     QProgressDialog* addProgressDialog = nullptr; ///< made at the first start
+    QLabel* label = nullptr;
+    QProgressBar* bar = nullptr; ///< its own: a modal progress dialog's setValue runs the event loop for each object
     QString objectText {};
     QString bytesText {};
 };
