@@ -20,7 +20,6 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSet>
-#include <QTimer>
 #include <QTreeView>
 #include <QTreeWidget>
 
@@ -96,19 +95,21 @@ void AddToIpfsDialog::goToLastFolder()
         browserTree->expand(index);
     // Not selected: nobody has chosen it to be added.
     browserTree->selectionModel()->setCurrentIndex(lastFolder, QItemSelectionModel::NoUpdate);
-    connect(fileSystemModel, &QFileSystemModel::directoryLoaded, this, &AddToIpfsDialog::showLastFolder);
+    connect(fileSystemModel, &QFileSystemModel::directoryLoaded, this, &AddToIpfsDialog::onDirectoryLoaded);
+    connect(fileSystemModel, &QFileSystemModel::layoutChanged, this, &AddToIpfsDialog::onRowsSorted);
 }
 
-/// Rows that come in above the folder move it out of sight, unless the user has gone elsewhere meanwhile.
-void AddToIpfsDialog::showLastFolder(const QString& loadedFolder)
+/// Rows that come in above the last folder move it out of sight. They are sorted some time after this.
+void AddToIpfsDialog::onDirectoryLoaded(const QString& path)
 {
     const QString folder = fileSystemModel->filePath(lastFolder);
-    if (folder != loadedFolder && !isInside(folder, loadedFolder))
-        return;
-    QTimer::singleShot(0, this, [this] { // after the model has sorted them
-        if (lastFolder.isValid() && browserTree->currentIndex() == lastFolder)
-            browserTree->scrollTo(lastFolder, QAbstractItemView::PositionAtCenter);
-    });
+    lastFolderMoves = path == folder || isInside(folder, path); // else the user is opening another folder
+}
+
+void AddToIpfsDialog::onRowsSorted()
+{
+    if (std::exchange(lastFolderMoves, false) && browserTree->currentIndex() == lastFolder)
+        browserTree->scrollTo(lastFolder, QAbstractItemView::PositionAtCenter);
 }
 
 /// A row that is current but not selected is one that the focus came to by itself: nobody has been there.

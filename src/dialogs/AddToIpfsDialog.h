@@ -73,7 +73,8 @@ private:
     void askForServices();
 
     void goToLastFolder();
-    void showLastFolder(const QString& loadedFolder);
+    void onDirectoryLoaded(const QString& path);
+    void onRowsSorted();
     void storeLastFolder() const;
     void onDeletePressed();
     void updateSelectedTree();
@@ -97,5 +98,6 @@ private:
     IpfsClient* client;
     QStringList selectedPaths; ///< absolute, sorted, each once, none inside another; some may be gone meanwhile
     [[maybe_unused]] bool trialMode;
-    QPersistentModelIndex lastFolder; ///< where the browser was the last time; invalid once the user has moved on
+    QPersistentModelIndex lastFolder; ///< where the browser was the last time
+    bool lastFolderMoves = false;     ///< what is above it or in it has been loaded and not sorted yet
 };

@@ -8,8 +8,8 @@
 #include "ModalAnswer.h"
 #include "TestMain.h"
 
+#include <QAbstractButton>
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
@@ -18,7 +18,6 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
@@ -44,9 +43,9 @@ private slots:
         openAppSettings().clear();
         home = std::make_unique<QTemporaryDir>();
         qputenv("HOME", home->path().toLocal8Bit());
-        for (const QString& name : {u"a.txt"_s, u"a/b/c"_s, u"ab"_s, u"B"_s, u"1/a.txt"_s, u"1/a.txt-2"_s, u"2/a.txt"_s,
-                                    u"3/a.txt"_s, u"3/a.txt-2"_s, u"3/ ab "_s})
-            QVERIFY(makeFile(name));
+        for (const QString& path : inHome(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s))
+            QVERIFY(makeFile(path));
+        QVERIFY(makeFile(home->filePath(u" ab "_s)));
         node = std::make_unique<FakeNode>();
         node->answer(servicesPath, NodeAnswer::hold());
         client = std::make_unique<IpfsClient>();
@@ -56,55 +55,50 @@ private slots:
 
     void pathsAreNormalized_data()
     {
-        QTest::addColumn<QStringList>("chosen");
-        QTest::addColumn<QStringList>("kept");
-        QTest::newRow("what is in a folder, a.txt sorts between")
-            << QStringList {u"a/b/c"_s, u"a.txt"_s, u"a"_s, u"a/b"_s} << QStringList {u"a"_s, u"a.txt"_s};
-        QTest::newRow("the folder comes first") << QStringList {u"a"_s, u"a/b"_s} << QStringList {u"a"_s};
-        QTest::newRow("a sibling's name only begins like it")
-            << QStringList {u"ab"_s, u"a"_s} << QStringList {u"a"_s, u"ab"_s};
-        QTest::newRow("one path in several forms")
-            << QStringList {u"a/"_s, u"./a"_s, u"a//b/.."_s, u"a"_s} << QStringList {u"a"_s};
-        QTest::newRow("upper case first") << QStringList {u"a"_s, u"B"_s} << QStringList {u"B"_s, u"a"_s};
-        QTest::newRow("gone") << QStringList {u"a/gone"_s, u"gone"_s} << QStringList {};
+        QTest::addColumn<QString>("chosen");
+        QTest::addColumn<QString>("kept");
+        QTest::newRow("what is in a folder; a.txt sorts between") << u"a/b/c a.txt a a/b"_s << u"a a.txt"_s;
+        QTest::newRow("the folder comes first") << u"a a/b"_s << u"a"_s;
+        QTest::newRow("a sibling's name begins like it") << u"ab a"_s << u"a ab"_s;
+        QTest::newRow("one path in several forms") << u"a/ ./a a//b/.. a"_s << u"a"_s;
+        QTest::newRow("upper case first") << u"a B"_s << u"B a"_s;
+        QTest::newRow("gone") << u"a/gone gone"_s << QString();
     }
     void pathsAreNormalized()
     {
-        QFETCH(const QStringList, chosen);
-        QFETCH(const QStringList, kept);
+        QFETCH(const QString, chosen);
+        QFETCH(const QString, kept);
         QCOMPARE(normalizedPaths(inHome(chosen)), inHome(kept));
         QCOMPARE(normalizedPaths({home->path(), u"/"_s, QString()}), QStringList {u"/"_s});
     }
 
     void namesAreUnique_data()
     {
-        QTest::addColumn<QStringList>("paths");
-        QTest::addColumn<QStringList>("names");
-        QTest::newRow("counted") << QStringList {u"1/a.txt"_s, u"2/a.txt"_s, u"gone"_s, u"3/a.txt"_s, u"ab"_s}
-                                 << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-3"_s, u"ab"_s};
+        QTest::addColumn<QString>("paths");
+        QTest::addColumn<QString>("names");
+        QTest::newRow("counted") << u"1/a.txt 2/a.txt gone 3/a.txt ab"_s << u"a.txt a.txt-2 a.txt-3 ab"_s;
         QTest::newRow("one is really called so, and comes before")
-            << QStringList {u"1/a.txt"_s, u"1/a.txt-2"_s, u"2/a.txt"_s, u"3/a.txt"_s}
-            << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-3"_s, u"a.txt-4"_s};
-        QTest::newRow("or after") << QStringList {u"1/a.txt"_s, u"2/a.txt"_s, u"3/a.txt-2"_s, u"1/a.txt-2"_s}
-                                  << QStringList {u"a.txt"_s, u"a.txt-2"_s, u"a.txt-2-2"_s, u"a.txt-2-3"_s};
-        QTest::newRow("trimmed") << QStringList {u"3/ ab "_s, u"ab"_s} << QStringList {u"ab"_s, u"ab-2"_s};
+            << u"1/a.txt 1/a.txt-2 2/a.txt 3/a.txt"_s << u"a.txt a.txt-2 a.txt-3 a.txt-4"_s;
+        QTest::newRow("or after") << u"1/a.txt 2/a.txt 3/a.txt-2 1/a.txt-2"_s << u"a.txt a.txt-2 a.txt-2-2 a.txt-2-3"_s;
     }
     void namesAreUnique()
     {
-        QFETCH(const QStringList, paths);
+        QFETCH(const QString, paths);
         QStringList names;
         for (const LocalPathSelection& selection : uploadSelections(inHome(paths)))
             names.append(selection.name);
-        QTEST(names, "names");
-        QCOMPARE(uploadSelections({u"/"_s}), QList<LocalPathSelection>({{u"/"_s, u"item"_s, true}}));
+        QTEST(names.join(u' '), "names");
+        const QList<LocalPathSelection> odd {{u"/"_s, u"item"_s, true}, {home->filePath(u" ab "_s), u"ab"_s, false}};
+        QCOMPARE(uploadSelections({u"/"_s, home->filePath(u" ab "_s)}), odd);
     }
 
     void typesComeFromSuffixes()
     {
-        QVERIFY(makeFile(u"none"_s, "%PDF-1.4") && makeFile(u"x.pdf"_s, "text") && makeFile(u"x.of-no-type"_s));
+        QVERIFY(makeFile(home->filePath(u"none"_s), "%PDF-1.4") && makeFile(home->filePath(u"x.pdf"_s), "text")
+                && makeFile(home->filePath(u"x.of-no-type"_s)));
         const FileTypeProvider provider;
         QStringList types;
-        for (const QString& path : inHome({u"none"_s, u"x.pdf"_s, u"x.of-no-type"_s, u"a"_s}))
+        for (const QString& path : inHome(u"none x.pdf x.of-no-type a"_s))
             types.append(provider.type(QFileInfo(path)));
         QCOMPARE(types, QStringList({u"File"_s, u"PDF document"_s, u"File"_s, u"Folder"_s}));
     }
@@ -123,19 +117,19 @@ private slots:
             expected.pin = pin;
             expected.unpinLocalAfterRemote = unpin;
             QCOMPARE(dialog->options(), expected);
-            QCOMPARE(check("Pin"_L1)->isEnabled(), !remote);
+            QCOMPARE(button("Pin"_L1)->isEnabled(), !remote);
             for (const QWidget* field : {static_cast<QWidget*>(remoteService()), static_cast<QWidget*>(findEdit()),
-                                         static_cast<QWidget*>(check("Unpin"_L1))})
+                                         static_cast<QWidget*>(button("Unpin"_L1))})
                 QCOMPARE(field->isEnabled(), remote);
         };
-        check("Pin"_L1)->setChecked(false);
+        button("Pin"_L1)->setChecked(false);
         verify(u"local"_s, false, false, false);
         verify(u"both"_s, true, true, false);
         verify(u"local"_s, false, true, false);
         verify(u"remote"_s, true, true, true);
         verify(u"both"_s, true, true, true);
-        check("Wrap"_L1)->setChecked(false);
-        check("Only"_L1)->setChecked(true);
+        button("Wrap"_L1)->setChecked(false);
+        button("Only"_L1)->setChecked(true);
         auto* version = dialog->findChildren<QComboBox*>().constFirst();
         version->setCurrentIndex(version->findData(0));
         expected.wrapWithDirectory = false;
@@ -148,9 +142,9 @@ private slots:
     {
         open();
         QCOMPARE(refusal(), u"Select at least one file or folder first."_s);
-        dialog->addPaths(inHome({u"a"_s}));
+        dialog->addPaths(inHome(u"a"_s));
         choose(u"both"_s);
-        check("Only"_L1)->setChecked(true);
+        button("Only"_L1)->setChecked(true);
         remoteService()->setEditText(u"  "_s);
         QCOMPARE(refusal(), u"Remote service is required for remote pinning."_s);
         remoteService()->setEditText(u" svc "_s);
@@ -164,50 +158,42 @@ private slots:
         QVERIFY(!openAppSettings().contains(lastFolderKey)); // nobody has been in the browser
     }
 
-    void services_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QStringList>("items");
-        QTest::addColumn<QString>("nickname");
-        QTest::addColumn<QString>("status");
-        const QByteArray two = R"({"RemoteServices":[{"Service":" b "},{"Service":"a","ApiEndpoint":"x"}]})";
-        const QStringList items {u"b"_s, u"a"_s};
-        const QString loaded = u"Loaded 2 configured service(s)."_s;
-        QTest::newRow("the first") << QString() << QString() << two << items << u"b"_s << loaded;
-        QTest::newRow("what was typed") << QString() << u"c "_s << two << items << u"c"_s << loaded;
-        QTest::newRow("the stored one") << u"a"_s << u"c"_s << two << items << u"a"_s << loaded;
-        QTest::newRow("stored, not known any more") << u"old"_s << QString() << two << items << u"old"_s << loaded;
-        QTest::newRow("none") << QString() << QString() << QByteArray(R"({"RemoteServices":[]})") << QStringList()
-                              << QString()
-                              << u"No configured services found. Configure one in File -> Remote Services."_s;
-        QTest::newRow("no answer") << u"old"_s << u"c"_s << QByteArray("<b>") << QStringList() << u"c"_s
-                                   << u"Could not load services: "_s;
-    }
     void services()
     {
-        QFETCH(const QString, stored);
-        QFETCH(const QString, typed);
-        QFETCH(const QByteArray, body);
-        QFETCH(const QString, status);
-        openAppSettings().setValue(nicknameKey, stored);
-        open();
-        QCOMPARE(statusText(), u"Loading configured remote services..."_s);
-        remoteService()->setEditText(typed);
-        QTRY_COMPARE(node->heldCount(servicesPath), 1);
-        node->release(servicesPath, NodeAnswer::json(body));
-        QTRY_VERIFY(statusText() != u"Loading configured remote services..."_s);
-        QVERIFY2(statusText().startsWith(status), qPrintable(statusText()));
-        QStringList items;
-        for (int item = 0; item < remoteService()->count(); ++item)
-            items.append(remoteService()->itemText(item));
-        QTEST(items, "items");
-        QTEST(dialog->options().remoteServiceNickname, "nickname");
-    }
-
-    void withoutAClient()
-    {
+        struct Case
+        {
+            QString stored, typed;
+            QByteArray body;
+            QStringList items;
+            QString nickname, status;
+        };
+        const QByteArray two = R"({"RemoteServices":[{"Service":" b "},{"Service":"a","ApiEndpoint":"x"}]})";
+        const QByteArray none = R"({"RemoteServices":[]})";
+        const QStringList items {u"b"_s, u"a"_s};
+        const QString loading = u"Loading configured remote services..."_s;
+        const QString loaded = u"Loaded 2 configured service(s)."_s;
+        const QString empty = u"No configured services found. Configure one in File -> Remote Services."_s;
+        const QList<Case> cases {{{}, {}, two, items, u"b"_s, loaded},
+                                 {{}, u"c "_s, two, items, u"c"_s, loaded},
+                                 {u" a "_s, u"c"_s, two, items, u"a"_s, loaded},
+                                 {u"no longer known"_s, {}, two, items, u"no longer known"_s, loaded},
+                                 {{}, {}, none, {}, {}, empty},
+                                 {u"a"_s, u"c"_s, "<b>", {}, u"c"_s, u"Could not load services: "_s}};
+        for (const Case& is : cases) {
+            openAppSettings().setValue(nicknameKey, is.stored);
+            open();
+            QCOMPARE(statusText(), loading);
+            remoteService()->setEditText(is.typed);
+            QTRY_COMPARE(node->heldCount(servicesPath), 1);
+            node->release(servicesPath, NodeAnswer::json(is.body));
+            QTRY_VERIFY(statusText() != loading);
+            QVERIFY2(statusText().startsWith(is.status), qPrintable(statusText()));
+            QStringList listed;
+            for (int item = 0; item < remoteService()->count(); ++item)
+                listed.append(remoteService()->itemText(item));
+            QCOMPARE(listed, is.items);
+            QCOMPARE(dialog->options().remoteServiceNickname, is.nickname);
+        }
         dialog = std::make_unique<AddToIpfsDialog>(nullptr, true);
         QCOMPARE(statusText(), u"Remote service list unavailable."_s);
     }
@@ -215,19 +201,19 @@ private slots:
     void listFollowsWhatIsChosen()
     {
         open();
-        dialog->addPaths(inHome({u"a/b/c"_s, u"ab"_s, u"a.txt"_s}));
-        dialog->addPaths(inHome({u"a"_s}));
-        QCOMPARE(rows(), inHome({u"a"_s, u"a.txt"_s, u"ab"_s}));
+        dialog->addPaths(inHome(u"a/b/c ab a.txt"_s));
+        dialog->addPaths(inHome(u"a"_s));
+        QCOMPARE(rows(), inHome(u"a a.txt ab"_s));
         QCOMPARE(list()->topLevelItem(0)->text(1) + list()->topLevelItem(1)->text(1), u"DirectoryFile"_s);
         list()->setFocus();
         list()->setCurrentItem(list()->topLevelItem(1));
         QTest::keyClick(list(), Qt::Key_Delete);
-        QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
+        QCOMPARE(rows(), inHome(u"a ab"_s));
         QTest::keyClick(list(), Qt::Key_Delete); // the one that has taken its place
         QTest::keyClick(list(), Qt::Key_Delete);
         QTest::keyClick(list(), Qt::Key_Delete);
         QCOMPARE(rows(), QStringList());
-        dialog->addPaths(inHome({u"ab"_s, u"a.txt"_s}));
+        dialog->addPaths(inHome(u"ab a.txt"_s));
         QVERIFY(QFile::remove(home->filePath(u"ab"_s)));
         QCOMPARE(dialog->selections(), QList<LocalPathSelection>({{home->filePath(u"a.txt"_s), u"a.txt"_s, false}}));
         button("Clear"_L1)->click();
@@ -237,32 +223,33 @@ private slots:
     void filesAndFoldersArePicked()
     {
         open();
-        pick("Add files"_L1, inHome({u"ab"_s, u"a.txt"_s}));
-        QCOMPARE(rows(), inHome({u"a.txt"_s, u"ab"_s}));
-        pick("Add folder"_L1, inHome({u"a"_s}));
+        pick("Add files"_L1, inHome(u"ab a.txt"_s));
+        QCOMPARE(rows(), inHome(u"a.txt ab"_s));
+        pick("Add folder"_L1, inHome(u"a"_s));
         pick("Add folder"_L1, {});
-        QCOMPARE(rows(), inHome({u"a"_s, u"a.txt"_s, u"ab"_s}));
+        QCOMPARE(rows(), inHome(u"a a.txt ab"_s));
     }
 
     void returnAddsFromTheBrowser()
     {
         open();
         browser()->setFocus();
+        const ModalAnswer<QMessageBox> refused([](QMessageBox& box) { box.accept(); });
         QTest::keyClick(browser(), Qt::Key_Return); // nothing is selected
         select(u"a"_s);
         QTest::keyClick(browser(), Qt::Key_Enter, Qt::KeypadModifier);
-        QCOMPARE(rows(), inHome({u"a"_s}));
+        QCOMPARE(rows(), inHome(u"a"_s));
         select(u"ab"_s);
         button("Add selected"_L1)->click();
-        QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
-        QVERIFY(dialog->isVisible());
+        QCOMPARE(rows(), inHome(u"a ab"_s));
+        QVERIFY(dialog->isVisible() && !refused.wasGiven());
     }
 
     void theTabKeyGoesAsItIsRead()
     {
         open();
         choose(u"both"_s);
-        check("Wrap"_L1)->setFocus();
+        button("Wrap"_L1)->setFocus();
         QStringList order;
         for (int i = 0; i < 9; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -287,14 +274,14 @@ private slots:
     {
         open();
         choose(u"both"_s);
-        QVERIFY(!drop(list()->viewport(), {QUrl(u"https://example.org/a"_s)}));
+        QVERIFY(!drop(list()->viewport(), {QUrl(u"https://example.org/a"_s), QUrl(u"file://elsewhere/tmp"_s)}));
         for (QWidget* target : {browser()->viewport(), list()->viewport(), static_cast<QWidget*>(findEdit()),
                                 static_cast<QWidget*>(remoteService()->lineEdit())}) {
             const QUrl here(u"file://localhost"_s + home->filePath(u"ab"_s));
             QVERIFY(drop(target,
                          {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'), here,
                           QUrl(u"file://elsewhere/tmp"_s)}));
-            QCOMPARE(rows(), inHome({u"a"_s, u"ab"_s}));
+            QCOMPARE(rows(), inHome(u"a ab"_s));
             QCOMPARE(dialog->options().remotePinLabel + dialog->options().remoteServiceNickname, QString());
             button("Clear"_L1)->click();
         }
@@ -314,48 +301,46 @@ private slots:
         QFETCH(const QString, folder);
         open();
         select(row);
-        dialog->addPaths(inHome({u"a.txt"_s}));
+        dialog->addPaths(inHome(u"a.txt"_s));
         button("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), QDir::cleanPath(home->filePath(folder)));
         open();
         QCOMPARE(model()->filePath(browser()->rootIndex()), home->path());
-        QTRY_COMPARE(model()->rowCount(browser()->rootIndex()), 7);
+        QTRY_COMPARE(model()->rowCount(browser()->rootIndex()), 8);
         if (folder.isEmpty())
             return;
         QCOMPARE(model()->filePath(browser()->currentIndex()), home->filePath(folder));
         QVERIFY(browser()->isExpanded(browser()->currentIndex()) && browser()->isExpanded(indexOf(u"a"_s)));
         QVERIFY(!browser()->selectionModel()->hasSelection());
-        dialog->addPaths(inHome({u"a.txt"_s})); // accepted as it is, it stays the last one
+        dialog->addPaths(inHome(u"a.txt"_s)); // accepted as it is, it stays the last one
         button("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), home->filePath(folder));
     }
 
     void theLastFolderIsScrolledTo()
     {
-        for (int i = 0; i < 300; ++i)
-            QVERIFY(makeFile(u"00%1/x"_s.arg(i)));
+        constexpr int above = 300;
+        for (int i = 0; i < above; ++i)
+            QVERIFY(QDir().mkdir(home->filePath(u"00%1"_s.arg(i))));
         openAppSettings().setValue(lastFolderKey, home->filePath(u"a/b"_s));
         open();
-        QTRY_COMPARE(model()->rowCount(browser()->rootIndex()), 307);
-        QTRY_VERIFY(browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center()));
-        for (const QString& other : {home->filePath(u"gone"_s), u"/"_s, QString()}) {
-            openAppSettings().setValue(lastFolderKey, other);
-            open();
-            QVERIFY(!browser()->selectionModel()->hasSelection());
-        }
+        const auto inSight = [this] {
+            return browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center());
+        };
+        QTRY_VERIFY(indexOf(u"a"_s).row() >= above && inSight());
     }
 
 private:
-    bool makeFile(const QString& name, const QByteArray& content = {}) const
+    static bool makeFile(const QString& path, const QByteArray& content = {})
     {
-        QFile file(home->filePath(name));
-        return QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly)
+        QFile file(path);
+        return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
             && file.write(content) == content.size();
     }
-    QStringList inHome(const QStringList& names) const
+    QStringList inHome(const QString& names) const
     {
         QStringList paths;
-        for (const QString& name : names)
+        for (const QString& name : names.split(u' ', Qt::SkipEmptyParts))
             paths.append(home->filePath(name));
         return paths;
     }
@@ -365,16 +350,14 @@ private:
         dialog->show();
         QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
     }
-    template <typename Button> Button* byText(QLatin1StringView start) const
+    QAbstractButton* button(QLatin1StringView start) const
     {
-        for (auto* any : dialog->findChildren<Button*>()) {
+        for (auto* any : dialog->findChildren<QAbstractButton*>()) {
             if (any->text().remove(u'&').startsWith(start))
                 return any;
         }
         return nullptr;
     }
-    QCheckBox* check(QLatin1StringView start) const { return byText<QCheckBox>(start); }
-    QPushButton* button(QLatin1StringView start) const { return byText<QPushButton>(start); }
     QComboBox* remoteService() const
     {
         for (auto* combo : dialog->findChildren<QComboBox*>()) {
