@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Takes the pictures of the user guide, of the real window and its dialogs before a demo node, for `make screenshots`.
 
+#include "ActionBox.h"
+#include "AddToIpfsDialog.h"
 #include "AppSettings.h"
 #include "Appearance.h"
 #include "DemoNode.h"
@@ -9,16 +11,17 @@
 #include "LogDialog.h"
 #include "MainWindow.h"
 #include "PicturePalette.h"
+#include "PictureSample.h"
+#include "PictureSteps.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "SettingsDialog.h"
+#include "StatusLabel.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDeadlineTimer>
 #include <QDir>
-#include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
@@ -26,6 +29,7 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QSettings>
 #include <QTableView>
@@ -35,11 +39,8 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -50,71 +51,12 @@ constexpr QSize windowSize(1280, 800);
 constexpr quint16 usualPort = 5001; // so that the pictures show what most people see
 constexpr int pinCount = 60;
 constexpr int looseBlocks = 12;
-constexpr auto patience = 30s;
 constexpr auto repaintTime = 50ms;            // after it sizes and scroll bars have settled
 constexpr qint64 largestPicture = 150 * 1024; // bytes
 constexpr int strongestCompression = 0;       // as a quality
 
 constexpr auto album = "photos summer 2024"_L1;
 constexpr auto archive = "photo archive"_L1;
-
-[[noreturn]] void fail(const QString& problem)
-{
-    std::fprintf(stderr, "%s\n", qPrintable(problem));
-    std::exit(1);
-}
-
-void need(bool holds, const QString& problem)
-{
-    if (!holds)
-        fail(problem);
-}
-
-/// A warning spoils the pictures, but for what a screen without a window manager can't do.
-void failOnWarning(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
-{
-    const bool isHarmless
-        = type == QtDebugMsg || type == QtInfoMsg || text.startsWith("This plugin does not support "_L1);
-    if (!isHarmless)
-        fail(text);
-}
-
-void wait(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no nested loop would do it
-}
-
-/// Waits until `condition` holds; ends the program with `problem` if it does not in time.
-template <typename Condition> void awaitThat(const Condition& condition, const QString& problem)
-{
-    const QDeadlineTimer deadline(patience);
-    while (!condition() && !deadline.hasExpired())
-        wait(5ms);
-    need(condition(), problem);
-}
-
-/// Calls `act` with the dialog that is about to be executed, from that dialog's own event loop.
-template <typename Dialog, typename Act> void inNext(const Act& act)
-{
-    QTimer::singleShot(0, qApp, [act] {
-        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        need(dialog, u"no dialog came"_s);
-        act(*dialog);
-    });
-}
-
-/// As inNext, with the context menu that is about to come; it is closed afterwards.
-template <typename Act> void inNextMenu(const Act& act)
-{
-    QTimer::singleShot(0, qApp, [act] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        need(menu, u"no context menu came"_s);
-        act(*menu);
-    });
-}
 
 } // namespace
 
@@ -133,10 +75,10 @@ public:
     void run()
     {
         openWindow();
-        for (const auto picture :
-             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
-              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
-              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error}) {
+        for (const auto picture : {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+                                   &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+                                   &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog,
+                                   &Screenshots::error, &Screenshots::addDialog, &Screenshots::addProgress}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -257,11 +199,9 @@ private:
             take(&dialog, "settings"_L1);
             dialog.reject();
         });
-        const QList<QAction*> actions = window->menuBar()->findChildren<QAction*>();
-        const auto settings
-            = std::ranges::find(actions, QKeySequence(Qt::CTRL | Qt::Key_Comma), [](auto* a) { return a->shortcut(); });
-        need(settings != actions.end(), u"there is no entry for the settings"_s);
-        (*settings)->trigger();
+        menuEntry([](const QAction* action) {
+            return action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Comma);
+        })->trigger();
     }
 
     /// The node refuses a foreign Origin: both lists and the node's identity.
@@ -271,6 +211,60 @@ private:
         refreshButton()->click();
         awaitThat([this] { return window->statusLog().filter(u"  Error: "_s).size() == 3; }, u"no errors came"_s);
         take(window.get(), "error"_L1);
+        openAppSettings().setValue(SettingsKeys::sendOrigin, false);
+    }
+
+    /// In a home folder of its own.
+    void addDialog()
+    {
+        makeSample(home);
+        inNext<AddToIpfsDialog>([this](AddToIpfsDialog& dialog) {
+            auto* browser = dialog.findChild<QTreeView*>(); // the list of what is added is one too, and comes later
+            const QPersistentModelIndex documents = rowThatComes(*browser, browser->rootIndex(), u"Documents"_s);
+            browser->expand(documents);
+            browser->setCurrentIndex(rowThatComes(*browser, documents, u"minutes.odt"_s));
+            const auto* services = dialog.findChild<StatusLabel*>();
+            awaitThat([services] { return !services->text().startsWith(u"Loading "_s); }, u"no services came"_s);
+            dialog.addPaths(sampleSelection(home));
+            showHome(*dialog.findChild<QTreeWidget*>());
+            take(&dialog, "add-dialog"_L1);
+            dialog.accept();
+        });
+        menuEntry([](const QAction* action) {
+            return action->text().remove(u'&').startsWith(u"Add to IPFS"_s);
+        })->trigger();
+    }
+
+    /// Of the add that addDialog has begun.
+    void addProgress()
+    {
+        bool isDone = false;
+        inComing<ActionBox>([this, &isDone](ActionBox& box) {
+            take(&box, "add-result"_L1);
+            box.accept();
+            isDone = true;
+        });
+        auto* progress = window->findChild<QProgressDialog*>();
+        need(progress, u"no progress is shown"_s);
+        awaitThat([progress] { return progress->maximum() > 0 && progress->value() > progress->maximum() / 2; },
+                  u"no progress came"_s);
+        keep(progress->grab(), "add-progress"_L1);
+        awaitThat([&isDone] { return isDone; }, u"the add did not end"_s);
+    }
+
+    void showHome(const QTreeWidget& paths) const
+    {
+        for (int row = 0; row < paths.topLevelItemCount(); ++row) {
+            QTreeWidgetItem* item = paths.topLevelItem(row);
+            item->setText(0, item->text(0).replace(home.path(), u"/home/ada"_s));
+        }
+    }
+    static QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& parent, const QString& name)
+    {
+        const QAbstractItemModel* rows = tree.model();
+        const auto find = [&] { return rows->match(rows->index(0, 0, parent), Qt::DisplayRole, name).value(0); };
+        awaitThat([&find] { return find().isValid(); }, u"there is no "_s + name);
+        return find();
     }
 
     static std::unique_ptr<DemoNode> newNode()
@@ -294,6 +288,13 @@ private:
         return qobject_cast<QComboBox*>((*caption)->buddy());
     }
     QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
+    template <typename Test> QAction* menuEntry(const Test& test) const
+    {
+        const QList<QAction*> actions = window->menuBar()->findChildren<QAction*>();
+        const auto entry = std::ranges::find_if(actions, test);
+        need(entry != actions.end(), u"a menu's entry is not there"_s);
+        return *entry;
+    }
     QStringList cells(int section) const
     {
         QStringList texts;
@@ -372,6 +373,7 @@ private:
     }
 
     QString folder;
+    QTemporaryDir home {}; ///< with the files that are added
     std::unique_ptr<DemoNode> node;
     std::unique_ptr<MainWindow> window;
 };

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "PictureSteps.h"
+
+#include <QEventLoop>
+
+#include <cstdio>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+void fail(const QString& problem)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(problem));
+    std::exit(1);
+}
+
+void need(bool holds, const QString& problem)
+{
+    if (!holds)
+        fail(problem);
+}
+
+void failOnWarning(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+{
+    const bool isHarmless
+        = type == QtDebugMsg || type == QtInfoMsg || text.startsWith("This plugin does not support "_L1);
+    if (!isHarmless)
+        fail(text);
+}
+
+void wait(std::chrono::milliseconds time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no nested loop would do it
+}
