@@ -137,11 +137,3 @@ void IpfsClient::onNodeInfoReplyFinished(QNetworkReply* reply)
     if (answer.isObject())
         emit nodeInfoReceived(answer["ID"_L1].toString(), answer["AgentVersion"_L1].toString());
 }
-
-JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action)
-{
-    reply->deleteLater();
-    const QByteArray body = reply->readAll();
-    return reply->error() == QNetworkReply::NoError ? judgeJsonReply(body, action)
-                                                    : failedJsonReply(body, reply->errorString(), action);
-}

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "AddRecords.h"
-#include "JsonReply.h"
 #include "LsEntry.h"
 #include "MetadataQueue.h"
 #include "PinLoad.h"
@@ -185,10 +184,10 @@ private:
 
     // Unpinning: IpfsClient_unpin.cpp. A failure is errorOccurred, possibly after unpinned or pinsMayHaveChanged.
 public:
-    /// Removes pins by one "/pin/rm", with `normalizeCids` after each CID was rewritten to version 0 by "/cid/format",
-    /// as far as it can be. Ends with unpinned or a failure. Where the node has no pin under a rewritten CID, what is
-    /// left of the batch is gone through one CID at a time, and it can end with both, in this order. Unpins that
-    /// overlap do not meet, and no cancel touches one. Blank texts are left out; if no other is there, nothing happens.
+    /// Removes pins by one "/pin/rm", or as many as a node's limit of a request asks for, with `normalizeCids` after
+    /// each CID was rewritten to version 0 by "/cid/format", as far as it can be. Ends with unpinned or a failure.
+    /// Where the node has no pin under a rewritten CID, what is left of the batch is gone through one CID at a time,
+    /// and it can end with both, in this order. Unpins that overlap do not meet, and no cancel touches one.
     void unpin(const QList<QString>& cids, bool normalizeCids);
 
 signals:
@@ -213,6 +212,7 @@ private:
     void removePins(const std::shared_ptr<UnpinBatch>& batch);
     void listPinsLeft(const std::shared_ptr<UnpinBatch>& batch);
     void removeNextPin(const std::shared_ptr<UnpinBatch>& batch);
+    void reportRemoved(const UnpinBatch& batch);
     void reportFailedUnpin(const QNetworkReply* reply);
     void finishUnpin(const UnpinBatch& batch);
     void shareRemovals(const QStringList& removed);
@@ -221,10 +221,9 @@ private:
     // catFailed alone.
 public:
     /// "/ls". Ends with lsReceived.
-    /// Aborted in silence when `owner` is destroyed.
     void fetchLs(const QString& cid, QObject* owner = nullptr);
-    /// "/cat". Ends with catReceived, or with catFailed, also if fewer bytes came than the node announced.
-    /// Aborted in silence when `owner` is destroyed.
+    /// "/cat". Ends with catReceived, or with catFailed, also if fewer bytes came than the node announced. Aborted in
+    /// silence when `owner` is destroyed, as fetchLs.
     void fetchCat(const QString& cid, QObject* owner = nullptr);
 
 signals:
@@ -299,6 +298,3 @@ private:
     QSet<QString> indirectCids {};               ///< pinned through a parent only, by the last list
     QList<std::weak_ptr<UnpinBatch>> openUnpins; ///< those with rewritten CIDs
 };
-
-/// Reads a finished plain JSON reply and deletes it later; `action` is in the infinitive form, as "get repo stat".
-JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action);

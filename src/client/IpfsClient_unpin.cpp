@@ -20,6 +20,9 @@ namespace {
 
 /// Calls of "/cid/format" that one batch has open. With thousands of replies the event loop gets to nothing else.
 constexpr qsizetype maxOpenFormats = 200;
+/// What one "/pin/rm" names; a node takes no more than a mebibyte.
+constexpr qsizetype mostRemovalBytes = 960 * 1024;
+constexpr qsizetype removalItemBytes = 5; // "&arg="
 
 std::shared_ptr<UnpinBatch> batchOf(const QNetworkReply* reply)
 {
@@ -96,10 +99,15 @@ void IpfsClient::onCidFormatReplyFinished(QNetworkReply* reply)
 void IpfsClient::removePins(const std::shared_ptr<UnpinBatch>& batch)
 {
     QUrlQuery query;
-    for (const QString& cid : std::as_const(batch->unpinFormattedCids))
+    QStringList requested;
+    for (qsizetype length = 0; batch->removalsAsked < batch->size() && length < mostRemovalBytes;) {
+        const QString& cid = batch->unpinFormattedCids.at(batch->removalsAsked);
+        length += cid.size() + removalItemBytes;
         addQueryItem(query, u"arg"_s, cid);
+        requested.append(batch->unpinRequestedCids.at(batch->removalsAsked++));
+    }
     QNetworkReply* reply = callForBatch(batch, u"/pin/rm"_s, query, &IpfsClient::onUnpinReplyFinished);
-    reply->setProperty(ReplyProperty::cids, batch->unpinRequestedCids);
+    reply->setProperty(ReplyProperty::cids, requested);
 }
 
 void IpfsClient::onUnpinReplyFinished(QNetworkReply* reply)
@@ -110,19 +118,35 @@ void IpfsClient::onUnpinReplyFinished(QNetworkReply* reply)
     const QByteArray body = reply->readAll();
     if (reply->error() != QNetworkReply::NoError) {
         batch->firstRefusal = nodeWords(reply);
-        if (batch->unpinFormattedCids != requested && saysNotPinned(body))
+        if (batch->unpinFormattedCids != batch->unpinRequestedCids && saysNotPinned(body)) {
             listPinsLeft(batch);
-        else
+        } else {
+            reportRemoved(*batch);
             reportFailedUnpin(reply);
+        }
         return;
     }
     const auto removed = parseRemovedPins(body);
     if (!removed) {
+        reportRemoved(*batch);
         emit errorOccurred(tr("Unpin: invalid response from node"));
         return;
     }
-    shareRemovals(requested);
-    emit unpinned(removed->isEmpty() ? requested : *removed);
+    batch->removedPins += removed->isEmpty() ? requested : *removed;
+    batch->removedCids += requested;
+    if (batch->removalsAsked < batch->size())
+        removePins(batch);
+    else
+        reportRemoved(*batch);
+}
+
+/// What whole calls have removed.
+void IpfsClient::reportRemoved(const UnpinBatch& batch)
+{
+    if (batch.removedPins.isEmpty())
+        return;
+    shareRemovals(batch.removedCids);
+    emit unpinned(batch.removedPins);
 }
 
 void IpfsClient::reportFailedUnpin(const QNetworkReply* reply)

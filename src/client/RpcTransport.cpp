@@ -145,3 +145,11 @@ bool wasBrokenOffBy(const QNetworkReply* reply, QByteArrayView words)
 {
     return reply->rawHeader(streamErrorName) == words;
 }
+
+JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action)
+{
+    reply->deleteLater();
+    const QByteArray body = reply->readAll();
+    return reply->error() == QNetworkReply::NoError ? judgeJsonReply(body, action)
+                                                    : failedJsonReply(body, reply->errorString(), action);
+}

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "JsonReply.h"
+
 #include <QNetworkRequest>
 #include <QObject>
 #include <QSettings>
@@ -53,3 +55,6 @@ QString nodeWords(const QNetworkReply* reply);
 
 /// Whether the node broke its answer off with these words.
 bool wasBrokenOffBy(const QNetworkReply* reply, QByteArrayView words);
+
+/// Reads a finished plain JSON reply and deletes it later; `action` is in the infinitive form, as "get repo stat".
+JsonReply readJsonObjectReply(QNetworkReply* reply, const QString& action);

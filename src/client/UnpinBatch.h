@@ -26,6 +26,9 @@ public:
     int unpinFormatPending = 0;           ///< answers of "/cid/format" still to come
     qsizetype nextToFormat = 0;           ///< first CID whose "/cid/format" has not left
     RpcEndpoint endpoint {};              ///< where all of its calls go
+    qsizetype removalsAsked = 0;          ///< CIDs that a "/pin/rm" of several has named
+    QStringList removedPins {};           ///< by such calls that succeeded, as the node names them
+    QStringList removedCids {};           ///< likewise, as asked for
     /// CIDs as asked for that are known to have been no pins of their own when the first call ran. Shared, not copied.
     QList<QSet<QString>> knownAsNoPins {};
 

@@ -42,6 +42,31 @@ class tst_Unpin : public ClientTest
     Q_OBJECT
 
 private slots:
+    /// A node takes no request above a mebibyte.
+    void manyGoOutInParts()
+    {
+        QStringList asked;
+        for (int i = 0; i < 40'000; ++i)
+            asked.append(u"bafkrei%1"_s.arg(i, 52, 10, QChar(u'x')));
+        node->route(rmPath, [this](const NodeRequest& request) {
+            if (node->count(rmPath) == 3)
+                return NodeAnswer::error("pin is locked");
+            const QStringList pins = request.values(u"arg"_s);
+            return NodeAnswer::json("{\"Pins\":[\"" + pins.join(u"\",\""_s).toUtf8() + "\"]}");
+        });
+        client->unpin(asked, false);
+        QTRY_COMPARE(log->lines.size(), 4);
+        QStringList named;
+        for (const NodeRequest& request : node->requests(rmPath))
+            named += request.values(u"arg"_s);
+        QCOMPARE(named, asked);
+        QCOMPARE(node->count(rmPath), 3);
+        const qsizetype failed = node->requests(rmPath).constLast().values(u"arg"_s).size();
+        QCOMPARE(log->lines.at(0), u"unpinned "_s + asked.first(asked.size() - failed).join(u' '));
+        QCOMPARE(log->lines.at(1), u"said /pin/rm pin is locked"_s);
+        QVERIFY(log->lines.at(3).startsWith(u"error Unpin failed: "_s));
+    }
+
     void batches_data()
     {
         QTest::addColumn<QStringList>("asked");

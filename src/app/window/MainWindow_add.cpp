@@ -106,11 +106,10 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
 
 void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& entries)
 {
-    const QStringList cids = addedCids(rootCid, entries);
     const QString text = rootCid.isEmpty()
         ? tr("Add operation completed successfully.\n\nReturned objects: %1").arg(entries.size())
         : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(rootCid);
-    const QStringList actions = cids.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
+    const QStringList actions = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
     QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
                                             tr("Add to IPFS"), text, actions, this);
     box->setInformativeText(addShortfall.text());
@@ -119,9 +118,9 @@ void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& en
         return;
     delete box;
     if (choice == 0)
-        copyAddedCids(cids);
+        copyAddedCids(addedCids(rootCid, entries));
     else if (choice == 1)
-        exportCids(cids);
+        exportCids(addedCids(rootCid, entries));
 }
 
 void MainWindow::copyAddedCids(const QStringList& cids)
