@@ -273,17 +273,40 @@ public:
     /// "/pin/remote/service/ls", with `stat` asking each service for its state. Ends with remoteServicesReceived or
     /// remoteServicesFailed; with a name it is a test of that service and ends with remoteServiceTested.
     void fetchRemoteServices(bool stat, const QString& name);
+    /// Arguments are trimmed here and below; without one that is needed the call fails before this returns.
+    void testRemoteService(const QString& name);
+    void addRemoteService(const QString& name, const QString& address, const QString& token);
+    void removeRemoteService(const QString& name);
+    /// "/pin/remote/add". In the background the answer comes once the service has queued the pin.
+    void remotePinAdd(const QString& cid, const QString& service, const QString& name, bool background);
+    /// "/pin/remote/ls". Ends with remotePinStatusReceived or remotePinStatusFailed.
+    void fetchRemotePinStatus(const QString& cid, const QString& service);
 
 signals:
     void remoteServicesReceived(QList<RemoteServiceEntry> services);
     void remoteServicesFailed(QString message);
     void remoteServiceTested(QString name, bool ok, QString message);
+    void remoteServiceAdded(QString name);
+    void remoteServiceAddFailed(QString message);
+    void remoteServiceRemoved(QString name);
+    void remoteServiceRemoveFailed(QString message);
+    void remotePinQueued(QString cid, QString service);
+    void remotePinQueueFailed(QString cid, QString service, QString message);
+    /// `status` is the service's word in lower case; "not-found" if it has no such pin, "unknown" if it says nothing.
+    void remotePinStatusReceived(QString cid, QString service, QString status);
+    void remotePinStatusFailed(QString cid, QString service, QString message);
 
 private slots:
     void onRemoteServicesReplyFinished(QNetworkReply* reply);
+    void onRemoteServiceAddReplyFinished(QNetworkReply* reply);
+    void onRemoteServiceRmReplyFinished(QNetworkReply* reply);
+    void onRemotePinAddReplyFinished(QNetworkReply* reply);
+    void onRemotePinLsReplyFinished(QNetworkReply* reply);
 
 private:
     void reportServiceTest(const QString& name, const ServiceList& list);
+    void callForRemotePin(const QString& path, const QUrlQuery& query, ReplyHandler handler, const QString& cid,
+                          const QString& service);
 
     RpcTransport* transport;
     RpcEndpoint endpoint;

@@ -9,6 +9,7 @@
 #include "PinTable.h"
 #include "PinToolBar.h"
 #include "PlainText.h"
+#include "RemotePinFlow.h"
 #include "StatsFrame.h"
 #include "WidgetBuilders.h"
 
@@ -50,6 +51,7 @@ MainWindow::MainWindow(QWidget* parent)
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , toolWindows(new ToolWindows(this))
     , addProgress(new AddProgress(this))
+    , remotePinFlow(new RemotePinFlow(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
 {
     updateWindowTitleForActivationState();
@@ -70,6 +72,7 @@ MainWindow::MainWindow(QWidget* parent)
     setupStatusBar();
     pinTable->setFocus();
     connectClient();
+    setupRemotePinFlow();
     setupTimers();
 
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);

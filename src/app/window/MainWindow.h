@@ -23,6 +23,7 @@ class NoticeArea;
 class PinModel;
 class PinTable;
 class PinToolBar;
+class RemotePinFlow;
 class QAction;
 class QLabel;
 class QSettings;
@@ -216,6 +217,7 @@ private:
     void chooseAndAdd(const QStringList& paths);
     void startAdd(const QList<LocalPathSelection>& selections, const AddOptions& options);
     void setAdding(bool on);
+    void setupRemotePinFlow();
     void showAddResult(const QString& rootCid, const QList<AddEntry>& entries);
     void copyAddedCids(const QStringList& cids);
     void exportCids(const QStringList& cids);
@@ -240,6 +242,7 @@ private:
     QAction* unpinAllAction = nullptr;
     QAction* addToIpfsAction = nullptr;
     AddProgress* addProgress;
+    RemotePinFlow* remotePinFlow;
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;

@@ -11,6 +11,7 @@
 #include "NoticeArea.h"
 #include "PinToolBar.h"
 #include "PlainText.h"
+#include "RemotePinFlow.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -24,6 +25,33 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isPinnedRemotely(const AddOptions& options)
+{
+    const QString destination = options.pinDestination.trimmed().toLower();
+    return destination == "both"_L1 || destination == "remote"_L1;
+}
+
+} // namespace
+
+void MainWindow::setupRemotePinFlow()
+{
+    connect(client, &IpfsClient::remotePinQueued, remotePinFlow, &RemotePinFlow::onRemotePinQueued);
+    connect(client, &IpfsClient::remotePinQueueFailed, remotePinFlow, &RemotePinFlow::onRemotePinQueueFailed);
+    connect(client, &IpfsClient::remotePinStatusReceived, remotePinFlow, &RemotePinFlow::onRemotePinStatusReceived);
+    connect(client, &IpfsClient::remotePinStatusFailed, remotePinFlow, &RemotePinFlow::onRemotePinStatusFailed);
+    connect(remotePinFlow, &RemotePinFlow::pinWanted, client,
+            [this](const QString& cid, const QString& service, const QString& name) {
+                client->remotePinAdd(cid, service, name, true);
+            });
+    connect(remotePinFlow, &RemotePinFlow::statusWanted, client, &IpfsClient::fetchRemotePinStatus);
+    connect(remotePinFlow, &RemotePinFlow::unpinWanted, client,
+            [this](const QStringList& cids) { client->unpin(cids, true); });
+    connect(remotePinFlow, &RemotePinFlow::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    connect(remotePinFlow, &RemotePinFlow::notificationRequested, notices, &NoticeArea::showNotification);
+}
 
 void MainWindow::onAddToIpfsClicked()
 {
@@ -84,7 +112,11 @@ void MainWindow::onAddProgress(const QString& currentName, int processedEntries,
 void MainWindow::onAddShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
                                 bool rootLineMissing)
 {
-    addShortfall = {filesSent, filesReported, filesSkipped, foldersWithinThemselves, rootLineMissing};
+    addShortfall = {.filesSent = filesSent,
+                    .filesReported = filesReported,
+                    .filesSkipped = filesSkipped,
+                    .foldersWithinThemselves = foldersWithinThemselves,
+                    .rootLineMissing = rootLineMissing};
 }
 
 void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& entries)
@@ -94,6 +126,7 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     if (!showsUnpinned())
         triggerRefresh(false);
     const bool isShort = addShortfall.isShort();
+    addShortfall.leavesOutService = isShort && isPinnedRemotely(lastAddOptions);
     if (rootCid.isEmpty()) {
         notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
         setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));
@@ -101,6 +134,8 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
         notices->showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
         setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
     }
+    if (!isShort && isPinnedRemotely(lastAddOptions))
+        remotePinFlow->start(lastAddOptions, rootCid, entries);
     showAddResult(rootCid, entries);
 }
 
@@ -109,7 +144,8 @@ void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& en
     const QString text = rootCid.isEmpty()
         ? tr("Add operation completed successfully.\n\nReturned objects: %1").arg(entries.size())
         : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(rootCid);
-    const QStringList actions = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
+    const QStringList actions
+        = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
     QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
                                             tr("Add to IPFS"), text, actions, this);
     box->setInformativeText(addShortfall.text());

@@ -6,6 +6,7 @@
 #include "OriginValue.h"
 #include "PinModel.h"
 #include "PinToolBar.h"
+#include "RemotePinFlow.h"
 #include "ScreenArea.h"
 #include "SettingsDialog.h"
 #include "StatsFrame.h"
@@ -66,6 +67,7 @@ void MainWindow::onSettingsClicked()
 void MainWindow::leaveNode()
 {
     dropPlan();
+    remotePinFlow->leaveNode();
     client->cancelActiveLoading();
     setRefreshing(false);
     statsFrame->showNoPeer();
