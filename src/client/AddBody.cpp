@@ -16,6 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto lineEnd = "\r\n";
+constexpr qint64 lineEndSize = 2;
 
 /// A node query-unescapes the name of a part and reads it as a quoted string: these characters, and no others, would
 /// arrive as something else, or end the reading.
@@ -95,7 +96,7 @@ bool AddBody::appendFile(const QString& path, const QString& name)
 
 void AddBody::append(Part part)
 {
-    total += headOf(part).size() + part.size + qstrlen(lineEnd);
+    total += headOf(part).size() + part.size + lineEndSize;
     parts.push_back(std::move(part));
 }
 
@@ -128,7 +129,7 @@ qint64 AddBody::readFile(char* data, qint64 maxSize)
     const Part& part = parts[next - 1];
     const qint64 length = part.file->read(data, std::min(fileLeft, maxSize));
     if (length <= 0) {
-        fail(part);
+        static_cast<void>(length == 0 ? failAsChanged(part) : failAsUnreadable(part));
         return 0;
     }
     fileLeft -= length;
@@ -153,28 +154,38 @@ bool AddBody::beginFile(Part& part)
     if (part.path.isEmpty())
         return true;
     if (!QFile::exists(part.path))
-        return fail(part);
+        return failAsChanged(part);
     if (!part.file) {
         part.file = std::make_unique<QFile>(part.path);
         if (!part.file->open(ReadOnly | Unbuffered))
-            return fail(part);
+            return failAsUnreadable(part);
     }
-    return part.file->size() == part.size || fail(part);
+    return part.file->size() == part.size || failAsChanged(part);
 }
 
 bool AddBody::endFile(Part& part)
 {
     char more = 0;
     if (part.file && part.file->read(&more, 1) > 0)
-        return fail(part);
+        return failAsChanged(part);
     part.file.reset();
     return true;
 }
 
-bool AddBody::fail(const Part& part)
+bool AddBody::failAsChanged(const Part& part)
+{
+    return fail(tr("%1 changed while it was being sent.").arg(part.path));
+}
+
+bool AddBody::failAsUnreadable(const Part& part)
+{
+    return fail(tr("%1 can't be read: %2").arg(part.path, part.file->errorString()));
+}
+
+bool AddBody::fail(const QString& reason)
 {
     failed = true;
-    setErrorString(tr("%1 changed while it was being sent.").arg(part.path));
+    setErrorString(reason);
     return false;
 }
 

@@ -58,7 +58,9 @@ private:
     bool advance();
     bool beginFile(Part& part);
     bool endFile(Part& part);
-    bool fail(const Part& part);
+    bool failAsChanged(const Part& part);
+    bool failAsUnreadable(const Part& part);
+    bool fail(const QString& reason);
     qint64 readFile(char* data, qint64 maxSize);
 
     QByteArray boundary;

@@ -6,7 +6,27 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// How many entries a folder has; one more than there are if it can't be read to its end. A listing of Qt's leaves out
+/// names that it can't decode, and ends at an error as at the end.
+qsizetype entryCount(const QString& path)
+{
+    std::error_code error;
+    qsizetype count = 0;
+    for (std::filesystem::directory_iterator entry(QFileInfo(path).filesystemFilePath(), error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        ++count;
+    return error ? count + 1 : count;
+}
+
+} // namespace
 
 AddWalk::AddWalk(AddBody& newBody)
     : body(newBody)
@@ -58,6 +78,7 @@ void AddWalk::walk(const QString& path, const QString& name)
 {
     constexpr auto entries = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     const QFileInfoList list = QDir(path).entryInfoList(entries, QDir::Name | QDir::DirsFirst);
+    skippedCount += static_cast<int>(std::max<qsizetype>(entryCount(path) - list.size(), 0));
     for (const QFileInfo& entry : list)
         addEntry(entry, name.isEmpty() ? entry.fileName() : u"%1/%2"_s.arg(name, entry.fileName()));
 }

@@ -33,7 +33,8 @@ bool isInsideOne(const QString& path, const QSet<QString>& chosen)
 QString baseName(const QFileInfo& info)
 {
     const QString name = info.fileName().trimmed();
-    return name.isEmpty() ? QCoreApplication::translate("AddSelection", "item") : name;
+    const bool isPlace = name.isEmpty() || name == "."_L1 || name == ".."_L1; // to a node, not a name
+    return isPlace ? QCoreApplication::translate("AddSelection", "item") : name;
 }
 
 /// Names within one directory.

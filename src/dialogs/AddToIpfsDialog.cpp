@@ -196,7 +196,12 @@ void AddToIpfsDialog::onRemoveSelected()
 /// The row that takes the place is selected, so that the next press removes that one.
 void AddToIpfsDialog::onDeletePressed()
 {
-    const int place = selectedTree->indexOfTopLevelItem(selectedTree->currentItem());
+    int place = selectedTree->topLevelItemCount();
+    const QList<QTreeWidgetItem*> rows = selectedTree->selectedItems();
+    for (QTreeWidgetItem* row : rows)
+        place = std::min(place, selectedTree->indexOfTopLevelItem(row));
+    if (rows.isEmpty())
+        return;
     onRemoveSelected();
     selectedTree->setCurrentItem(selectedTree->topLevelItem(std::min(place, selectedTree->topLevelItemCount() - 1)));
 }
@@ -292,6 +297,12 @@ AddOptions AddToIpfsDialog::options() const
             .remoteServiceNickname = serviceNickname(),
             .remotePinLabel = remotePinLabelEdit->text().trimmed(),
             .unpinLocalAfterRemote = unpinLocalCheck->isChecked()};
+}
+
+int AddToIpfsDialog::missingPaths() const
+{
+    return static_cast<int>(
+        std::ranges::count_if(selectedPaths, [](const QString& path) { return !QFileInfo::exists(path); }));
 }
 
 QList<LocalPathSelection> AddToIpfsDialog::selections() const

@@ -37,6 +37,8 @@ public:
 
     /// What was chosen and still exists, with names that differ from each other. Empty if all of it is gone.
     QList<LocalPathSelection> selections() const;
+    /// How many of the chosen paths are gone.
+    int missingPaths() const;
     AddOptions options() const;
     /// Puts files and folders on the list. What doesn't exist is left out, and so is what is inside a folder on the
     /// list.

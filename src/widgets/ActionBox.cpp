@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ActionBox.h"
 
+#include <QPointer>
 #include <QPushButton>
 
 ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const QStringList& actions, QWidget* parent)
@@ -16,6 +17,7 @@ ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const
 
 int ActionBox::choose()
 {
+    const QPointer<ActionBox> self = this;
     exec();
-    return static_cast<int>(actionButtons.indexOf(clickedButton()));
+    return self ? static_cast<int>(actionButtons.indexOf(clickedButton())) : -1;
 }

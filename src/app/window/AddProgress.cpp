@@ -15,13 +15,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int dialogWidth = 460;
-constexpr qsizetype longestName = 64;
+constexpr int nameWidth = 420;
+constexpr qsizetype surelyShort = 20; ///< letters, of any width
 
 /// The window keeps its width, however long a path is.
-QString shortName(const QString& name)
+QString shortName(const QString& name, const QLabel& label)
 {
-    constexpr qsizetype half = longestName / 2;
-    return name.size() <= longestName ? name : name.first(half) + u'…' + name.last(half - 1);
+    return name.size() <= surelyShort ? name
+                                      : label.fontMetrics().elidedText(name.left(1000), Qt::ElideMiddle, nameWidth);
 }
 
 } // namespace
@@ -68,13 +69,14 @@ void AddProgress::showObject(const QString& name, int processed, int total)
     if (!isShown())
         return;
     if (total < 1) {
-        objectText = tr("Uploading\n%1").arg(shortName(name));
+        objectText = tr("Uploading\n%1").arg(shortName(name, *label));
         bar->setRange(0, 0);
         showTexts();
         return;
     }
     const int done = std::min(processed, total);
-    objectText = tr("Uploading %1 of %2\n%3").arg(QString::number(done), QString::number(total), shortName(name));
+    objectText
+        = tr("Uploading %1 of %2\n%3").arg(QString::number(done), QString::number(total), shortName(name, *label));
     if (bar->maximum() != total)
         bar->setRange(0, total);
     bar->setValue(done);

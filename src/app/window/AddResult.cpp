@@ -28,8 +28,8 @@ QString AddShortfall::text() const
     if (foldersWithinThemselves > 0)
         lines.append(tr("%1 folder(s) lead back to a folder that they are in, and were not entered again.")
                          .arg(foldersWithinThemselves));
-    if (leavesOutService)
-        lines.append(tr("It was not pinned at the remote service, since it is not complete."));
+    if (!serviceLeftOut.isEmpty())
+        lines.append(serviceLeftOut);
     return lines.join(u'\n');
 }
 

@@ -14,7 +14,7 @@ struct AddShortfall
     int filesSkipped = 0;
     int foldersWithinThemselves = 0;
     bool rootLineMissing = false;
-    bool leavesOutService = false; ///< so that what came was not pinned remotely
+    QString serviceLeftOut {}; ///< why it was not pinned remotely, where that was wanted
 
     /// Whether content is missing; a folder within itself is in the upload once.
     bool isShort() const { return filesReported < filesSent || filesSkipped > 0 || rootLineMissing; }

@@ -258,6 +258,8 @@ private:
     bool addInProgress = false;        ///< from the dialog's acceptance to the end of the upload
     AddOptions lastAddOptions {};
     AddShortfall addShortfall {}; ///< of the latest add
+    int missingPaths = 0;         ///< of the latest add: chosen, and gone before it began
+    QString addAddress {};        ///< of the node that it went to
     QStringList rpcLogLines;
     QStringList statusLogLines;
 };

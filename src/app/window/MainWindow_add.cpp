@@ -72,6 +72,7 @@ void MainWindow::chooseAndAdd(const QStringList& paths)
         return;
     const QList<LocalPathSelection> selections = dialog->selections();
     const AddOptions options = dialog->options();
+    missingPaths = dialog->missingPaths();
     delete dialog;
     if (accepted)
         startAdd(selections, options);
@@ -85,7 +86,8 @@ void MainWindow::startAdd(const QList<LocalPathSelection>& selections, const Add
         return;
     }
     setAdding(true);
-    addShortfall = {};
+    addShortfall = {.filesSkipped = missingPaths};
+    addAddress = client->baseUrl();
     addProgress->start();
     setStatusMessage(tr("Uploading %1 item(s) to IPFS…").arg(selections.size()));
     client->addLocalPaths(selections, lastAddOptions);
@@ -114,7 +116,7 @@ void MainWindow::onAddShortfall(int filesSent, int filesReported, int filesSkipp
 {
     addShortfall = {.filesSent = filesSent,
                     .filesReported = filesReported,
-                    .filesSkipped = filesSkipped,
+                    .filesSkipped = filesSkipped + missingPaths,
                     .foldersWithinThemselves = foldersWithinThemselves,
                     .rootLineMissing = rootLineMissing};
 }
@@ -126,7 +128,12 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     if (!showsUnpinned())
         triggerRefresh(false);
     const bool isShort = addShortfall.isShort();
-    addShortfall.leavesOutService = isShort && isPinnedRemotely(lastAddOptions);
+    const bool pinsRemotely = isPinnedRemotely(lastAddOptions);
+    const bool nodeWasLeft = addAddress != client->baseUrl();
+    if (pinsRemotely && (isShort || nodeWasLeft))
+        addShortfall.serviceLeftOut = nodeWasLeft
+            ? tr("It was not pinned at the remote service: the node's address has changed.")
+            : tr("It was not pinned at the remote service, since it is not complete.");
     if (rootCid.isEmpty()) {
         notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
         setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));
@@ -134,7 +141,7 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
         notices->showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
         setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
     }
-    if (!isShort && isPinnedRemotely(lastAddOptions))
+    if (pinsRemotely && addShortfall.serviceLeftOut.isEmpty())
         remotePinFlow->start(lastAddOptions, rootCid, entries);
     showAddResult(rootCid, entries);
 }
@@ -143,7 +150,7 @@ void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& en
 {
     const QString text = rootCid.isEmpty()
         ? tr("Add operation completed successfully.\n\nReturned objects: %1").arg(entries.size())
-        : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(rootCid);
+        : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(messageForLabel(rootCid));
     const QStringList actions
         = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
     QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
@@ -167,9 +174,12 @@ void MainWindow::copyAddedCids(const QStringList& cids)
 
 void MainWindow::exportCids(const QStringList& cids)
 {
+    const QPointer<MainWindow> self = this;
     const QString path = QFileDialog::getSaveFileName(this, tr("Export CIDs"), u"cids.txt"_s,
                                                       tr("Text files (*.txt);;CSV files (*.csv);;All files (*)"));
     if (path.isEmpty())
+        return;
+    if (!self)
         return;
     const WriteResult result = writeFile(path, (cids.join(u'\n') + u'\n').toUtf8());
     if (result.ok)

@@ -117,6 +117,7 @@ void PinToolBar::addSearchField()
     searchEdit->setMinimumWidth(searchMinimumWidth);
     searchEdit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     searchEdit->setClearButtonEnabled(true);
+    searchEdit->setAcceptDrops(false); // files are dropped on the window
     for (auto* clear : searchEdit->findChildren<QToolButton*>())
         clear->setAccessibleName(tr("Clear the search"));
     QPalette colors = searchEdit->palette();
