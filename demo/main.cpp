@@ -62,11 +62,11 @@ int main(int argc, char* argv[])
          {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
          {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s},
          {u"remote-service"_s,
-          u"A remote pinning service that is configured; may be repeated. Whenever a service has one of "
-          "these names, pins at \"failing\" fail, \"invalid\" refuses its key, \"unreachable\" is not "
-          "there, and \"hanging\" never answers."_s,
+          u"A remote pinning service that is configured; may be repeated. Services with these names misbehave, also "
+          "those that are added later: pins at \"failing\" fail, \"invalid\" refuses its key, "
+          "\"unreachable\" is not there, and \"hanging\" never answers."_s,
           u"name"_s},
-         {u"remote-pin-ms"_s, u"Time that a remote pin takes from queued to pinned."_s, u"ms"_s, u"4000"_s}});
+         {u"remote-pin-ms"_s, u"Time that a remote pin takes from queued to pinned or failed."_s, u"ms"_s, u"4000"_s}});
     parser.process(app);
     const auto options = readOptions(parser);
     if (!options)
