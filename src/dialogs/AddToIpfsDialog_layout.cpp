@@ -27,7 +27,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 10;
+constexpr int outerMargin = 10;
 constexpr int spacing = 8;
 constexpr int blockSpacing = 6;
 constexpr int checkSpacing = 16;
@@ -103,7 +103,7 @@ template <typename Slot> void bindKey(QKeySequence key, QWidget* view, AddToIpfs
 void AddToIpfsDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(margin, margin, margin, margin);
+    column->setContentsMargins(outerMargin, outerMargin, outerMargin, outerMargin);
     column->setSpacing(spacing);
     column->addWidget(newWrappedLabel(
         tr("Select files and/or directories from the browser, then add them to the selection list."), this));

@@ -181,7 +181,7 @@ private slots:
             QCOMPARE(status(), u"Adding to IPFS: %1/2 — a"_s.arg(i));
         }
         QVERIFY(!progress()->isVisible());
-        const ModalAnswer<QMessageBox> quit([this](QMessageBox& box) {
+        const ModalAnswer<QMessageBox> quit([](QMessageBox& box) {
             QCOMPARE(box.text(), u"An add is still running. Quit anyway?"_s);
             QVERIFY(box.defaultButton() == box.button(QMessageBox::No));
             box.button(QMessageBox::No)->click();
