@@ -30,7 +30,8 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
     const auto chunk = numberOf(parser, u"chunk-bytes"_s, 64 * 1024 * 1024);
     const auto pause = numberOf(parser, u"pause"_s, 600'000);
     const auto latency = numberOf(parser, u"latency"_s, 600'000);
-    if (!port || !pins || !loose || !tree || !chunk || !pause || !latency)
+    const auto remotePin = numberOf(parser, u"remote-pin-ms"_s, 600'000);
+    if (!port || !pins || !loose || !tree || !chunk || !pause || !latency || !remotePin)
         return std::nullopt;
     return DemoOptions {.port = static_cast<quint16>(*port),
                         .pins = *pins,
@@ -39,7 +40,8 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
                         .chunkBytes = *chunk,
                         .chunkPause = std::chrono::milliseconds(*pause),
                         .latency = std::chrono::milliseconds(*latency),
-                        .remoteServices = parser.isSet(u"remote-services"_s)};
+                        .remoteServices = parser.values(u"remote-service"_s),
+                        .remotePinTime = std::chrono::milliseconds(*remotePin)};
 }
 
 } // namespace
@@ -51,14 +53,20 @@ int main(int argc, char* argv[])
     parser.setApplicationDescription(
         u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
     parser.addHelpOption();
-    parser.addOptions({{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
-                       {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},
-                       {u"loose-blocks"_s, u"Number of blocks without a pin."_s, u"number"_s, u"0"_s},
-                       {u"tree"_s, u"Number of files under one more pin."_s, u"number"_s, u"0"_s},
-                       {u"chunk-bytes"_s, u"Size of a list's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s},
-                       {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
-                       {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s},
-                       {u"remote-services"_s, u"Two remote pinning services are configured."_s}});
+    parser.addOptions(
+        {{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
+         {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},
+         {u"loose-blocks"_s, u"Number of blocks without a pin."_s, u"number"_s, u"0"_s},
+         {u"tree"_s, u"Number of files under one more pin."_s, u"number"_s, u"0"_s},
+         {u"chunk-bytes"_s, u"Size of a list's chunks; 0 sends line by line."_s, u"bytes"_s, u"0"_s},
+         {u"pause"_s, u"Pause before each chunk."_s, u"ms"_s, u"0"_s},
+         {u"latency"_s, u"Wait before each answer."_s, u"ms"_s, u"0"_s},
+         {u"remote-service"_s,
+          u"A remote pinning service that is configured; may be repeated. Whenever a service has one of "
+          "these names, pins at \"failing\" fail, \"invalid\" refuses its key, \"unreachable\" is not "
+          "there, and \"hanging\" never answers."_s,
+          u"name"_s},
+         {u"remote-pin-ms"_s, u"Time that a remote pin takes from queued to pinned."_s, u"ms"_s, u"4000"_s}});
     parser.process(app);
     const auto options = readOptions(parser);
     if (!options)

@@ -33,7 +33,7 @@ NodeAnswer DemoNode::answerTo(const NodeRequest& request)
         return NodeAnswer::text(404, "404 page not found\n");
     const auto refusal = refusalByCommand(request, *command);
     NodeAnswer answer = refusal ? *refusal : command->run(request);
-    answer.latency = repo.options().latency;
+    answer.latency += repo.options().latency;
     return answer;
 }
 

@@ -4,6 +4,7 @@
 #include "DemoContent.h"
 
 #include <QSet>
+#include <QStringList>
 
 #include <chrono>
 
@@ -21,7 +22,10 @@ struct DemoOptions
     /// are listed and counted as if they were there, and only "/cat" breaks off before the first of them.
     qint64 keptOfFile = 1024 * 1024;
     qint64 keptOfAll = 64 * 1024 * 1024;
-    bool remoteServices = false; ///< whether two remote pinning services are configured
+    /// Names of the remote pinning services that are configured at the start. Here and where one is configured later,
+    /// every pin at "failing" fails, "invalid" refuses its key, "unreachable" is not there, "hanging" never answers.
+    QStringList remoteServices {};
+    std::chrono::milliseconds remotePinTime {4000}; ///< of a remote pin, from queued to pinned or failed
 };
 
 /// What the demo node keeps, for its services to share.

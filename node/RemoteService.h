@@ -3,19 +3,28 @@
 
 #include "DemoRepo.h"
 #include "NodeService.h"
+#include "RemotePins.h"
 
-/// The remote pinning services that are configured: "/pin/remote/service/ls".
+#include <QMap>
+
+/// The remote pinning services that are configured, "/pin/remote/service/…", and their pins, "/pin/remote/{add,ls}".
+/// Services with certain names fail, each in its way: see DemoOptions.
 class RemoteService : public NodeService
 {
 public:
-    explicit RemoteService(const DemoOptions& options)
-        : isConfigured(options.remoteServices)
-    {
-    }
+    explicit RemoteService(const DemoOptions& options);
     QList<NodeCommand> commands() override;
 
 private:
-    NodeAnswer list(const NodeRequest& request) const;
+    NodeAnswer listServices(const NodeRequest& request) const;
+    NodeAnswer addService(const NodeRequest& request);
+    NodeAnswer removeService(const NodeRequest& request);
+    NodeAnswer addPin(const NodeRequest& request);
+    NodeAnswer listPins(const NodeRequest& request) const;
 
-    bool isConfigured;
+    QByteArray statOf(const QString& endpoint) const;
+
+    QMap<QString, QString> endpoints; ///< by the name of the service
+    RemotePins pins;
+    DemoOptions choices;
 };

@@ -6,10 +6,12 @@
 #include "ModalAnswer.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
+#include "RemotePinFlow.h"
 #include "WindowTest.h"
 
 #include <QAction>
 #include <QClipboard>
+#include <QComboBox>
 #include <QDirIterator>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -19,6 +21,7 @@
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -87,6 +90,32 @@ private slots:
         // A name that other systems can't have is saved under one that they can.
         QCOMPARE(contentsOf(target.path()).join(u'\n').replace(u"_q_"_s, u"\"q\""_s),
                  contentsOf(folder->path()).filter(u"docs/"_s).join(u'\n'));
+    }
+
+    /// The local pin goes once the service has the content.
+    void remoteOnly()
+    {
+        DemoNode demo({.port = 0, .pins = 2, .remoteServices = {u"mysrv"_s}, .remotePinTime = 200ms});
+        WindowTest::open(demo);
+        QVERIFY(waitForRows(2));
+        window->findChild<RemotePinFlow*>()->setPace(50ms, RemotePinFlow::mostTicks);
+        add({newFile(u"a"_s, "a")}, u"Ok"_s, [](AddToIpfsDialog& dialog) {
+            for (QComboBox* combo : dialog.findChildren<QComboBox*>()) {
+                if (const int remote = combo->findData(u"remote"_s); remote >= 0)
+                    combo->setCurrentIndex(remote);
+                else if (combo->isEditable())
+                    combo->setEditText(u"mysrv"_s);
+            }
+        });
+        QTRY_VERIFY(result);
+        QCOMPARE(demo.allPins().size(), 3);
+        QTRY_COMPARE(demo.allPins().size(), 2);
+        QVERIFY(waitForRows(2));
+        const QStringList log = window->statusLog();
+        for (const QString& step :
+             {u"  Remote pin queued for bafy"_s, u"  Remote pin status (mysrv): 0 pinned, 1 pending, 0 failed."_s,
+              u"  Remote pin complete on 'mysrv': 1 pinned, 0 failed."_s, u"  Unpinned 1 CID(s)"_s})
+            QVERIFY2(!log.filter(step).isEmpty(), qPrintable(step));
     }
 
     void endings_data()
@@ -253,7 +282,9 @@ private:
     }
 
     /// Goes through the dialog, and through the box at the end by the button `choice`.
-    void add(const QStringList& paths, const QString& choice = u"Copy CIDs"_s)
+    void add(
+        const QStringList& paths, const QString& choice = u"Copy CIDs"_s,
+        const std::function<void(AddToIpfsDialog&)>& choose = [](AddToIpfsDialog&) {})
     {
         result = false;
         boxAnswer = std::make_unique<ModalAnswer<ActionBox>>([this, choice](ActionBox& box) {
@@ -265,8 +296,9 @@ private:
                     button->click();
             }
         });
-        const ModalAnswer<AddToIpfsDialog> dialogAnswer([&paths](AddToIpfsDialog& dialog) {
+        const ModalAnswer<AddToIpfsDialog> dialogAnswer([&](AddToIpfsDialog& dialog) {
             dialog.addPaths(paths);
+            choose(dialog);
             dialog.accept();
         });
         addButton()->click();

@@ -276,58 +276,6 @@ private slots:
         QCOMPARE(lines.constLast(), u"completed  500"_s);
     }
 
-    void remoteServices_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("expected");
-        const auto list = NodeAnswer::json(
-            R"({"RemoteServices":[{"Service":" a ","ApiEndpoint":"x","Stat":{"Status":"valid"}},{"name":"b","Stat":{"Status":"invalid"}},7,{"Service":""}]})");
-        QTest::newRow("list") << QString() << list << u"a=x b="_s;
-        QTest::newRow("older shape") << QString()
-                                     << NodeAnswer::json(
-                                            R"({"RemoteServiceLsOutput":{"RemoteServices":[{"Name":"c"}]}})")
-                                     << u"c="_s;
-        QTest::newRow("none") << QString() << NodeAnswer::json(R"({"RemoteServices":null})") << QString();
-        QTest::newRow("no JSON") << QString() << NodeAnswer::json("[]")
-                                 << u"failed Remote service request failed: invalid JSON response."_s;
-        QTest::newRow("an error in the answer")
-            << QString() << NodeAnswer::json(R"({"Error":" no "})") << u"failed no"_s;
-        QTest::newRow("test") << u" a "_s << list << u"test a 1 Service 'a' is configured and reachable."_s;
-        QTest::newRow("test of a bad one")
-            << u"b"_s << list
-            << u"test b 0 Service 'b' is configured but could not be reached, or refused its access token."_s;
-        QTest::newRow("test of none") << u"%1"_s << list << u"test %1 0 Service '%1' was not returned by Kubo."_s;
-        QTest::newRow("test that breaks")
-            << u"a"_s << NodeAnswer::dropAt({}, 0) << u"test a 0 Remote service request failed: Connection closed"_s;
-    }
-    void remoteServices()
-    {
-        QFETCH(const QString, name);
-        QFETCH(const NodeAnswer, answer);
-        QFETCH(const QString, expected);
-        const QByteArray listPath = "/pin/remote/service/ls";
-        node->answer(listPath, answer);
-        QStringList got;
-        connect(client.get(), &IpfsClient::remoteServicesReceived, this,
-                [&](const QList<RemoteServiceEntry>& services) {
-                    QStringList texts;
-                    for (const RemoteServiceEntry& service : services)
-                        texts.append(service.name + u'=' + service.endpoint);
-                    got.append(texts.join(u' '));
-                });
-        connect(client.get(), &IpfsClient::remoteServicesFailed, this,
-                [&](const QString& message) { got.append(u"failed "_s + message); });
-        connect(client.get(), &IpfsClient::remoteServiceTested, this,
-                [&](const QString& tested, bool ok, const QString& text) {
-                    got.append(u"test %1 %2 %3"_s.arg(tested, QString::number(ok), text));
-                });
-        client->fetchRemoteServices(!name.isEmpty(), name);
-        QTRY_COMPARE(got, QStringList(expected));
-        QVERIFY(!lines.contains(u"errorOccurred"_s));
-        QCOMPARE(node->requests(listPath).constFirst().value(u"name"_s), name.trimmed());
-    }
-
 private:
     QString newFile(const QString& name, const QByteArray& content) const
     {
