@@ -2,6 +2,7 @@
 #include "PictureSteps.h"
 
 #include <QEventLoop>
+#include <QTreeView>
 
 #include <cstdio>
 #include <cstdlib>
@@ -34,4 +35,12 @@ void wait(std::chrono::milliseconds time)
     QTimer::singleShot(time, &loop, &QEventLoop::quit);
     loop.exec();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no nested loop would do it
+}
+
+QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& parent, const QString& name)
+{
+    const QAbstractItemModel* rows = tree.model();
+    const auto find = [&] { return rows->match(rows->index(0, 0, parent), Qt::DisplayRole, name).value(0); };
+    awaitThat([&find] { return find().isValid(); }, u"there is no "_s + name);
+    return find();
 }

@@ -4,9 +4,12 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QMenu>
+#include <QPersistentModelIndex>
 #include <QTimer>
 
 #include <chrono>
+
+class QTreeView;
 
 // The steps of the program that takes the pictures. One that is not possible ends it.
 
@@ -62,3 +65,6 @@ template <typename Act> void inNextMenu(const Act& act)
         act(*menu);
     });
 }
+
+/// The row called `name` below `parent`, as soon as there is one.
+QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& parent, const QString& name);

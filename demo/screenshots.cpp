@@ -15,6 +15,7 @@
 #include "PictureSteps.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
+#include "RemoteServicesDialog.h"
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
 
@@ -25,6 +26,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -75,10 +77,11 @@ public:
     void run()
     {
         openWindow();
-        for (const auto picture : {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
-                                   &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
-                                   &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog,
-                                   &Screenshots::error, &Screenshots::addDialog, &Screenshots::addProgress}) {
+        for (const auto picture :
+             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
+              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -252,6 +255,16 @@ private:
         awaitThat([&isDone] { return isDone; }, u"the add did not end"_s);
     }
 
+    void remoteServices()
+    {
+        window->showRemoteServicesDialog(MainWindow::AuxChildWindow);
+        auto* dialog = window->findChild<RemoteServicesDialog*>();
+        const auto* services = dialog->findChild<QListWidget*>();
+        awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
+        take(dialog, "remote-services"_L1);
+        close<RemoteServicesDialog>();
+    }
+
     void showHome(const QTreeWidget& paths) const
     {
         for (int row = 0; row < paths.topLevelItemCount(); ++row) {
@@ -259,17 +272,11 @@ private:
             item->setText(0, item->text(0).replace(home.path(), u"/home/ada"_s));
         }
     }
-    static QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& parent, const QString& name)
-    {
-        const QAbstractItemModel* rows = tree.model();
-        const auto find = [&] { return rows->match(rows->index(0, 0, parent), Qt::DisplayRole, name).value(0); };
-        awaitThat([&find] { return find().isValid(); }, u"there is no "_s + name);
-        return find();
-    }
 
     static std::unique_ptr<DemoNode> newNode()
     {
         DemoOptions options {.port = usualPort, .pins = pinCount, .looseBlocks = looseBlocks};
+        options.remoteServices = {u"harbour"_s, u"orchard"_s};
         auto made = std::make_unique<DemoNode>(options);
         if (made->port() == usualPort)
             return made;

@@ -3,6 +3,7 @@
 
 #include "FileTypeProvider.h"
 #include "StatusLabel.h"
+#include "WidgetBuilders.h"
 
 #include <QAbstractItemView>
 #include <QCheckBox>
@@ -63,20 +64,6 @@ protected:
         painter.drawControl(QStyle::CE_ComboBoxLabel, option);
     }
 };
-
-QLabel* newLabelFor(const QString& text, QWidget* field)
-{
-    auto* label = new QLabel(text, field->parentWidget());
-    label->setBuddy(field);
-    return label;
-}
-
-QLabel* newWrappedLabel(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    return label;
-}
 
 QCheckBox* newCheck(const QString& text, bool on, QWidget* parent)
 {

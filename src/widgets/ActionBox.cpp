@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ActionBox.h"
 
+#include "PlainText.h"
+
 #include <QPointer>
 #include <QPushButton>
 
@@ -17,7 +19,26 @@ ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const
 
 int ActionBox::choose()
 {
-    const QPointer<ActionBox> self = this;
+    const QPointer<ActionBox> guard(this);
     exec();
-    return self ? static_cast<int>(actionButtons.indexOf(clickedButton())) : -1;
+    return guard ? static_cast<int>(actionButtons.indexOf(clickedButton())) : -1; // it may have gone with its parent
+}
+
+void showMessageBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
+{
+    const QPointer<ActionBox> box = new ActionBox(icon, title, messageForLabel(text), {}, parent);
+    box->choose();
+    delete box; // null if it went with its parent
+}
+
+bool askYesNo(QMessageBox::Icon icon, const QString& title, const QString& question, QWidget* parent)
+{
+    const QPointer<QMessageBox> box
+        = new QMessageBox(icon, title, messageForLabel(question), QMessageBox::Yes | QMessageBox::No, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setDefaultButton(QMessageBox::No);
+    const int answer = box->exec();
+    const bool yes = box && answer == QMessageBox::Yes;
+    delete box; // null if it went with its parent
+    return yes;
 }

@@ -19,3 +19,10 @@ public:
 private:
     QList<QPushButton*> actionButtons;
 };
+
+// Both stand it that `parent`, and the box with it, goes while the box is open. It may be gone when they return.
+
+/// Runs a box that has nothing but an Ok button. The middle of a very long text is left out.
+void showMessageBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent);
+/// Runs a box with Yes and No, default No. Returns true for Yes, and only if `parent` is still there.
+bool askYesNo(QMessageBox::Icon icon, const QString& title, const QString& question, QWidget* parent);

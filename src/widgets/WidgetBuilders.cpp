@@ -20,6 +20,20 @@ void makeRowTable(QTableView* table)
     table->horizontalHeader()->setStretchLastSection(true);
 }
 
+QLabel* newLabelFor(const QString& text, QWidget* field)
+{
+    auto* label = new QLabel(text, field->parentWidget());
+    label->setBuddy(field);
+    return label;
+}
+
+QLabel* newWrappedLabel(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    return label;
+}
+
 QLabel* newCidHeading(const QString& markup, const QString& cid, QWidget* parent)
 {
     auto* label = new QLabel(markup.arg(cid.toHtmlEscaped()), parent);

@@ -13,6 +13,11 @@ class QWidget;
 /// and a context menu that its owner provides.
 void makeRowTable(QTableView* table);
 
+/// A caption; its mnemonic leads to `field`.
+QLabel* newLabelFor(const QString& text, QWidget* field);
+/// For the program's own texts, which may be markup.
+QLabel* newWrappedLabel(const QString& text, QWidget* parent);
+
 /// A word-wrapped line that names what a dialog is about. `markup` is the program's own text with %1 for `cid`, which
 /// is shown as it is.
 QLabel* newCidHeading(const QString& markup, const QString& cid, QWidget* parent);

@@ -6,6 +6,7 @@
 #include "ModalAnswer.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
+#include "RemoteServicesDialog.h"
 #include "SplitActionButton.h"
 #include "WindowTest.h"
 
@@ -21,6 +22,8 @@
 #include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTextEdit>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -187,6 +190,26 @@ private slots:
         QVERIFY(log && log->isVisible() && !log->parentWidget());
         window->close(); // else the program would go on without it
         QTRY_VERIFY(!log);
+    }
+
+    void remoteServicesMoveBetweenTheModes()
+    {
+        node->answer("/pin/remote/service/ls", NodeAnswer::json(R"({"RemoteServices":[]})"));
+        open(*node);
+        QVERIFY(waitForRows(3));
+        trigger(u"Remote Services..."_s);
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        QVERIFY(std::ranges::count(windows, u"Remote pinning services"_s, &QWidget::windowTitle) == 1);
+        QVERIFY(!window->findChild<RemoteServicesDialog*>());
+        QTRY_COMPARE(status(), u"Loaded 0 remote service(s)"_s);
+        window->showRemoteServicesDialog(MainWindow::AuxChildWindow);
+        const QPointer<RemoteServicesDialog> dialog = window->findChild<RemoteServicesDialog*>();
+        QVERIFY(dialog && dialog->isVisible() && dialog->findChild<QLineEdit*>()->isEnabled());
+        QCOMPARE(node->count("/pin/remote/service/ls"), 1); // it is the same window
+        QCOMPARE(window->statusLog().filter(u"  Opened remote services window"_s).size(), 2);
+        dialog->close();
+        QTRY_VERIFY(!dialog);
+        QCOMPARE(window->statusLog().filter(u"  Remote services window closed"_s).size(), 1);
     }
 
     void everyControlIsReachedByTab()

@@ -10,7 +10,6 @@
 #include "IpfsClient.h"
 #include "NoticeArea.h"
 #include "PinToolBar.h"
-#include "PlainText.h"
 #include "RemotePinFlow.h"
 
 #include <QAction>
@@ -194,10 +193,7 @@ void MainWindow::onAddFailed(const QString& message)
     addProgress->finish(false);
     notices->showNotification(message, true);
     setStatusMessage(tr("Error: ") + message);
-    QPointer<ActionBox> box
-        = new ActionBox(QMessageBox::Critical, tr("Add to IPFS failed"), messageForLabel(message), {}, this);
-    box->choose();
-    delete box; // null if it went with this window
+    showMessageBox(QMessageBox::Critical, tr("Add to IPFS failed"), message, this);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)

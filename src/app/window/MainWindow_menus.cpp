@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "ActionBox.h"
 #include "ActivationDialog.h"
 #include "PinContentsDialog.h"
 #include "ProductInfo.h"
@@ -10,7 +11,6 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>
@@ -115,13 +115,5 @@ QString MainWindow::quitQuestion() const
 bool MainWindow::mayClose()
 {
     const QString question = quitQuestion();
-    if (question.isEmpty())
-        return true;
-    QPointer<QMessageBox> box
-        = new QMessageBox(QMessageBox::Question, u"Norvo"_s, question, QMessageBox::Yes | QMessageBox::No, this);
-    box->setTextFormat(Qt::PlainText);
-    box->setDefaultButton(QMessageBox::No);
-    const bool yes = box->exec() == QMessageBox::Yes;
-    delete box; // null if it went with this window
-    return yes;
+    return question.isEmpty() || askYesNo(QMessageBox::Question, u"Norvo"_s, question, this);
 }

@@ -2,19 +2,13 @@
 #include "MainWindow.h"
 
 #include "LogTime.h"
+#include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
 
 #include <QCloseEvent>
 
 using namespace Qt::StringLiterals;
-
-void MainWindow::setupToolWindows()
-{
-    connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
-    toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
-    toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
-}
 
 /// A dialog for a facility of the node; its messages go to the status line.
 template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
@@ -24,6 +18,14 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
         connect(dialog, &Dialog::statusMessageRequested, this, &MainWindow::setStatusMessage);
         return dialog;
     });
+}
+
+void MainWindow::setupToolWindows()
+{
+    connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
+    toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
+    toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
