@@ -20,8 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int spacing = 10;
-constexpr int listShare = 2;
+constexpr int serviceSpacing = 10;
+constexpr int servicesShare = 2;
 constexpr int formShare = 3;
 
 QString textOf(const QLineEdit* edit)
@@ -58,11 +58,11 @@ RemoteServicesDialog::RemoteServicesDialog(IpfsClient* newClient, QWidget* paren
 void RemoteServicesDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
-    column->setSpacing(spacing);
+    column->setSpacing(serviceSpacing);
     column->addLayout(newHeaderRow());
     auto* body = new QHBoxLayout;
-    body->setSpacing(spacing);
-    body->addLayout(newListColumn(), listShare);
+    body->setSpacing(serviceSpacing);
+    body->addLayout(newListColumn(), servicesShare);
     body->addLayout(newFormColumn(), formShare);
     column->addLayout(body, 1);
 
