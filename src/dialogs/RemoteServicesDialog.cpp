@@ -20,9 +20,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int rowSpacing = 10;
-constexpr int leftShare = 2;
-constexpr int rightShare = 3;
+constexpr int serviceSpacing = 10;
+constexpr int servicesShare = 2;
+constexpr int formShare = 3;
 
 QString textOf(const QLineEdit* edit)
 {
@@ -58,12 +58,12 @@ RemoteServicesDialog::RemoteServicesDialog(IpfsClient* newClient, QWidget* paren
 void RemoteServicesDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
-    column->setSpacing(rowSpacing);
+    column->setSpacing(serviceSpacing);
     column->addLayout(newHeaderRow());
     auto* body = new QHBoxLayout;
-    body->setSpacing(rowSpacing);
-    body->addLayout(newListColumn(), leftShare);
-    body->addLayout(newFormColumn(), rightShare);
+    body->setSpacing(serviceSpacing);
+    body->addLayout(newListColumn(), servicesShare);
+    body->addLayout(newFormColumn(), formShare);
     column->addLayout(body, 1);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);

@@ -10,6 +10,7 @@
 #include "IpfsClient.h"
 #include "NoticeArea.h"
 #include "PinToolBar.h"
+#include "PlainText.h"
 #include "RemotePinFlow.h"
 
 #include <QAction>
