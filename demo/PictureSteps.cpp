@@ -2,7 +2,7 @@
 #include "PictureSteps.h"
 
 #include <QEventLoop>
-#include <QTreeView>
+#include <QTreeWidget>
 
 #include <cstdio>
 #include <cstdlib>
@@ -43,4 +43,12 @@ QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& par
     const auto find = [&] { return rows->match(rows->index(0, 0, parent), Qt::DisplayRole, name).value(0); };
     awaitThat([&find] { return find().isValid(); }, u"there is no "_s + name);
     return find();
+}
+
+void showPathsOfAda(const QTreeWidget& paths, const QString& home)
+{
+    for (int row = 0; row < paths.topLevelItemCount(); ++row) {
+        QTreeWidgetItem* item = paths.topLevelItem(row);
+        item->setText(0, item->text(0).replace(home, u"/home/ada"_s));
+    }
 }

@@ -10,6 +10,7 @@
 #include <chrono>
 
 class QTreeView;
+class QTreeWidget;
 
 // The steps of the program that takes the pictures. One that is not possible ends it.
 
@@ -68,3 +69,6 @@ template <typename Act> void inNextMenu(const Act& act)
 
 /// The row called `name` below `parent`, as soon as there is one.
 QPersistentModelIndex rowThatComes(const QTreeView& tree, const QModelIndex& parent, const QString& name);
+
+/// Shows the paths in the first column as if `home` were somebody's usual home folder.
+void showPathsOfAda(const QTreeWidget& paths, const QString& home);

@@ -229,7 +229,7 @@ private:
             const auto* services = dialog.findChild<StatusLabel*>();
             awaitThat([services] { return !services->text().startsWith(u"Loading "_s); }, u"no services came"_s);
             dialog.addPaths(sampleSelection(home));
-            showHome(*dialog.findChild<QTreeWidget*>());
+            showPathsOfAda(*dialog.findChild<QTreeWidget*>(), home.path());
             take(&dialog, "add-dialog"_L1);
             dialog.accept();
         });
@@ -263,14 +263,6 @@ private:
         awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
         take(dialog, "remote-services"_L1);
         close<RemoteServicesDialog>();
-    }
-
-    void showHome(const QTreeWidget& paths) const
-    {
-        for (int row = 0; row < paths.topLevelItemCount(); ++row) {
-            QTreeWidgetItem* item = paths.topLevelItem(row);
-            item->setText(0, item->text(0).replace(home.path(), u"/home/ada"_s));
-        }
     }
 
     static std::unique_ptr<DemoNode> newNode()

@@ -224,6 +224,22 @@ void RemoteServicesDialog::reportFailure(const QString& message, const QString& 
     emit statusMessageRequested(statusMessage);
 }
 
+/// The node's list is asked for anew, since it has changed.
+void RemoteServicesDialog::finishChange(const QString& text, const QString& statusMessage)
+{
+    setBusy(false);
+    reportSuccess(text, statusMessage);
+    tokenEdit->clear();
+    onRefreshClicked();
+}
+
+/// As reportFailure, and in a box; the dialog may be gone when this returns.
+void RemoteServicesDialog::failInBox(const QString& message, const QString& statusMessage)
+{
+    reportFailure(message, statusMessage);
+    showBox(QMessageBox::Warning, message);
+}
+
 /// The dialog may be gone when this returns.
 void RemoteServicesDialog::showBox(QMessageBox::Icon icon, const QString& text)
 {
@@ -308,37 +324,28 @@ void RemoteServicesDialog::onServicesFailed(const QString& message)
 
 void RemoteServicesDialog::onServiceAdded(const QString& name)
 {
-    setBusy(false);
-    reportSuccess(tr("Service '%1' saved to Kubo.").arg(name), tr("Saved remote service '%1'").arg(name));
-    tokenEdit->clear();
-    onRefreshClicked();
+    finishChange(tr("Service '%1' saved to Kubo.").arg(name), tr("Saved remote service '%1'").arg(name));
 }
 
 void RemoteServicesDialog::onServiceAddFailed(const QString& message)
 {
-    reportFailure(message, message);
-    showBox(QMessageBox::Warning, message);
+    failInBox(message, message);
 }
 
 void RemoteServicesDialog::onServiceRemoved(const QString& name)
 {
-    setBusy(false);
-    reportSuccess(tr("Service '%1' removed.").arg(name), tr("Removed remote service '%1'").arg(name));
-    tokenEdit->clear();
-    onRefreshClicked();
+    finishChange(tr("Service '%1' removed.").arg(name), tr("Removed remote service '%1'").arg(name));
 }
 
 void RemoteServicesDialog::onServiceRemoveFailed(const QString& message)
 {
-    reportFailure(message, message);
-    showBox(QMessageBox::Warning, message);
+    failInBox(message, message);
 }
 
 void RemoteServicesDialog::onServiceTested(const QString& name, bool ok, const QString& message)
 {
     if (!ok) {
-        reportFailure(message, tr("Remote service '%1' test failed").arg(name));
-        showBox(QMessageBox::Warning, message);
+        failInBox(message, tr("Remote service '%1' test failed").arg(name));
         return;
     }
     setBusy(false);

@@ -61,6 +61,8 @@ private:
     void start(const QString& progress, const QString& statusMessage);
     void reportSuccess(const QString& text, const QString& statusMessage);
     void reportFailure(const QString& message, const QString& statusMessage);
+    void finishChange(const QString& text, const QString& statusMessage);
+    void failInBox(const QString& message, const QString& statusMessage);
     void showBox(QMessageBox::Icon icon, const QString& text);
 
     IpfsClient* client;
