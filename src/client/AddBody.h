@@ -10,8 +10,8 @@
 
 class QFile;
 
-/// The body of an upload: the very bytes that a QHttpMultiPart of type form data gives for the same parts, made while
-/// they are read. Reading costs what is read, however many parts there are, and memory grows with their number only.
+/// The body of an upload: the bytes that a QHttpMultiPart of type form data gives for the same parts, made while they
+/// are read. Reading costs what is read, however many parts there are, and memory grows with their number only.
 ///
 /// All files are opened when they are appended and stay open until they have been read. Once half of the descriptors
 /// that the program may have are in use, a further one is opened to see that it can be read, and again when its turn

@@ -29,6 +29,16 @@ QString failureOf(QNetworkReply* reply)
     return words.isEmpty() ? reply->errorString() : words;
 }
 
+/// A proxy's page of an error may repeat the address, which holds the token.
+QString withoutToken(QString text, const QUrl& address)
+{
+    for (const auto form : {QUrl::FullyDecoded, QUrl::FullyEncoded}) {
+        if (const QString token = QUrlQuery(address).allQueryItemValues(u"arg"_s, form).value(2); !token.isEmpty())
+            text.replace(token, u"…"_s);
+    }
+    return text;
+}
+
 } // namespace
 
 void IpfsClient::fetchRemoteServices(bool stat, const QString& name)
@@ -102,7 +112,8 @@ void IpfsClient::onRemoteServiceAddReplyFinished(QNetworkReply* reply)
     const QString name = reply->property(ReplyProperty::remoteServiceName).toString();
     reply->deleteLater();
     if (const QString failure = failureOf(reply); !failure.isEmpty())
-        emit remoteServiceAddFailed(tr("Failed to add remote service '%1': %2").arg(name, failure));
+        emit remoteServiceAddFailed(
+            tr("Failed to add remote service '%1': %2").arg(name, withoutToken(failure, reply->url())));
     else
         emit remoteServiceAdded(name);
 }

@@ -136,7 +136,7 @@ private slots:
         QByteArray read;
         for (qsizetype size = 1; !body.atEnd(); size = size * 3 % 1009 + 1)
             read += body.read(size);
-        QVERIFY(read == peer.body);
+        QVERIFY(read.toLower() == peer.body.toLower()); // newer versions of Qt write names of headers in small letters
         QCOMPARE(body.read(1), QByteArray());
         QTRY_VERIFY(reply->isFinished());
     }

@@ -70,6 +70,9 @@ private slots:
         row("added", "add", add, addQuery, empty, u"added n"_s);
         row("added, in other words", "add", add, addQuery, NodeAnswer::json("fine"), u"added n"_s);
         row("not added", "add", add, addQuery, error, u"Failed to add remote service 'n': "_s + words);
+        row("not added, by a page that repeats the address", "add", add, addQuery,
+            NodeAnswer::text(502, "no way to /add?" + addQuery + " (t+k==)"),
+            u"Failed to add remote service 'n': no way to /add?arg=n&arg=http%3A%2F%2Fx&arg=… (…)"_s);
         row("not added, on a good status", "add", add, addQuery, NodeAnswer::json(R"({"Error":" no "})"),
             u"Failed to add remote service 'n': no"_s);
         row("removed", "rm", rm, "arg=n", empty, u"removed n"_s);

@@ -418,9 +418,9 @@ private slots:
         form->setParent(reply);
         QTRY_VERIFY(reply->isFinished());
         const NodeRequest got = node->requests("/add").value(0);
-        QCOMPARE(got.body,
-                 "--" + form->boundary() + "\r\nContent-Disposition: form-data; name=\"file\"\r\n\r\nhello\r\n--"
-                     + form->boundary() + "--\r\n");
+        const QByteArray sent = "--" + form->boundary()
+            + "\r\nContent-Disposition: form-data; name=\"file\"\r\n\r\nhello\r\n--" + form->boundary() + "--\r\n";
+        QCOMPARE(got.body.toLower(), sent.toLower()); // newer versions of Qt write names of headers in small letters
         QVERIFY(got.header("Content-Type").contains(form->boundary()));
     }
 

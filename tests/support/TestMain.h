@@ -16,6 +16,7 @@ void failOnWarnings();
 // same waits without that; they look every 10 ms, not every 50.
 #undef QTRY_VERIFY_WITH_TIMEOUT
 #undef QTRY_VERIFY
+#undef QTRY_VERIFY2
 #undef QTRY_COMPARE_WITH_TIMEOUT
 #undef QTRY_COMPARE
 #define NORVO_WAIT_FOR(condition, timeout)                                                                             \
@@ -30,6 +31,11 @@ void failOnWarnings();
     do {                                                                                                               \
         NORVO_WAIT_FOR((actual) == (expected), timeout);                                                               \
         QCOMPARE(actual, expected);                                                                                    \
+    } while (false)
+#define QTRY_VERIFY2(condition, message)                                                                               \
+    do {                                                                                                               \
+        NORVO_WAIT_FOR(condition, 5000);                                                                               \
+        QVERIFY2(condition, message);                                                                                  \
     } while (false)
 #define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 5000)
 #define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 5000)
