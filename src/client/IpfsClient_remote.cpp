@@ -168,6 +168,8 @@ void IpfsClient::onRemotePinAddReplyFinished(QNetworkReply* reply)
     const QString cid = reply->property(ReplyProperty::remoteCid).toString();
     const QString service = reply->property(ReplyProperty::remoteService).toString();
     reply->deleteLater();
+    if (isOfFormerNode(reply)) // what it says is not of a flow at this one
+        return;
     if (const QString failure = failureOf(reply); !failure.isEmpty())
         emit remotePinQueueFailed(cid, service, tr("Remote pin failed for %1: %2").arg(cid, failure));
     else

@@ -7,6 +7,7 @@
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "RemotePinFlow.h"
+#include "TestFiles.h"
 #include "WindowTest.h"
 
 #include <QAction>
@@ -67,18 +68,20 @@ private slots:
         newFile(u"docs/a+b 100%.txt"_s, "hello");
         newFile(u"docs/.hidden/ünï \"q\".bin"_s, QByteArray(700'000, '\x7f'));
         newFile(u"docs/empty"_s, {});
+        newFile(u"docs/"_s + QString(u"d/"_s).repeated(200) + u"deep"_s, "deep");
+        newFile(u"docs/"_s + QString(127, u'é') + u'x', "a name of 255 bytes");
         WindowTest::open(demo);
         QVERIFY(waitForRows(5));
         add({folder->path() + u"/docs"_s});
         QTRY_VERIFY(result);
         QCOMPARE(boxText.section(u'\n', 0, 0), u"Add operation completed successfully."_s);
         const QStringList cids = QGuiApplication::clipboard()->text().split(u'\n');
-        QCOMPARE(cids.size(), 6); // three files, two folders and what is around them
+        QCOMPARE(cids.size(), 5 + 202 + 1); // files, folders and what is around them
         QCOMPARE(boxText.section(u'\n', -1), cids.constFirst());
         QVERIFY(waitForRows(6));
         const auto cell = [&](int section) { return cells(section).value(cells(0).indexOf(cids.constFirst())); };
         QTRY_COMPARE(cell(PinModel::KindColumn), u"Directory"_s);
-        QTRY_COMPARE(cell(PinModel::SizeColumn), u"428.0 KB"_s); // two of its three chunks are the same
+        QTRY_COMPARE(cell(PinModel::SizeColumn), u"438.2 KB"_s); // two of its three chunks are the same
 
         const QTemporaryDir target;
         PinContentsDialog dialog(cids.constFirst(), window->findChild<IpfsClient*>(), nullptr, {});
@@ -116,6 +119,23 @@ private slots:
              {u"  Remote pin queued for bafy"_s, u"  Remote pin status (mysrv): 0 pinned, 1 pending, 0 failed."_s,
               u"  Remote pin complete on 'mysrv': 1 pinned, 0 failed."_s, u"  Unpinned 1 CID(s)"_s})
             QVERIFY2(!log.filter(step).isEmpty(), qPrintable(step));
+    }
+
+    /// One question is open, however often the time comes, and none once the window is gone.
+    void aServiceThatHangs()
+    {
+        DemoNode demo({.port = 0, .pins = 2, .remoteServices = {u"hanging"_s}});
+        WindowTest::open(demo);
+        QVERIFY(waitForRows(2));
+        auto* flow = window->findChild<RemotePinFlow*>();
+        flow->setPace(10ms, RemotePinFlow::mostTicks);
+        flow->start({.remoteServiceNickname = u"hanging"_s},
+                    u"bafkreihdwdcefgh4dqkjv67uzcmw7ojee6xedzdetojuzjevtenxquvyku"_s, {});
+        QTRY_COMPARE(demo.openNow("/pin/remote/ls"), 1);
+        QTest::qWait(100);
+        QCOMPARE(demo.headCount("/pin/remote/ls"), 1);
+        window.reset();
+        QTRY_COMPARE(demo.openNow(), 0);
     }
 
     void endings_data()
@@ -273,12 +293,7 @@ private slots:
 private:
     QString newFile(const QString& name, const QByteArray& content) const
     {
-        const QString full = folder->path() + u'/' + name;
-        QDir().mkpath(QFileInfo(full).path());
-        QFile file(full);
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            QTest::qFail("can't write", __FILE__, __LINE__);
-        return full;
+        return writeTestFile(folder->path(), name, content);
     }
 
     /// Goes through the dialog, and through the box at the end by the button `choice`.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "AddBody.h"
 #include "ClientLog.h"
-#include "OpenFiles.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -279,12 +279,7 @@ private slots:
 private:
     QString newFile(const QString& name, const QByteArray& content) const
     {
-        const QString full = folder->path() + u'/' + name;
-        QDir().mkpath(QFileInfo(full).path());
-        QFile file(full);
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            QTest::qFail("can't write", __FILE__, __LINE__);
-        return full;
+        return writeTestFile(folder->path(), name, content);
     }
 
     std::unique_ptr<QTemporaryDir> folder;

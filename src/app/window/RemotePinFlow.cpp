@@ -107,13 +107,21 @@ void RemotePinFlow::onRemotePinQueued(const QString& cid, const QString& service
 
 void RemotePinFlow::onRemotePinQueueFailed(const QString& cid, const QString& service, const QString& message)
 {
-    if (isOfAnother(cid, service))
-        return;
-    remotePinPending.remove(cid);
-    remotePinFailed.insert(cid);
-    emit notificationRequested(tr("Remote pin queue failed (%1): %2").arg(service, message), true);
-    if (remotePinPending.isEmpty())
+    const bool counts = !isOfAnother(cid, service);
+    if (counts) {
+        remotePinPending.remove(cid);
+        remotePinFailed.insert(cid);
+    }
+    showProblem(tr("Remote pin queue failed (%1): %2").arg(service, message));
+    if (counts && remotePinPending.isEmpty())
         finalizeRemotePinFlow();
+}
+
+/// In the status as well, and so in its log: the end of the flow may take the notification's place at once.
+void RemotePinFlow::showProblem(const QString& text)
+{
+    emit notificationRequested(text, true);
+    emit statusMessageRequested(text);
 }
 
 /// Whether an answer is not of the flow that runs. One that an earlier flow asked for must not have a pin removed that
@@ -147,8 +155,9 @@ void RemotePinFlow::onRemotePinStatusReceived(const QString& cid, const QString&
 /// The next tick asks again.
 void RemotePinFlow::onRemotePinStatusFailed(const QString& cid, const QString& service, const QString& message)
 {
-    unanswered.remove(cid);
-    emit notificationRequested(tr("Remote status check failed (%1): %2").arg(service, message), true);
+    if (!isOfAnother(cid, service))
+        unanswered.remove(cid);
+    showProblem(tr("Remote status check failed (%1): %2").arg(service, message));
 }
 
 void RemotePinFlow::finalizeRemotePinFlow()

@@ -51,6 +51,7 @@ private slots:
 
 private:
     bool isOfAnother(const QString& cid, const QString& service) const;
+    void showProblem(const QString& text);
     void finalizeRemotePinFlow();
     void failPending();
 
