@@ -9,7 +9,7 @@
 /// Writes a file below `folder`, and the folders above it. Returns its path.
 inline QString writeTestFile(const QString& folder, const QString& name, const QByteArray& content)
 {
-    const QString path = folder + u'/' + name;
+    QString path = folder + u'/' + name;
     QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
