@@ -22,11 +22,11 @@ constexpr qint64 lineEndSize = 2;
 /// arrive as something else, or end the reading.
 QByteArray encoded(const QString& text, QByteArrayView special)
 {
-    const QByteArray bytes = text.toUtf8();
+    QByteArray bytes = text.toUtf8();
     if (std::ranges::none_of(bytes, [special](char byte) { return special.contains(byte); }))
         return bytes;
     QByteArray result;
-    for (const char byte : bytes) {
+    for (const char byte : std::as_const(bytes)) {
         if (special.contains(byte))
             result.append('%').append(QByteArray(1, byte).toHex().toUpper());
         else

@@ -72,15 +72,14 @@ void IpfsClient::onRemoteServicesReplyFinished(QNetworkReply* reply)
 
 void IpfsClient::reportServiceTest(const QString& name, const ServiceList& list)
 {
+    const QString unusable = tr("Service '%1' is configured but could not be reached, or refused its access token.");
     const auto found = std::ranges::find(list.services, name, [](const ListedService& s) { return s.entry.name; });
     if (!list.error.isEmpty())
         emit remoteServiceTested(name, false, list.error);
     else if (found == list.services.end())
         emit remoteServiceTested(name, false, tr("Service '%1' was not returned by Kubo.").arg(name));
     else if (!found->status.isEmpty() && found->status != "valid"_L1)
-        emit remoteServiceTested(
-            name, false,
-            tr("Service '%1' is configured but could not be reached, or refused its access token.").arg(name));
+        emit remoteServiceTested(name, false, unusable.arg(name));
     else
         emit remoteServiceTested(name, true, tr("Service '%1' is configured and reachable.").arg(name));
 }
@@ -111,9 +110,9 @@ void IpfsClient::onRemoteServiceAddReplyFinished(QNetworkReply* reply)
 {
     const QString name = reply->property(ReplyProperty::remoteServiceName).toString();
     reply->deleteLater();
-    if (const QString failure = failureOf(reply); !failure.isEmpty())
-        emit remoteServiceAddFailed(
-            tr("Failed to add remote service '%1': %2").arg(name, withoutToken(failure, reply->url())));
+    const QString failure = withoutToken(failureOf(reply), reply->url());
+    if (!failure.isEmpty())
+        emit remoteServiceAddFailed(tr("Failed to add remote service '%1': %2").arg(name, failure));
     else
         emit remoteServiceAdded(name);
 }
@@ -121,11 +120,12 @@ void IpfsClient::onRemoteServiceAddReplyFinished(QNetworkReply* reply)
 void IpfsClient::removeRemoteService(const QString& name)
 {
     const QString removed = name.trimmed();
-    if (removed.isEmpty())
+    if (removed.isEmpty()) {
         emit remoteServiceRemoveFailed(tr("Service name is required."));
-    else
-        call(u"/pin/remote/service/rm"_s, rpcQuery({{u"arg"_s, removed}}), &IpfsClient::onRemoteServiceRmReplyFinished)
-            ->setProperty(ReplyProperty::remoteServiceName, removed);
+        return;
+    }
+    call(u"/pin/remote/service/rm"_s, rpcQuery({{u"arg"_s, removed}}), &IpfsClient::onRemoteServiceRmReplyFinished)
+        ->setProperty(ReplyProperty::remoteServiceName, removed);
 }
 
 void IpfsClient::onRemoteServiceRmReplyFinished(QNetworkReply* reply)

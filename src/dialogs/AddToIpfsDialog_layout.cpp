@@ -78,7 +78,7 @@ int widthOfLetters(const QWidget* field, int letters)
 }
 
 /// Works while `view` has the focus, and before the dialog would take the key for its default button.
-template <typename Slot> void bindKey(QKeySequence key, QWidget* view, AddToIpfsDialog* dialog, Slot slot)
+template <typename Slot> void bindKey(const QKeySequence& key, QWidget* view, AddToIpfsDialog* dialog, Slot slot)
 {
     const auto* shortcut = new QShortcut(key, view, nullptr, nullptr, Qt::WidgetShortcut);
     QObject::connect(shortcut, &QShortcut::activated, dialog, slot);

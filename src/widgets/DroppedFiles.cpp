@@ -41,7 +41,7 @@ QStringList localPathsOf(const QMimeData& data)
 
 QStringList acceptLocalPaths(QDropEvent* event)
 {
-    const QStringList paths = localPathsOf(*event->mimeData());
+    QStringList paths = localPathsOf(*event->mimeData());
     event->setDropAction(Qt::CopyAction);
     event->setAccepted(!paths.isEmpty());
     return paths;

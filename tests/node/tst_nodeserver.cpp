@@ -62,6 +62,25 @@ QByteArray withoutFrames(const QByteArray& text)
     return body;
 }
 
+/// What a call can't do without, and what it may not have.
+template <typename Row> void argumentRows(const Row& row)
+{
+    row("no argument", post("/refs?recursive=true"), "400", "argument \"ipfs-path\" is required\n");
+    row("argument with a raw semicolon", post("/refs?arg=a;b"), "400", "argument \"ipfs-path\" is required\n");
+    row("doubled option", post("/pin/ls?type=all&type=direct"), "400",
+        "expected key type to have only a single value, received [all direct]\n");
+    row("doubled option that nobody knows", post("/id?x=1&x=2"), "200");
+    row("add of nothing", post("/add"), "400", "file argument 'path' is required\n");
+    row("add without boundary", post("/add", "Content-Type: multipart/form-data\r\n"), "400",
+        "no multipart boundary param in Content-Type\n");
+    row("no number", post("/add?cid-version=x"), "400",
+        "could not convert value \"x\" to type \"int\" (for option \"-cid-version\")\n");
+    row("add of an unknown version", post("/add?cid-version=2", "Content-Type: multipart/form-data; boundary=b\r\n"),
+        "500", "unknown CID version: 2");
+    row("no bool", post("/pin/ls?stream=yes"), "400",
+        "could not convert value \"yes\" to type \"bool\" (for option \"-stream\")\n");
+}
+
 } // namespace
 
 /// What a node does with requests that a proper client never sends, and how an answer goes wrong if it is asked to.
@@ -120,21 +139,7 @@ private slots:
         row("head", "HEAD /api/v0/id HTTP/1.1\r\n\r\n", "405", "Allow: OPTIONS, POST\r\n\r\n");
         row("unknown path", post("/pin/nothing"), "404", "404 page not found\n");
 
-        row("no argument", post("/refs?recursive=true"), "400", "argument \"ipfs-path\" is required\n");
-        row("argument with a raw semicolon", post("/refs?arg=a;b"), "400", "argument \"ipfs-path\" is required\n");
-        row("doubled option", post("/pin/ls?type=all&type=direct"), "400",
-            "expected key type to have only a single value, received [all direct]\n");
-        row("doubled option that nobody knows", post("/id?x=1&x=2"), "200");
-        row("add of nothing", post("/add"), "400", "file argument 'path' is required\n");
-        row("add without boundary", post("/add", "Content-Type: multipart/form-data\r\n"), "400",
-            "no multipart boundary param in Content-Type\n");
-        row("no number", post("/add?cid-version=x"), "400",
-            "could not convert value \"x\" to type \"int\" (for option \"-cid-version\")\n");
-        row("add of an unknown version",
-            post("/add?cid-version=2", "Content-Type: multipart/form-data; boundary=b\r\n"), "500",
-            "unknown CID version: 2");
-        row("no bool", post("/pin/ls?stream=yes"), "400",
-            "could not convert value \"yes\" to type \"bool\" (for option \"-stream\")\n");
+        argumentRows(row);
     }
     /// Two of each: what is said goes for a kept connection too, and afterwards the node still answers.
     void requests()

@@ -130,10 +130,11 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     const bool isShort = addShortfall.isShort();
     const bool pinsRemotely = isPinnedRemotely(lastAddOptions);
     const bool nodeWasLeft = addAddress != client->baseUrl();
-    if (pinsRemotely && (isShort || nodeWasLeft))
+    if (pinsRemotely && (isShort || nodeWasLeft)) {
         addShortfall.serviceLeftOut = nodeWasLeft
             ? tr("It was not pinned at the remote service: the node's address has changed.")
             : tr("It was not pinned at the remote service, since it is not complete.");
+    }
     if (rootCid.isEmpty()) {
         notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
         setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));

@@ -20,7 +20,7 @@ constexpr std::array endpointKeys {"ApiEndpoint"_L1, "Endpoint"_L1, "apiEndpoint
 template <typename Keys> QString firstText(const QJsonObject& object, const Keys& keys)
 {
     for (const QLatin1StringView key : keys) {
-        if (const QString text = object.value(key).toString().trimmed(); !text.isEmpty())
+        if (QString text = object.value(key).toString().trimmed(); !text.isEmpty())
             return text;
     }
     return {};
@@ -55,7 +55,7 @@ QList<QJsonObject> pinsOf(const QJsonObject& answer)
         return {answer};
     QList<QJsonObject> pins;
     const QJsonArray values = array.toArray();
-    for (const QJsonValue& value : values)
+    for (const auto& value : values)
         pins.append(value.toObject());
     return pins;
 }
@@ -107,7 +107,7 @@ ServiceList parseServiceList(const QByteArray& body)
     if (!list.error.isEmpty())
         return list;
     const QJsonArray services = servicesOf(answer);
-    for (const QJsonValue& value : services) {
+    for (const auto& value : services) {
         const QJsonObject service = value.toObject();
         const QString name = firstText(service, nameKeys);
         if (!name.isEmpty())
