@@ -52,7 +52,7 @@ double scrolled(QScrollBar* bar)
     return static_cast<double>(longest) / 1e6;
 }
 
-/// Tells whether all refs came.
+/// Returns whether all refs came.
 bool measure(Bench& bench, quint16 port)
 {
     IpfsClient client;

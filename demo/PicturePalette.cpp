@@ -11,7 +11,7 @@ namespace {
 
 constexpr qsizetype paletteSize = 256;
 
-/// Colours with the same one are hardly told apart.
+/// Colours with the same one can hardly be distinguished.
 QRgb roughColor(QRgb color)
 {
     return color & 0xe0e0e0;

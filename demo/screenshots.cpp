@@ -150,7 +150,7 @@ private:
         const QTemporaryDir target;
         auto* progress = dialog->findChild<QProgressBar*>();
         QPixmap picture;
-        // Queued: by then the next download has begun, and the status tells of that.
+        // Queued: by then the next download has begun, and the status shows that.
         QObject::connect(
             progress, &QProgressBar::valueChanged, dialog,
             [dialog, progress, &picture](int done) {

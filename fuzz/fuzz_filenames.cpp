@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// Any text cleans to a path inside the folder it is put behind, part by part, and to the same once more.
+/// Any text cleans to a path inside the folder it is appended to, part by part, and to the same once more.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     QString text(static_cast<qsizetype>(size / sizeof(QChar)), Qt::Uninitialized);

@@ -34,7 +34,7 @@ public:
     void limitBuffers(int bytes) { bufferLimit = bytes; }
 
     int connectionCount() const { return connections; }
-    /// Requests whose head has come, whatever became of them; an empty path stands for all, here and below.
+    /// Requests whose head has come, whatever became of them; an empty path means all, here and below.
     int headCount(const QByteArray& path = {}) const { return counts.value(path).heads; }
     /// Requests whose answer has not ended, from their head on.
     int openNow(const QByteArray& path = {}) const { return counts.value(path).open; }

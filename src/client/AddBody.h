@@ -68,7 +68,7 @@ private:
     qint64 total; ///< bytes of the whole body
     qint64 given = 0;
 
-    size_t next = 0; ///< the part that is due after the current one; one beyond the last stands for the end
+    size_t next = 0; ///< the part that is due after the current one; one beyond the last is the end
     QByteArray text; ///< what comes before the current part's file
     qsizetype textGiven = 0;
     qint64 fileLeft = 0; ///< bytes of the current part's file

@@ -23,5 +23,5 @@ template <typename Work, typename Done> void runDetached(QObject* context, Work 
         [result, done = std::move(done)]() mutable { done(std::move(**result)); });
 }
 
-/// Waits until no detached work runs, for at most `limit`; for the end of `main`. Tells whether all work has ended.
+/// Waits until no detached work runs, for at most `limit`; for the end of `main`. Returns whether all work has ended.
 bool waitForDetached(std::chrono::milliseconds limit);

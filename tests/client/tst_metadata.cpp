@@ -309,7 +309,7 @@ private slots:
         };
         QTest::newRow("whole") << file(QByteArray("a\0b", 3), "3") << u"cat c 3"_s;
         QTest::newRow("empty") << file({}, "0") << u"cat c 0"_s;
-        QTest::newRow("length not told") << NodeAnswer::text(200, "abc") << u"cat c 3"_s;
+        QTest::newRow("length not known") << NodeAnswer::text(200, "abc") << u"cat c 3"_s;
         QTest::newRow("short") << file("abc", "12") << u"cat failed c 3 of 12 bytes received"_s;
         QTest::newRow("fails") << NodeAnswer::error("this dag node is a directory")
                                << u"cat failed c Error transferring http://127.0.0.1:%1/api/v0/cat?arg=c"

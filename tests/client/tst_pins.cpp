@@ -154,7 +154,7 @@ private slots:
 
     void compositeJoinsInAnyOrder_data()
     {
-        QTest::addColumn<QByteArrayList>("order"); // a half behind "!" fails
+        QTest::addColumn<QByteArrayList>("order"); // a half after "!" fails
         QTest::addColumn<QStringList>("outcome");
         const QString on = u"connected"_s;
         const QString off = u"disconnected"_s;

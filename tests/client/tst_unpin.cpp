@@ -119,7 +119,7 @@ private slots:
         client->unpin({u" "_s, u"\t\n"_s, QString()}, true);
         client->unpin({}, false);
         node->answer(rmPath, NodeAnswer::json("{}"));
-        client->unpin({u" c "_s}, false); // as it stands, and at once
+        client->unpin({u" c "_s}, false); // as it is, and at once
         QTRY_COMPARE(log->lines, QStringList {u"unpinned c"_s});
         QCOMPARE(node->requests().size(), 1);
     }
@@ -152,7 +152,7 @@ private slots:
     void pinsUnderTheirExactCid_data()
     {
         QTest::addColumn<QString>("batch");
-        QTest::addColumn<QString>("stay"); // told as not removed
+        QTest::addColumn<QString>("stay"); // reported as not removed
         QTest::newRow("one of version 1") << u"v1"_s << u""_s;
         QTest::newRow("the first call removes some") << u"v0 v1 raw"_s << u""_s;
         QTest::newRow("stops at once") << u"v1 v0 raw"_s << u""_s;
@@ -171,7 +171,7 @@ private slots:
         DemoNode demo({.port = 0, .pins = 10});
         client->setEndpoint(u"127.0.0.1"_s, demo.port());
         const QString indirect = indirectCid();
-        client->unpin({shown(u"gone"_s)}, true); // behind the back of the list that comes next
+        client->unpin({shown(u"gone"_s)}, true); // unknown to the list that comes next
         QTRY_COMPARE(log->count("unpinned"_L1), 1);
         client->fetchPins(PinType::all, u"base32"_s, true);
         QTRY_COMPARE(log->count("pins"_L1), 1);

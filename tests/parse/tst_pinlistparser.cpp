@@ -46,7 +46,7 @@ private slots:
         QTest::newRow("wrapped line") << QByteArray(R"({"PinLsObject":{"Cid":"a","Name":"n","Type":"direct"}})"
                                                     "\n")
                                       << one << 0 << false;
-        QTest::newRow("wrapper stands above the line's own keys") << QByteArray(R"({"PinLsObject":7,"Cid":"a"})"
+        QTest::newRow("wrapper comes before the line's own keys") << QByteArray(R"({"PinLsObject":7,"Cid":"a"})"
                                                                                 "\n")
                                                                   << QStringList() << 0 << false;
         QTest::newRow("no line feed at the end")

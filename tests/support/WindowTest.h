@@ -50,7 +50,7 @@ protected:
     QPushButton* refreshButton() const { return window->findChild<QPushButton*>(QStringLiteral("refreshBtn")); }
     QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString status() const { return label(QLatin1StringView("statusLabel"))->text(); }
-    /// The field behind a caption of the tool bar.
+    /// The field next to a caption of the tool bar.
     template <typename Field> Field* field(QLatin1StringView caption) const
     {
         for (const auto* text : window->findChildren<QLabel*>()) {

@@ -13,7 +13,7 @@ class CurlLoop;
 /// with no proxy, no time limit and no decoding of what comes; any other request ends as failed.
 ///
 /// A body that is not QByteArray or QHttpMultiPart needs a device that is open and knows its size; it is read once,
-/// from where it stands, and what it says in errorString() becomes the reply's if reading fails.
+/// from its current position, and what it says in errorString() becomes the reply's if reading fails.
 ///
 /// An answer that the node broke off, by a trailer "X-Stream-Error", is a failure (UnknownServerError) with the node's
 /// words as error string. Trailers can be read with rawHeader() once the reply has finished.
