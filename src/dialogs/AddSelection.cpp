@@ -76,6 +76,7 @@ QStringList normalizedPaths(const QStringList& paths)
 QList<LocalPathSelection> uploadSelections(const QStringList& paths)
 {
     QList<LocalPathSelection> selections;
+    selections.reserve(paths.size());
     UniqueNames names;
     for (const QString& path : paths) {
         const QFileInfo info(path);

@@ -119,7 +119,8 @@ void AddToIpfsDialog::storeLastFolder() const
     if (!browserTree->selectionModel()->isSelected(current))
         return;
     const QModelIndex folder = fileSystemModel->isDir(current) ? current : current.parent();
-    openAppSettings().setValue(lastFolderKey, fileSystemModel->filePath(folder));
+    QSettings settings = openAppSettings();
+    settings.setValue(lastFolderKey, fileSystemModel->filePath(folder));
 }
 
 void AddToIpfsDialog::dragEnterEvent(QDragEnterEvent* event)
@@ -281,8 +282,10 @@ void AddToIpfsDialog::onAcceptClicked()
         QMessageBox::information(this, tr("Add to IPFS"), reason);
         return;
     }
-    if (const QString nickname = serviceNickname(); !nickname.isEmpty())
-        openAppSettings().setValue(nicknameKey, nickname); // for a local add as well
+    if (const QString nickname = serviceNickname(); !nickname.isEmpty()) { // for a local add as well
+        QSettings settings = openAppSettings();
+        settings.setValue(nicknameKey, nickname);
+    }
     storeLastFolder();
     accept();
 }

@@ -176,9 +176,9 @@ void RemoteServicesDialog::updateButtons()
     saveButton->setEnabled(!busy && isComplete);
     removeButton->setEnabled(!busy && isNamed);
     testButton->setEnabled(!busy && isNamed);
-    for (QWidget* input : {static_cast<QWidget*>(serviceList), static_cast<QWidget*>(nicknameEdit),
-                           static_cast<QWidget*>(endpointEdit), static_cast<QWidget*>(tokenEdit)})
-        input->setEnabled(!busy);
+    serviceList->setEnabled(!busy);
+    for (QLineEdit* field : {nicknameEdit, endpointEdit, tokenEdit})
+        field->setEnabled(!busy);
 }
 
 /// While its widget is disabled, the focus waits at the dialog itself. Else it would go on to Close, and whoever

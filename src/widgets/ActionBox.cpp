@@ -11,6 +11,7 @@ ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const
 {
     setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::TextSelectableByMouse);
+    actionButtons.reserve(actions.size());
     for (const QString& action : actions)
         actionButtons.append(addButton(action, ActionRole));
     setDefaultButton(addButton(Ok));

@@ -55,6 +55,7 @@ QList<QJsonObject> pinsOf(const QJsonObject& answer)
         return {answer};
     QList<QJsonObject> pins;
     const QJsonArray values = array.toArray();
+    pins.reserve(values.size());
     for (const auto& value : values)
         pins.append(value.toObject());
     return pins;
