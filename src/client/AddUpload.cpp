@@ -2,13 +2,14 @@
 #include "AddUpload.h"
 
 #include "AddParser.h"
+#include "AddWalk.h"
 
-AddUpload::AddUpload(const AddOptions& options, const QSet<QString>& files, int skipped, int loops)
-    : addTotalFiles(static_cast<int>(files.size()))
+AddUpload::AddUpload(const AddOptions& options, const AddWalk& walk)
+    : addTotalFiles(walk.fileCount())
     , addOptionsByReply(options)
-    , filesSkipped(skipped)
-    , foldersWithinThemselves(loops)
-    , awaited(files)
+    , filesSkipped(walk.skipped())
+    , foldersWithinThemselves(walk.foldersWithinThemselves())
+    , awaited(walk.files())
 {
 }
 
@@ -36,7 +37,11 @@ void AddUpload::keep(const AddEntry& entry)
 {
     if (entry.cid.isEmpty())
         return;
-    awaited.remove(entry.name);
+    if (const auto file = awaited.find(entry.name); file != awaited.end()) {
+        ++reportedFiles;
+        if (--*file == 0)
+            awaited.erase(file);
+    }
     addEntries.append(entry);
 }
 

@@ -4,15 +4,17 @@
 #include "AddRecords.h"
 #include "LineBuffer.h"
 
+#include <QHash>
 #include <QList>
-#include <QSet>
+
+class AddWalk;
 
 /// What an upload has come to so far. Its reply holds it.
 class AddUpload
 {
 public:
-    /// `files` are the names of the files in the body.
-    AddUpload(const AddOptions& options, const QSet<QString>& files, int skipped, int foldersWithinThemselves);
+    /// What `walk` has put into the body.
+    AddUpload(const AddOptions& options, const AddWalk& walk);
 
     /// Takes the next bytes of the node's answer.
     void take(const QByteArray& chunk);
@@ -23,7 +25,7 @@ public:
     QString rootCid() const;
     /// Whether something was to be added and is not in what the node reported.
     bool isShort() const;
-    int filesReported() const { return addTotalFiles - static_cast<int>(awaited.size()); }
+    int filesReported() const { return reportedFiles; }
     bool rootLineMissing() const;
 
     LineBuffer addStreamBuffers;   ///< what came after the last line feed
@@ -41,5 +43,6 @@ public:
 private:
     void keep(const AddEntry& entry);
 
-    QSet<QString> awaited; ///< files that the node has not reported
+    QHash<QString, int> awaited; ///< names of files that the node has not reported, with how often
+    int reportedFiles = 0;
 };

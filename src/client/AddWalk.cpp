@@ -46,14 +46,17 @@ void AddWalk::add(const LocalPathSelection& selection)
 void AddWalk::addEntry(const QFileInfo& entry, const QString& name)
 {
     const QString path = entry.absoluteFilePath();
-    if (entry.isDir())
+    if (entry.isDir()) {
         addFolder(path, name);
-    else if (!entry.isFile())
-        return;
-    else if (body.appendFile(path, name))
-        fileNames.insert(name);
-    else
+    } else if (!entry.isFile()) {
+        if (!entry.exists() && !entry.isSymLink()) // gone since the folder was listed
+            ++skippedCount;
+    } else if (body.appendFile(path, name)) {
+        ++fileNames[name];
+        ++filesInBody;
+    } else {
         ++skippedCount;
+    }
 }
 
 /// The root of a file system has no name: what is in it goes to the top.

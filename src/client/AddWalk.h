@@ -3,6 +3,7 @@
 
 #include "AddRecords.h"
 
+#include <QHash>
 #include <QSet>
 #include <QString>
 
@@ -19,8 +20,9 @@ public:
     /// What can't be read is skipped and counted.
     void add(const LocalPathSelection& selection);
 
-    /// The names of the files in the body.
-    const QSet<QString>& files() const { return fileNames; }
+    /// The names of the files in the body, each with how often it is there.
+    const QHash<QString, int>& files() const { return fileNames; }
+    int fileCount() const { return filesInBody; }
     /// Files and folders that could not be opened, or are gone.
     int skipped() const { return skippedCount; }
     int foldersWithinThemselves() const { return loopCount; }
@@ -31,8 +33,9 @@ private:
     void walk(const QString& path, const QString& name);
 
     AddBody& body;
-    QSet<QString> fileNames;
+    QHash<QString, int> fileNames;
     QSet<QString> above; ///< canonical paths of the folders that the walk is in
+    int filesInBody = 0;
     int skippedCount = 0;
     int loopCount = 0;
 };

@@ -21,7 +21,10 @@ IpfsClient::IpfsClient(QObject* parent)
 
 void IpfsClient::setEndpoint(const QString& newHost, unsigned short newPort)
 {
+    const QString former = endpoint.base;
     endpoint = RpcEndpoint::at(newHost, newPort);
+    if (endpoint.base != former)
+        emit endpointChanged();
 }
 
 QNetworkReply* IpfsClient::postRequest(const QString& path, const QUrlQuery& query)

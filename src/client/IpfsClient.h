@@ -56,6 +56,9 @@ public:
     void fetchNodeInfo();
 
 signals:
+    /// Another address is in use. Node information, service lists and states of remote pins of the former one are not
+    /// reported any more.
+    void endpointChanged();
     /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request. A secret in it reads "…".
     void rpcRequestIssued(QString requestDescription);
     void errorOccurred(QString message);

@@ -55,8 +55,7 @@ void IpfsClient::addLocalPaths(const QList<LocalPathSelection>& selections, cons
     body->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     const QByteArray contentType = body->contentType();
     QNetworkReply* reply = transport->upload(request, contentType, body.release());
-    const auto upload
-        = std::make_shared<AddUpload>(options, walk.files(), walk.skipped(), walk.foldersWithinThemselves());
+    const auto upload = std::make_shared<AddUpload>(options, walk);
     reply->setProperty(ReplyProperty::addUpload, QVariant::fromValue(upload));
     connect(reply, &QNetworkReply::uploadProgress, this, &IpfsClient::addBytesSent);
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { onAddReplyReadyRead(reply); });

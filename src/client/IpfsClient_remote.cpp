@@ -4,6 +4,7 @@
 #include "RemoteParser.h"
 #include "ReplyProperties.h"
 #include "RpcQuery.h"
+#include "ShownAddress.h"
 
 #include <QJsonDocument>
 #include <QNetworkReply>
@@ -19,24 +20,14 @@ constexpr auto listAction = "list"_L1;
 /// Of a pin at a service; a node asked for none of them shows the pinned ones alone.
 constexpr std::array pinStates {"queued"_L1, "pinning"_L1, "pinned"_L1, "failed"_L1};
 
-/// Why a call failed; empty if it didn't, which is so unless it says otherwise.
+/// Why a call failed; empty if it didn't, which is so unless it says otherwise. A proxy's page may repeat the address.
 QString failureOf(QNetworkReply* reply)
 {
     const QByteArray body = reply->readAll();
     if (reply->error() == QNetworkReply::NoError)
-        return QJsonDocument::fromJson(body)["Error"_L1].toString().trimmed();
+        return withoutSecrets(QJsonDocument::fromJson(body)["Error"_L1].toString().trimmed(), reply->url());
     const QString words = QString::fromUtf8(body).trimmed();
-    return words.isEmpty() ? reply->errorString() : words;
-}
-
-/// A proxy's page of an error may repeat the address, which holds the token.
-QString withoutToken(QString text, const QUrl& address)
-{
-    for (const auto form : {QUrl::FullyDecoded, QUrl::FullyEncoded}) {
-        if (const QString token = QUrlQuery(address).allQueryItemValues(u"arg"_s, form).value(2); !token.isEmpty())
-            text.replace(token, u"…"_s);
-    }
-    return text;
+    return words.isEmpty() ? reply->errorString() : withoutSecrets(words, reply->url());
 }
 
 } // namespace
@@ -48,6 +39,7 @@ void IpfsClient::fetchRemoteServices(bool stat, const QString& name)
     if (!asked.isEmpty())
         addQueryItem(query, u"name"_s, asked);
     QNetworkReply* reply = call(u"/pin/remote/service/ls"_s, query, &IpfsClient::onRemoteServicesReplyFinished);
+    reply->setProperty(ReplyProperty::base, endpoint.base);
     reply->setProperty(ReplyProperty::remoteServiceAction, QString(listAction));
     reply->setProperty(ReplyProperty::remoteServiceName, asked);
 }
@@ -59,6 +51,8 @@ void IpfsClient::onRemoteServicesReplyFinished(QNetworkReply* reply)
     const bool isTest = reply->property(ReplyProperty::remoteServiceAction).toString() == listAction && !name.isEmpty();
     const QByteArray body = reply->readAll();
     reply->deleteLater();
+    if (isOfFormerNode(reply))
+        return;
     const ServiceList list = reply->error() == QNetworkReply::NoError
         ? parseServiceList(body)
         : ServiceList {.error = tr("Remote service request failed: %1").arg(reply->errorString())};
@@ -110,8 +104,7 @@ void IpfsClient::onRemoteServiceAddReplyFinished(QNetworkReply* reply)
 {
     const QString name = reply->property(ReplyProperty::remoteServiceName).toString();
     reply->deleteLater();
-    const QString failure = withoutToken(failureOf(reply), reply->url());
-    if (!failure.isEmpty())
+    if (const QString failure = failureOf(reply); !failure.isEmpty())
         emit remoteServiceAddFailed(tr("Failed to add remote service '%1': %2").arg(name, failure));
     else
         emit remoteServiceAdded(name);

@@ -138,7 +138,8 @@ QNetworkRequest RpcTransport::announce(const RpcEndpoint& endpoint, const QStrin
 QString nodeWords(const QNetworkReply* reply)
 {
     const QString words = QString::fromUtf8(reply->rawHeader(streamErrorName));
-    return words.isEmpty() ? rpcErrorMessage(NodeAccessManager::failureBody(reply)) : words;
+    return withoutSecrets(words.isEmpty() ? rpcErrorMessage(NodeAccessManager::failureBody(reply)) : words,
+                          reply->url());
 }
 
 bool wasBrokenOffBy(const QNetworkReply* reply, QByteArrayView words)

@@ -30,25 +30,61 @@ bool isSecretKey(const QString& key)
     return !isPolicy && !isEndpoint;
 }
 
-} // namespace
-
-QString shownAddress(const QUrl& url)
+bool isConfigCall(const QUrl& url)
 {
-    const QString path = url.path();
-    const bool isConfig = path.endsWith("/config"_L1);
-    if (!isConfig && !path.endsWith("/pin/remote/service/add"_L1))
-        return url.toString(QUrl::FullyEncoded);
-    QStringList items = url.query(QUrl::FullyEncoded).split(u'&');
+    return url.path().endsWith("/config"_L1);
+}
+
+/// Whether calls to this path may carry secrets at all.
+bool mayHoldSecrets(const QUrl& url)
+{
+    return isConfigCall(url) || url.path().endsWith("/pin/remote/service/add"_L1);
+}
+
+QString valueOf(const QString& item)
+{
+    return QUrl::fromPercentEncoding(item.sliced(argument.size()).toLatin1());
+}
+
+/// Calls `visit` with each item of the query that is a secret.
+template <typename Visit> void forEachSecret(QStringList& items, bool isConfig, Visit visit)
+{
     int arguments = 0;
     int shownArguments = 2; // the name of a service and its address
     for (QString& item : items) {
         if (!item.startsWith(argument))
             continue;
-        const QString value = QUrl::fromPercentEncoding(item.sliced(argument.size()).toLatin1());
         if (isConfig && arguments == 0)
-            shownArguments = isSecretKey(value) ? 1 : 2;
+            shownArguments = isSecretKey(valueOf(item)) ? 1 : 2;
         if (++arguments > shownArguments)
-            item = argument + u'…';
+            visit(item);
     }
+}
+
+} // namespace
+
+QString shownAddress(const QUrl& url)
+{
+    if (!mayHoldSecrets(url))
+        return url.toString(QUrl::FullyEncoded);
+    QStringList items = url.query(QUrl::FullyEncoded).split(u'&');
+    forEachSecret(items, isConfigCall(url), [](QString& item) { item = argument + u'…'; });
     return url.toString(QUrl::FullyEncoded | QUrl::RemoveQuery) + u'?' + items.join(u'&');
+}
+
+QString withoutSecrets(const QString& text, const QUrl& url)
+{
+    constexpr qsizetype shortestSecret = 4; // a shorter one is in any text
+    if (text.isEmpty() || !mayHoldSecrets(url))
+        return text;
+    QString shown = text;
+    QStringList items = url.query(QUrl::FullyEncoded).split(u'&');
+    forEachSecret(items, isConfigCall(url), [&shown](const QString& item) {
+        const QString value = valueOf(item);
+        for (const QString& form : {value, item.sliced(argument.size()), value.toHtmlEscaped()}) {
+            if (form.size() >= shortestSecret)
+                shown.replace(form, u"…"_s);
+        }
+    });
+    return shown;
 }

@@ -33,11 +33,6 @@ namespace {
 constexpr auto nicknameKey = "addToIpfs/lastRemoteServiceNickname"_L1;
 constexpr auto lastFolderKey = "addToIpfs/lastFolder"_L1;
 
-bool isRemote(const QString& destination)
-{
-    return destination == "both"_L1 || destination == "remote"_L1;
-}
-
 QString storedNickname()
 {
     return openAppSettings().value(nicknameKey).toString().trimmed();
@@ -226,7 +221,7 @@ QString AddToIpfsDialog::serviceNickname() const
 /// Leaving the remote destinations changes no box back.
 void AddToIpfsDialog::onPinDestinationChanged()
 {
-    const bool remote = isRemote(pinDestination());
+    const bool remote = isRemoteDestination(pinDestination());
     for (QWidget* field : std::initializer_list<QWidget*> {remoteServiceCombo, remotePinLabelEdit, unpinLocalCheck})
         field->setEnabled(remote);
     if (pinDestination() == "remote"_L1)
@@ -267,7 +262,7 @@ QString AddToIpfsDialog::refusal() const
     if (selectedPaths.isEmpty())
         return tr("Select at least one file or folder first.");
     const AddOptions wanted = options();
-    if (!isRemote(wanted.pinDestination))
+    if (!isRemoteDestination(wanted.pinDestination))
         return {};
     if (wanted.remoteServiceNickname.isEmpty())
         return tr("Remote service is required for remote pinning.");
@@ -293,7 +288,7 @@ void AddToIpfsDialog::onAcceptClicked()
 AddOptions AddToIpfsDialog::options() const
 {
     return {.wrapWithDirectory = wrapCheck->isChecked(),
-            .pin = isRemote(pinDestination()) || pinCheck->isChecked(),
+            .pin = isRemoteDestination(pinDestination()) || pinCheck->isChecked(),
             .onlyHash = onlyHashCheck->isChecked(),
             .cidVersion = cidVersionCombo->currentData().toInt(),
             .pinDestination = pinDestination(),

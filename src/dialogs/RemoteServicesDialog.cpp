@@ -166,6 +166,7 @@ void RemoteServicesDialog::connectClient()
     connect(client, &IpfsClient::remoteServiceRemoved, this, &RemoteServicesDialog::onServiceRemoved);
     connect(client, &IpfsClient::remoteServiceRemoveFailed, this, &RemoteServicesDialog::onServiceRemoveFailed);
     connect(client, &IpfsClient::remoteServiceTested, this, &RemoteServicesDialog::onServiceTested);
+    connect(client, &IpfsClient::endpointChanged, this, &RemoteServicesDialog::onEndpointChanged);
 }
 
 void RemoteServicesDialog::updateButtons()
@@ -314,6 +315,16 @@ void RemoteServicesDialog::onServicesReceived(const QList<RemoteServiceEntry>& n
     reportSuccess(tr("Loaded %1 remote service(s).").arg(services.size()),
                   tr("Loaded %1 remote service(s)").arg(services.size()));
     DialogSizing::requestRefit(this);
+}
+
+/// What is shown, and a token that was typed, belong to the former node.
+void RemoteServicesDialog::onEndpointChanged()
+{
+    services.clear();
+    serviceList->clear();
+    for (QLineEdit* field : {nicknameEdit, endpointEdit, tokenEdit})
+        field->clear();
+    onRefreshClicked();
 }
 
 void RemoteServicesDialog::onServicesFailed(const QString& message)

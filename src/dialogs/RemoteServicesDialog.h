@@ -43,6 +43,7 @@ private slots:
     void onServiceRemoved(const QString& name);
     void onServiceRemoveFailed(const QString& message);
     void onServiceTested(const QString& name, bool ok, const QString& message);
+    void onEndpointChanged();
 
 private:
     void setupUi();

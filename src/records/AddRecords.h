@@ -12,6 +12,13 @@ struct LocalPathSelection
     friend bool operator==(const LocalPathSelection&, const LocalPathSelection&) = default;
 };
 
+/// Whether what is added is to be pinned at a remote service as well, or there alone.
+inline bool isRemoteDestination(const QString& destination)
+{
+    const QString word = destination.trimmed().toLower();
+    return word == QLatin1StringView("both") || word == QLatin1StringView("remote");
+}
+
 /// How an add is to be done, and where its result is to be pinned.
 struct AddOptions
 {

@@ -32,6 +32,8 @@ private slots:
             };
         };
         connect(c, &IpfsClient::errorOccurred, this, [this] { got.append(u"errorOccurred"_s); });
+        connect(c, &IpfsClient::nodeSaid, this,
+                [](const QString&, const QString& words) { QVERIFY(!words.contains("t+k"_L1)); });
         connect(c, &IpfsClient::remoteServiceAdded, this,
                 [this](const QString& name) { got.append(u"added "_s + name); });
         connect(c, &IpfsClient::remoteServiceAddFailed, this, [this](const QString& why) { got.append(why); });
@@ -73,6 +75,9 @@ private slots:
         row("not added, by a page that repeats the address", "add", add, addQuery,
             NodeAnswer::text(502, "no way to /add?" + addQuery + " (t+k==)"),
             u"Failed to add remote service 'n': no way to /add?arg=n&arg=http%3A%2F%2Fx&arg=… (…)"_s);
+        row("not added, by words with the token", "add", add, addQuery,
+            NodeAnswer::text(500, R"({"Message":"bad t+k=="})"),
+            u"Failed to add remote service 'n': {\"Message\":\"bad …\"}"_s);
         row("not added, on a good status", "add", add, addQuery, NodeAnswer::json(R"({"Error":" no "})"),
             u"Failed to add remote service 'n': no"_s);
         row("removed", "rm", rm, "arg=n", empty, u"removed n"_s);

@@ -168,6 +168,23 @@ private slots:
         }
     }
 
+    /// What is listed and typed is for one node: at another one it could remove a service of the same name.
+    void anotherNodeStartsAnew()
+    {
+        FakeNode other;
+        other.answer(listPath, NodeAnswer::json(R"({"RemoteServices":[{"Service":"theirs"}]})"));
+        refreshHeld();
+        fill({u"s"_s, u"e"_s, u"t"_s});
+        client->setEndpoint(u"127.0.0.1"_s, other.port());
+        QCOMPARE(texts(), QStringList({QString(), QString(), QString()}));
+        QTRY_COMPARE(texts(), QStringList({u"theirs"_s, QString(), QString()}));
+        node->release(listPath, NodeAnswer::json(R"({"RemoteServices":[{"Service":"late"}]})"));
+        QTRY_COMPARE(node->openNow(listPath), 0);
+        QTest::qWait(50);
+        QCOMPARE(list()->count(), 1);
+        QCOMPARE(texts().at(0), u"theirs"_s);
+    }
+
     void theDialogMayGoWhileBoxesAreOpen()
     {
         for (const bool asks : {false, true}) {

@@ -22,19 +22,7 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <utility>
-
 using namespace Qt::StringLiterals;
-
-namespace {
-
-bool isPinnedRemotely(const AddOptions& options)
-{
-    const QString destination = options.pinDestination.trimmed().toLower();
-    return destination == "both"_L1 || destination == "remote"_L1;
-}
-
-} // namespace
 
 void MainWindow::setupRemotePinFlow()
 {
@@ -128,7 +116,7 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     if (!showsUnpinned())
         triggerRefresh(false);
     const bool isShort = addShortfall.isShort();
-    const bool pinsRemotely = isPinnedRemotely(lastAddOptions);
+    const bool pinsRemotely = isRemoteDestination(lastAddOptions.pinDestination);
     const bool nodeWasLeft = addAddress != client->baseUrl();
     if (pinsRemotely && (isShort || nodeWasLeft)) {
         addShortfall.serviceLeftOut = nodeWasLeft
@@ -178,9 +166,7 @@ void MainWindow::exportCids(const QStringList& cids)
     const QPointer<MainWindow> self = this;
     const QString path = QFileDialog::getSaveFileName(this, tr("Export CIDs"), u"cids.txt"_s,
                                                       tr("Text files (*.txt);;CSV files (*.csv);;All files (*)"));
-    if (path.isEmpty())
-        return;
-    if (!self)
+    if (!self || path.isEmpty())
         return;
     const WriteResult result = writeFile(path, (cids.join(u'\n') + u'\n').toUtf8());
     if (result.ok)
