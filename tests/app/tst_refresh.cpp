@@ -132,6 +132,17 @@ private slots:
                     && table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
     }
 
+    void aNodeThatWasNeverUpHasNoList()
+    {
+        setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
+        node->stop();
+        open();
+        QTRY_COMPARE(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size(), 2);
+        QTest::qWait(50);
+        QCOMPARE(window->statusLog().filter(u"Loaded"_s), QStringList());
+        QVERIFY(table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
+    }
+
     void aNodeThatDiesKeepsItsRows()
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
@@ -148,6 +159,11 @@ private slots:
         QCOMPARE(rows(), 3);
         QCOMPARE(label("countLabel"_L1)->text(), counts);
         QVERIFY(window->statusLog().filter(u"Loaded 0"_s).isEmpty());
+        const auto loaded = [this] { return window->statusLog().filter(u"  Loaded"_s).size(); };
+        const qsizetype before = loaded();
+        field<QComboBox>("Content:"_L1)->setCurrentIndex(1); // its rows would be taken for blocks without a pin
+        QTRY_COMPARE(rows(), 0);
+        QCOMPARE(loaded(), before);
     }
 
     void onlyAComboLeavesASilentNode()

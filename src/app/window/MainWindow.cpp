@@ -222,6 +222,8 @@ void MainWindow::onConnectionStatusChanged(bool on)
 void MainWindow::onListFailed(const QString& message)
 {
     listError = message;
+    if (!rowsContent.isEmpty() && rowsContent != values.contentMode)
+        dropRows(); // of the other view; those of this one stay
     showListState(stateAfter(message));
 }
 

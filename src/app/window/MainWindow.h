@@ -158,7 +158,8 @@ private:
     void fetchList();
     void setRefreshing(bool on);
     QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
-    bool keepsRows() const;
+    bool knowsNoList() const;
+    void dropRows();
     void showRows(const QList<PinEntry>& list);
     void fitColumns();
     void showListState(EmptyTable::State state);

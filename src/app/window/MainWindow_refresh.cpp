@@ -114,12 +114,21 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
     return list;
 }
 
-/// Nothing is known of a node that can't be reached: an empty list of it leaves the rows, unless they are of another
-/// view.
-bool MainWindow::keepsRows() const
+/// Whether an empty list means that nothing is known: the node can't be reached. Blocks that it refused to list are
+/// none.
+bool MainWindow::knowsNoList() const
 {
     const bool blocksWereRefused = showsUnpinned() && isNodesReply(listError);
-    return !listAnswered && !blocksWereRefused && rowsContent == values.contentMode;
+    return !listAnswered && !blocksWereRefused;
+}
+
+void MainWindow::dropRows()
+{
+    pinModel->clear();
+    rowsContent.clear();
+    plan.startList();
+    updateCountLabels();
+    onSelectionChanged();
 }
 
 void MainWindow::showRows(const QList<PinEntry>& list)
@@ -134,7 +143,7 @@ void MainWindow::showRows(const QList<PinEntry>& list)
 void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 {
     setRefreshing(false);
-    if (pins.isEmpty() && keepsRows())
+    if (pins.isEmpty() && knowsNoList())
         return; // the errors have been reported
     if (!pins.isEmpty() || listState == EmptyTable::Loading)
         listState = EmptyTable::Loaded; // else a part of the list has failed

@@ -4,7 +4,6 @@
 #include "ContentMode.h"
 #include "IpfsClient.h"
 #include "OriginValue.h"
-#include "PinModel.h"
 #include "PinToolBar.h"
 #include "RemotePinFlow.h"
 #include "ScreenArea.h"
@@ -71,11 +70,7 @@ void MainWindow::leaveNode()
     client->cancelActiveLoading();
     setRefreshing(false);
     statsFrame->showNoPeer();
-    pinModel->clear();
-    rowsContent.clear();
-    plan.startList();
-    updateCountLabels();
-    onSelectionChanged();
+    dropRows();
 }
 
 void MainWindow::applySettings(const SettingsDialog& dialog)

@@ -74,8 +74,9 @@ void NoticeArea::showNotification(const QString& text, bool warning)
     if (turnTimer->isActive()) {
         turnTimer->stop(); // the next one in this turn is another call's
         wordsTimer->stop();
-    } else if (!wordsTimer->isActive())
+    } else if (!wordsTimer->isActive()) {
         nodeWordsLabel->hide(); // they belong to the notification that is replaced
+    }
     const QString shown = lineForLabel(text);
     notificationLabel->setText(warning ? tr("⚠  %1").arg(shown) : shown);
     notificationLabel->show();
