@@ -14,6 +14,43 @@ QString textOf(const QList<RemoteServiceEntry>& services)
     return texts.join(u' ');
 }
 
+void row(const char* name, const char* call, const QByteArray& path, const QByteArray& query, const NodeAnswer& answer,
+         const QString& expected)
+{
+    QTest::newRow(name) << QString::fromLatin1(call) << path << query << answer << expected;
+}
+
+/// What a service says of a pin.
+void stateRows()
+{
+    const QByteArray ls = "/pin/remote/ls";
+    const QByteArray lsQuery = "arg=Qa&service=s&cid=Qa&status=queued&status=pinning&status=pinned&status=failed";
+    const auto state = [&](const char* name, const QByteArray& body, const QString& expected) {
+        row(name, "ls", ls, lsQuery, NodeAnswer::json(body), expected);
+    };
+    state("flat lines, pinned wins",
+          R"({"Status":"failed","Cid":"Qa"})"
+          "\nx\n"
+          R"({"Status":"Pinned","Cid":"Qa"})"
+          "\n",
+          u"status|Qa|s|pinned"_s);
+    state("flat lines, else the first",
+          R"({"Status":"queued","Cid":"Qa"})"
+          "\n"
+          R"({"Status":"failed","Cid":"Qa"})"
+          "\n",
+          u"status|Qa|s|queued"_s);
+    state("one flat line of another", R"({"Status":"pinned","Cid":"Qb"})", u"status|Qa|s|not-found"_s);
+    state("nothing", {}, u"status|Qa|s|not-found"_s);
+    state("array", R"({"Pins":[{"Cid":{"/":" Qa "},"status":" PINNING "},7]})", u"status|Qa|s|pinning"_s);
+    state("array in a wrapper, no word", R"({"RemotePinLsOutput":{"Pins":[{"Cid":"Qa"}]}})", u"status|Qa|s|unknown"_s);
+    state("no array", R"({"Other":1})", u"status|Qa|s|not-found"_s);
+    state("error", R"({"Error":"no"})", u"no status|Qa|s|Remote pin status failed for Qa: no"_s);
+    state("no JSON", "[]\n7", u"no status|Qa|s|Remote pin status failed for Qa: invalid JSON response."_s);
+    row("no answer", "ls", ls, lsQuery, NodeAnswer::dropAt({}, 0),
+        u"no status|Qa|s|Remote pin status failed for Qa: Connection closed"_s);
+}
+
 } // namespace
 
 class tst_Remote : public ClientTest
@@ -60,15 +97,9 @@ private slots:
         const QByteArray addQuery = "arg=n&arg=http%3A%2F%2Fx&arg=t%2Bk%3D%3D";
         const QByteArray rm = "/pin/remote/service/rm";
         const QByteArray pin = "/pin/remote/add";
-        const QByteArray ls = "/pin/remote/ls";
-        const QByteArray lsQuery = "arg=Qa&service=s&cid=Qa&status=queued&status=pinning&status=pinned&status=failed";
         const NodeAnswer empty = NodeAnswer::json({});
         const NodeAnswer error = NodeAnswer::error("no");
         const QString words = QString::fromUtf8(error.chunks.constFirst().bytes).trimmed();
-        const auto row = [](const char* name, const char* call, const QByteArray& path, const QByteArray& query,
-                            const NodeAnswer& answer, const QString& expected) {
-            QTest::newRow(name) << QString::fromLatin1(call) << path << query << answer << expected;
-        };
         row("added", "add", add, addQuery, empty, u"added n"_s);
         row("added, in other words", "add", add, addQuery, NodeAnswer::json("fine"), u"added n"_s);
         row("not added", "add", add, addQuery, error, u"Failed to add remote service 'n': "_s + words);
@@ -86,31 +117,7 @@ private slots:
         row("queued", "pin", pin, "arg=Qa&service=s&name=l&background=true", empty, u"queued Qa s"_s);
         row("not queued", "pin", pin, "arg=Qa&service=s&name=l&background=true", error,
             u"not queued|Qa|s|Remote pin failed for Qa: "_s + words);
-        const auto state = [&](const char* name, const QByteArray& body, const QString& expected) {
-            row(name, "ls", ls, lsQuery, NodeAnswer::json(body), expected);
-        };
-        state("flat lines, pinned wins",
-              R"({"Status":"failed","Cid":"Qa"})"
-              "\nx\n"
-              R"({"Status":"Pinned","Cid":"Qa"})"
-              "\n",
-              u"status|Qa|s|pinned"_s);
-        state("flat lines, else the first",
-              R"({"Status":"queued","Cid":"Qa"})"
-              "\n"
-              R"({"Status":"failed","Cid":"Qa"})"
-              "\n",
-              u"status|Qa|s|queued"_s);
-        state("one flat line of another", R"({"Status":"pinned","Cid":"Qb"})", u"status|Qa|s|not-found"_s);
-        state("nothing", {}, u"status|Qa|s|not-found"_s);
-        state("array", R"({"Pins":[{"Cid":{"/":" Qa "},"status":" PINNING "},7]})", u"status|Qa|s|pinning"_s);
-        state("array in a wrapper, no word", R"({"RemotePinLsOutput":{"Pins":[{"Cid":"Qa"}]}})",
-              u"status|Qa|s|unknown"_s);
-        state("no array", R"({"Other":1})", u"status|Qa|s|not-found"_s);
-        state("error", R"({"Error":"no"})", u"no status|Qa|s|Remote pin status failed for Qa: no"_s);
-        state("no JSON", "[]\n7", u"no status|Qa|s|Remote pin status failed for Qa: invalid JSON response."_s);
-        row("no answer", "ls", ls, lsQuery, NodeAnswer::dropAt({}, 0),
-            u"no status|Qa|s|Remote pin status failed for Qa: Connection closed"_s);
+        stateRows();
     }
     void calls()
     {
