@@ -40,7 +40,7 @@ void AddUpload::keep(const AddEntry& entry)
     if (const auto file = awaited.find(entry.name); file != awaited.end()) {
         ++reportedFiles;
         if (--*file == 0)
-            awaited.erase(file);
+            awaited.remove(entry.name);
     }
     addEntries.append(entry);
 }
