@@ -4,12 +4,11 @@
 #include "AddRecords.h"
 #include "LsEntry.h"
 #include "MetadataQueue.h"
+#include "NodeClient.h"
 #include "PinLoad.h"
 #include "RemoteServiceEntry.h"
-#include "RpcTransport.h"
 
 #include <QList>
-#include <QObject>
 #include <QSet>
 #include <QUrlQuery>
 
@@ -22,74 +21,22 @@ struct ServiceList;
 class AddUpload;
 class UnpinBatch;
 
-/// The program's only door to the Kubo node. Operations return nothing; every answer comes back as a signal on the main
-/// thread and reaches every listener, whoever asked. No call has a timeout and none is repeated.
-///
-/// One block for each family: its operations, its signals, its reply handlers, and what only they need.
-class IpfsClient : public QObject
+/// The program's only door to the Kubo node: what lies on it is here, what it is and does itself in NodeClient.
+class IpfsClient : public NodeClient
 {
     Q_OBJECT
 
     using ReplyHandler = void (IpfsClient::*)(QNetworkReply*);
 
-    // The node and its calls: IpfsClient.cpp. A failure is errorOccurred, after connectionStatusChanged(false) if ping.
+    // Loads: IpfsClient.cpp.
 public:
     explicit IpfsClient(QObject* parent = nullptr);
-
-    /// Takes effect with the next request; requests in flight end against the old endpoint, and so does an unpin.
-    void setEndpoint(const QString& newHost, unsigned short newPort);
-    QString endpointHost() const { return endpoint.host; }
-    unsigned short endpointPort() const { return endpoint.port; }
-    /// Where every call goes, as "http://127.0.0.1:5001/api/v0".
-    QString baseUrl() const { return endpoint.base; }
-
-    /// Posts to `path`, which starts with a slash, with an empty body. The reply belongs to the caller's handler, which
-    /// deletes it later. Emits rpcRequestIssued before the request leaves.
-    QNetworkReply* postRequest(const QString& path, const QUrlQuery& query);
 
     /// Makes every list in flight stale and aborts the replies that loads have registered. Nothing is emitted for them.
     void cancelActiveLoading();
 
-    /// "/version". Emits connectionStatusChanged(true), or connectionStatusChanged(false) and then errorOccurred.
-    void ping();
-    /// "/id". Emits nodeInfoReceived, or errorOccurred; an answer that is no object is ignored.
-    void fetchNodeInfo();
-
-signals:
-    /// Another address is in use. Node information, service lists and states of remote pins of the former one are not
-    /// reported any more.
-    void endpointChanged();
-    /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>", for every request. A secret in it reads "…".
-    void rpcRequestIssued(QString requestDescription);
-    void errorOccurred(QString message);
-    /// The node's own words of a call to `path` that failed, before the call's own signals. Not of facts that are asked
-    /// for in turn, whose failures are ordinary.
-    void nodeSaid(QString path, QString words);
-    /// Only from ping and from pin lists of the current load.
-    void connectionStatusChanged(bool connected);
-    void nodeInfoReceived(QString nodeId, QString agentVersion);
-
-private slots:
-    void onPingReplyFinished(QNetworkReply* reply);
-    void onNodeInfoReplyFinished(QNetworkReply* reply);
-
 private:
-    /// Posts and hands the finished reply to `handler`.
-    QNetworkReply* callQuietly(const QString& path, const QUrlQuery& query, ReplyHandler handler);
-    QNetworkReply* callQuietly(const RpcEndpoint& node, const QString& path, const QUrlQuery& query,
-                               ReplyHandler handler);
-    /// As callQuietly, and reports the node's words of a failure before.
-    QNetworkReply* call(const QString& path, const QUrlQuery& query, ReplyHandler handler);
-    void handOver(QNetworkReply* reply, const QString& path, ReplyHandler handler);
-    void reportNodeWords(const QNetworkReply* reply, const QString& path);
-    /// Emits errorOccurred and then the call's own signal.
-    template <typename... Parameters, typename... Values>
-    void reportFailure(const QString& message, void (IpfsClient::*ownSignal)(Parameters...), Values&&... values)
-    {
-        emit errorOccurred(message);
-        emit(this->*ownSignal)(std::forward<Values>(values)...);
-    }
-    bool isOfFormerNode(const QNetworkReply* reply) const;
+    bool isSilenced(const QNetworkReply* reply) const override;
     void registerLoadReply(QNetworkReply* reply);
     static void endWith(QObject* owner, QNetworkReply* reply);
 
@@ -310,9 +257,6 @@ private:
     void reportServiceTest(const QString& name, const ServiceList& list);
     void callForRemotePin(const QString& path, const QUrlQuery& query, ReplyHandler handler, const QString& cid,
                           const QString& service);
-
-    RpcTransport* transport;
-    RpcEndpoint endpoint;
 
     PinLoad load;
     int cancelCount = 0; ///< a metadata list parsed across a cancel is stale

@@ -38,8 +38,7 @@ void IpfsClient::fetchRemoteServices(bool stat, const QString& name)
     QUrlQuery query = rpcQuery({{u"stat"_s, stat ? u"true"_s : u"false"_s}});
     if (!asked.isEmpty())
         addQueryItem(query, u"name"_s, asked);
-    QNetworkReply* reply = call(u"/pin/remote/service/ls"_s, query, &IpfsClient::onRemoteServicesReplyFinished);
-    reply->setProperty(ReplyProperty::base, endpoint.base);
+    QNetworkReply* reply = ask(u"/pin/remote/service/ls"_s, query, &IpfsClient::onRemoteServicesReplyFinished);
     reply->setProperty(ReplyProperty::remoteServiceAction, QString(listAction));
     reply->setProperty(ReplyProperty::remoteServiceName, asked);
 }
@@ -150,8 +149,7 @@ void IpfsClient::remotePinAdd(const QString& cid, const QString& service, const 
 void IpfsClient::callForRemotePin(const QString& path, const QUrlQuery& query, ReplyHandler handler, const QString& cid,
                                   const QString& service)
 {
-    QNetworkReply* reply = call(path, query, handler);
-    reply->setProperty(ReplyProperty::base, endpoint.base);
+    QNetworkReply* reply = ask(path, query, handler);
     reply->setProperty(ReplyProperty::remoteCid, cid);
     reply->setProperty(ReplyProperty::remoteService, service);
 }

@@ -30,6 +30,11 @@ inline constexpr const char* addUpload = "addUpload";   ///< std::shared_ptr<Add
 inline constexpr const char* remoteCid = "remoteCid";   ///< QString, the CID that is pinned remotely
 inline constexpr const char* remoteService = "remoteService";             ///< QString, the service that it is pinned at
 inline constexpr const char* remoteServiceAction = "remoteServiceAction"; ///< QString, "list"
+inline constexpr const char* swarmTarget = "swarmTarget";                 ///< QString, the peer that is dialled or left
+inline constexpr const char* bootstrapTarget = "bootstrapTarget";         ///< QString, the peer that is added
+inline constexpr const char* bootstrapTargets = "bootstrapTargets";       ///< QStringList, the peers that are removed
+inline constexpr const char* ipnsPublishKey = "ipnsPublishKey";           ///< QString, the key that is published under
+inline constexpr const char* ipnsResolveArg = "ipnsResolveArg"; ///< QString, the name asked for, with its prefix
 inline constexpr const char* remoteServiceName
     = "remoteServiceName"; ///< QString, the service asked about; may be empty
 

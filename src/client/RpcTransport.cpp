@@ -8,11 +8,14 @@
 #include "OriginValue.h"
 #include "ShownAddress.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
+#include <QHttpMultiPart>
 #include <QNetworkReply>
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -106,6 +109,24 @@ QNetworkReply* RpcTransport::upload(QNetworkRequest request, const QByteArray& c
     request.setRawHeader("MIME-Version", "1.0");
     QNetworkReply* reply = network->post(request, body);
     body->setParent(reply);
+    return reply;
+}
+
+QNetworkReply* RpcTransport::uploadFile(QNetworkRequest request, const QString& fileName, const QByteArray& contentType,
+                                        const QByteArray& content)
+{
+    auto form = std::make_unique<QHttpMultiPart>(QHttpMultiPart::FormDataType);
+    auto* body = new QBuffer(form.get());
+    body->setData(content);
+    body->open(QIODevice::ReadOnly);
+    QHttpPart part;
+    part.setRawHeader("Content-Disposition", "form-data; name=\"file\"; filename=\"" + fileName.toUtf8() + '"');
+    part.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
+    part.setBodyDevice(body);
+    form->append(part);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, {}); // the form sets its own
+    QNetworkReply* reply = network->post(request, form.get());
+    form.release()->setParent(reply);
     return reply;
 }
 

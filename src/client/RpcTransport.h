@@ -39,6 +39,9 @@ public:
     QNetworkRequest announce(const RpcEndpoint& endpoint, const QString& path, const QUrlQuery& query);
     /// Sends what was announced with a multipart body, which the reply takes over. `contentType` names its boundary.
     QNetworkReply* upload(QNetworkRequest request, const QByteArray& contentType, QIODevice* body);
+    /// As upload, of a form of one part, named "file", that holds `content`.
+    QNetworkReply* uploadFile(QNetworkRequest request, const QString& fileName, const QByteArray& contentType,
+                              const QByteArray& content);
 
 signals:
     /// "[yyyy-MM-dd hh:mm:ss] POST <encoded URL>".

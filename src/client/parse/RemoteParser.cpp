@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RemoteParser.h"
 
+#include "FirstText.h"
 #include "NdJson.h"
 
 #include <QCoreApplication>
@@ -16,15 +17,6 @@ namespace {
 
 constexpr std::array nameKeys {"Service"_L1, "Name"_L1, "service"_L1, "name"_L1};
 constexpr std::array endpointKeys {"ApiEndpoint"_L1, "Endpoint"_L1, "apiEndpoint"_L1, "endpoint"_L1};
-
-template <typename Keys> QString firstText(const QJsonObject& object, const Keys& keys)
-{
-    for (const QLatin1StringView key : keys) {
-        if (QString text = object.value(key).toString().trimmed(); !text.isEmpty())
-            return text;
-    }
-    return {};
-}
 
 /// The array `key` of an answer or of the object `wrapper` in it; undefined if there is none.
 QJsonValue arrayIn(const QJsonObject& answer, QLatin1StringView key, QLatin1StringView wrapper)
