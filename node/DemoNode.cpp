@@ -4,6 +4,7 @@
 #include "AddService.h"
 #include "BootstrapService.h"
 #include "ContentService.h"
+#include "DiagnosticsService.h"
 #include "IdentityService.h"
 #include "KeyService.h"
 #include "PinService.h"
@@ -22,6 +23,7 @@ DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     mount(std::make_unique<KeyService>(repo));
     mount(std::make_unique<SwarmService>(options));
     mount(std::make_unique<BootstrapService>(config));
+    mount(std::make_unique<DiagnosticsService>(repo));
     listen(options.port);
 }
 

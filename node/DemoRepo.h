@@ -55,6 +55,14 @@ public:
     void pin(const DemoPin& pin);
     /// Removes the pins under these binary CIDs.
     void unpin(const QSet<QByteArray>& cids);
+    /// The multihashes of what a garbage collection has removed, or why it has removed nothing.
+    struct Garbage
+    {
+        QList<QByteArray> removed {};
+        QByteArray error {};
+    };
+    /// Removes the blocks that no pin accounts for.
+    Garbage collectGarbage();
     /// From here on the block is missing, as one that was lost.
     void forget(const Cid& cid);
 

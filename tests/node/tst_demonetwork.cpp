@@ -59,7 +59,8 @@ void nameRows()
             "DNSLink lookup for \\`self\\` failed: lookup _dnslink.self: no such host");
     failure("nothing published", "/name/resolve?arg=/ipns/KSELF", "could not resolve name");
     failure("publishing offline", publish + "self",
-            "can't publish while offline: pass BACKTICK--allow-offlineBACKTICK to override or start the node with network access",
+            "can't publish while offline: pass BACKTICK--allow-offlineBACKTICK to override or start the node with "
+            "network access",
             true);
     row("forced offline", publish + "self&allow-offline=true", "{`Name`:`KSELF`,`Value`:`/ipfs/HELLO`}\n", 200, true);
 }
