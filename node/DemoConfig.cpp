@@ -3,6 +3,8 @@
 
 #include <QJsonDocument>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QJsonObject withValue(QJsonObject object, const QStringList& path, const QJsonValue& value)
@@ -11,6 +13,8 @@ QJsonObject withValue(QJsonObject object, const QStringList& path, const QJsonVa
     object.insert(name, path.size() == 1 ? value : withValue(object.value(name).toObject(), path.sliced(1), value));
     return object;
 }
+
+const QStringList servicesPath {u"Pinning"_s, u"RemoteServices"_s};
 
 constexpr QByteArrayView initialFile {R"({
 "API":{"HTTPHeaders":{}},
@@ -45,9 +49,28 @@ constexpr QByteArrayView initialFile {R"({
 
 } // namespace
 
-DemoConfig::DemoConfig()
+DemoConfig::DemoConfig(const QMap<QString, QString>& remoteServices)
     : file(QJsonDocument::fromJson(initialFile.toByteArray()).object())
 {
+    for (auto service = remoteServices.cbegin(); service != remoteServices.cend(); ++service)
+        addRemoteService(service.key(), service.value(), u"secret"_s);
+}
+
+QMap<QString, QString> DemoConfig::remoteServices() const
+{
+    const QJsonObject services = value(servicesPath).toObject();
+    QMap<QString, QString> endpoints;
+    for (auto service = services.begin(); service != services.end(); ++service)
+        endpoints.insert(service.key(), service.value()["API"_L1]["Endpoint"_L1].toString());
+    return endpoints;
+}
+
+void DemoConfig::addRemoteService(const QString& name, const QString& endpoint, const QString& key)
+{
+    const QJsonObject mfs {{u"Enable"_s, false}, {u"PinName"_s, QString()}, {u"RepinInterval"_s, QString()}};
+    setValue(servicesPath + QStringList {name},
+             QJsonObject {{u"API"_s, QJsonObject {{u"Endpoint"_s, endpoint}, {u"Key"_s, key}}},
+                          {u"Policies"_s, QJsonObject {{u"MFS"_s, mfs}}}});
 }
 
 QJsonValue DemoConfig::value(const QStringList& path) const

@@ -8,36 +8,27 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// Outside of its strings a document has none of these characters.
-QByteArray escaped(QByteArray json)
-{
-    return json.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
-}
-
-} // namespace
-
 QByteArray jsonText(const QString& text)
 {
-    const QByteArray list = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
-    return escaped(list.sliced(1, list.size() - 2));
+    return jsonValueText(text);
 }
 
-QByteArray jsonText(const QJsonObject& object)
+QByteArray jsonValueText(const QJsonValue& value)
 {
-    return escaped(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    const QByteArray list = QJsonDocument(QJsonArray {value}).toJson(QJsonDocument::Compact);
+    QByteArray json = list.sliced(1, list.size() - 2);
+    // Outside of its strings JSON has none of these characters.
+    return json.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
 }
 
 QByteArray jsonList(const QStringList& texts)
 {
-    return texts.isEmpty() ? "null"
-                           : escaped(QJsonDocument(QJsonArray::fromStringList(texts)).toJson(QJsonDocument::Compact));
+    return texts.isEmpty() ? "null" : jsonValueText(QJsonArray::fromStringList(texts));
 }
 
 QByteArray jsonLine(const QJsonObject& object)
 {
-    return jsonText(object) + '\n';
+    return jsonValueText(object) + '\n';
 }
 
 bool isSet(const NodeRequest& request, const QString& option)

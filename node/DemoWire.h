@@ -10,8 +10,8 @@
 /// As a node writes a string in JSON: "<", ">" and "&" escaped.
 QByteArray jsonText(const QString& text);
 
-/// A compact document with these characters escaped.
-QByteArray jsonText(const QJsonObject& object);
+/// Any value, compact, with these characters escaped. Numbers of 64 bits keep their digits.
+QByteArray jsonValueText(const QJsonValue& value);
 
 /// Texts as a list in JSON, `null` if there are none.
 QByteArray jsonList(const QStringList& texts);
