@@ -10,7 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int strangersPerConnection = 1; // peers that are known and not connected
 constexpr auto offlineText = "this action must be run in online mode, try running 'ipfs daemon' first"_L1;
 
 /// The peers that are meant, or why one of the arguments means none.
@@ -46,7 +45,7 @@ NodeAnswer offlineAnswer()
 
 } // namespace
 
-/// The first two connections are to one peer.
+/// The first two connections are to one peer. As many peers as connections are known and not connected.
 SwarmService::SwarmService(const DemoOptions& options)
     : isOffline(options.isOffline)
 {
@@ -58,7 +57,7 @@ SwarmService::SwarmService(const DemoOptions& options)
         known[peer] += demoAddress(i);
         known[peer] += demoAddress(i + count);
     }
-    for (int i = 0; i < count * strangersPerConnection; ++i)
+    for (int i = 0; i < count; ++i)
         known[demoPeerId(i + count)] = QStringList {demoAddress(i * 2 + count * 2), demoAddress(i * 2 + count * 2 + 1)};
     std::ranges::sort(connections, {}, &Connection::address);
 }

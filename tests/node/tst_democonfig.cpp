@@ -100,24 +100,14 @@ private slots:
 
     void calls_data()
     {
-        QTest::addColumn<QByteArray>("calls"); ///< with blanks between them; the last counts, those before it succeed
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
+        addCallColumns();
         readRows();
         writeRows();
     }
     void calls()
     {
-        QFETCH(const QByteArray, calls);
-        QFETCH(const QByteArray, body);
         OpenNode node(withService);
-        NodeAnswer answer;
-        for (const QByteArray& call : calls.split(' ')) {
-            QCOMPARE(answer.status, 200);
-            answer = node.ask(call);
-        }
-        QCOMPARE(bodyOf(answer), expanded(body));
-        QTEST(answer.status, "status");
+        runCalls(node);
     }
 
     void badJson()

@@ -17,11 +17,6 @@ QJsonArray bucketsOf(const QByteArray& line)
     return QJsonDocument::fromJson(line).object()["Buckets"_L1].toArray();
 }
 
-QByteArray trailerOf(const NodeAnswer& answer)
-{
-    return headerIn(answer.trailers, "X-Stream-Error");
-}
-
 /// Sorted, since blocks come in no order.
 QList<QByteArray> linesOf(const QByteArray& body)
 {
@@ -68,39 +63,6 @@ private slots:
         QTEST(static_cast<int>(buckets.size()), "buckets");
         QTEST(static_cast<int>(buckets.last()["Peers"_L1].toArray().size()), "lastBucket");
         QCOMPARE(lines.at(0).count("\"LastRefresh\":\"\",\"Peers\":null"), peers == 0 ? 0 : 1);
-    }
-
-    void failures_data()
-    {
-        QTest::addColumn<QByteArray>("call");
-        QTest::addColumn<bool>("offline");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QByteArray>("trailer");
-        const QByteArray tables = "{`Name`:`lan`,`Buckets`:[]}\n";
-        QTest::newRow("unknown table") << QByteArray("/stats/dht?arg=x%22") << false << 400
-                                       << failureText("unknown dht type: x\\`", 1) << QByteArray();
-        QTest::newRow("unknown table after another")
-            << QByteArray("/stats/dht?arg=lan&arg=x") << false << 200 << tables << QByteArray("unknown dht type: x");
-        QTest::newRow("tables offline")
-            << QByteArray("/stats/dht") << true << 500
-            << failureText("this command must be run in online mode. Try running 'ipfs daemon' first") << QByteArray();
-        QTest::newRow("bitswap offline") << QByteArray("/bitswap/stat") << true << 400
-                                         << failureText("unable to run offline: this action must be run in online "
-                                                        "mode, try running 'ipfs daemon' first",
-                                                        1)
-                                         << QByteArray();
-    }
-    void failures()
-    {
-        QFETCH(const QByteArray, call);
-        QFETCH(const bool, offline);
-        QFETCH(const QByteArray, body);
-        OpenNode node({.pins = 0, .isOffline = offline, .dhtPeers = 0});
-        const NodeAnswer answer = node.ask(call);
-        QCOMPARE(bodyOf(answer), expanded(body));
-        QTEST(answer.status, "status");
-        QTEST(trailerOf(answer), "trailer");
     }
 
     void statistics()

@@ -13,12 +13,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const DemoOptions online {.swarmPeers = 3};
 const QByteArray identify = ",`Identify`:{`ID`:``,`PublicKey`:``,`Addresses`:null,`AgentVersion`:``,`Protocols`:null}}";
 
 void row(const char* name, const QByteArray& calls, const QByteArray& body, int status = 200, bool offline = false)
 {
-    QTest::newRow(name) << calls << offline << status << body;
+    QTest::newRow(name) << calls << status << body << offline;
 }
 
 void failure(const char* name, const QByteArray& calls, const QByteArray& message, bool offline = false)
@@ -119,9 +118,22 @@ void bootstrapRows()
                 "invalid bootstrap address: " + text);
 }
 
+void statisticsRows()
+{
+    row("unknown routing table", "/stats/dht?arg=x%22", failureText("unknown dht type: x\\`", 1), 400);
+    row("unknown routing table after another", "/stats/dht?arg=lan&arg=x",
+        "{`Name`:`lan`,`Buckets`:[]}\nunknown dht type: x");
+    failure("routing tables offline", "/stats/dht",
+            "this command must be run in online mode. Try running 'ipfs daemon' first", true);
+    row("bitswap offline", "/bitswap/stat",
+        failureText("unable to run offline: this action must be run in online mode, try running 'ipfs daemon' first",
+                    1),
+        400, true);
+}
+
 } // namespace
 
-/// Names, connections and bootstrap peers as a node answers them.
+/// Names, connections, bootstrap peers and refused statistics as a node answers them.
 class tst_DemoNetwork : public QObject
 {
     Q_OBJECT
@@ -131,29 +143,18 @@ private slots:
 
     void calls_data()
     {
-        QTest::addColumn<QByteArray>("calls"); ///< with blanks between them; the last counts, those before it succeed
+        addCallColumns();
         QTest::addColumn<bool>("offline");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
         nameRows();
         swarmRows();
         bootstrapRows();
+        statisticsRows();
     }
     void calls()
     {
-        QFETCH(const QByteArray, calls);
         QFETCH(const bool, offline);
-        QFETCH(const QByteArray, body);
-        DemoOptions options = online;
-        options.isOffline = offline;
-        OpenNode node(options);
-        NodeAnswer answer;
-        for (const QByteArray& call : expanded(calls).split(' ')) {
-            QCOMPARE(answer.status, 200);
-            answer = node.ask(call);
-        }
-        QCOMPARE(bodyOf(answer), expanded(body));
-        QTEST(answer.status, "status");
+        OpenNode node({.pins = 10, .isOffline = offline, .swarmPeers = 3, .dhtPeers = 0});
+        runCalls(node);
     }
 
     /// What is made up by count has each form that a client meets.

@@ -21,7 +21,7 @@ constexpr int hour = 3'600'000;
 
 void row(const char* name, const QByteArray& calls, const QByteArray& body, int pinTime = 0, int status = 200)
 {
-    QTest::newRow(name) << calls << pinTime << status << body;
+    QTest::newRow(name) << calls << status << body << pinTime;
 }
 
 void failure(const char* name, const QByteArray& calls, const QByteArray& message)
@@ -113,27 +113,17 @@ private slots:
 
     void calls_data()
     {
-        QTest::addColumn<QByteArray>("calls"); ///< with blanks between them; the last counts, those before it succeed
-        QTest::addColumn<int>("pinTime");      ///< in ms
-        QTest::addColumn<int>("status");       ///< 0 if there is no answer
-        QTest::addColumn<QByteArray>("body");  ///< with ` for "
+        addCallColumns();
+        QTest::addColumn<int>("pinTime"); ///< in ms
         serviceRows();
         pinRows();
         listRows();
     }
     void calls()
     {
-        QFETCH(const QByteArray, calls);
         QFETCH(const int, pinTime);
-        QFETCH(const QByteArray, body);
         OpenNode node(optionsWith(std::chrono::milliseconds(pinTime)));
-        NodeAnswer answer;
-        for (const QByteArray& call : expanded(calls).split(' ')) {
-            QCOMPARE(answer.status, 200);
-            answer = node.ask("/pin/remote/" + call);
-        }
-        QCOMPARE(bodyOf(answer), expanded(body));
-        QTEST(answer.held ? 0 : answer.status, "status");
+        runCalls(node, "/pin/remote/");
     }
 
     /// Without `background` the answer comes when the pin has come to its end.

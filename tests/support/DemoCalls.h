@@ -40,6 +40,11 @@ inline QByteArray failureText(const QByteArray& message, int code = 0)
     return "{`Message`:`" + message + "`,`Code`:" + QByteArray::number(code) + ",`Type`:`error`}\n";
 }
 
+inline QByteArray trailerOf(const NodeAnswer& answer)
+{
+    return headerIn(answer.trailers, "X-Stream-Error");
+}
+
 /// Texts that rows use in place of long ones.
 inline QByteArray expanded(QByteArray text)
 {
@@ -52,4 +57,26 @@ inline QByteArray expanded(QByteArray text)
     for (const char digit : {'0', '1', '2', '3'})
         text.replace(QByteArray("PEER") + digit, demoPeerId(digit - '0').toLatin1());
     return text;
+}
+
+/// A row is a number of calls, and what the last is answered.
+inline void addCallColumns()
+{
+    QTest::addColumn<QByteArray>("calls"); ///< with blanks between them; those before the last succeed
+    QTest::addColumn<int>("status");       ///< 0 if there is no answer
+    QTest::addColumn<QByteArray>("body");  ///< and the trailer, if there is one; with ` for "
+}
+
+/// Compares the answers to a row's calls, each of which `prefix` precedes.
+inline void runCalls(OpenNode& node, const QByteArray& prefix = {})
+{
+    QFETCH(const QByteArray, calls);
+    QFETCH(const QByteArray, body);
+    NodeAnswer answer;
+    for (const QByteArray& call : expanded(calls).split(' ')) {
+        QCOMPARE(answer.status, 200);
+        answer = node.ask(prefix + call);
+    }
+    QCOMPARE(bodyOf(answer) + trailerOf(answer), expanded(body));
+    QTEST(answer.held ? 0 : answer.status, "status");
 }
