@@ -4,17 +4,13 @@
 #include "AddProgress.h"
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
-#include "PlainText.h"
 #include "RemotePinFlow.h"
 #include "StatsFrame.h"
-#include "WidgetBuilders.h"
 
 #include <QGuiApplication>
-#include <QLabel>
 #include <QSettings>
 #include <QShortcut>
 #include <QStatusBar>
@@ -30,16 +26,14 @@ constexpr auto firstRefreshDelay = 200ms;
 constexpr auto searchDelay = 150ms;
 constexpr auto firstCountInterval = 100ms;
 constexpr auto copiedPeerIdShown = 1000ms;
-constexpr auto errorMessageShown = 8000ms;
 constexpr QSize minimumWindowSize(800, 520);
 constexpr QSize initialWindowSize(1060, 640);
 constexpr int centralSpacing = 6;
-constexpr int statusMinimumWidth = 200;
 
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent)
-    : QMainWindow(parent)
+    : ToolWindowHost(parent)
     , client(new IpfsClient(this))
     , pinModel(new PinModel(this))
     , proxyModel(new PinFilterProxyModel(this))
@@ -47,9 +41,7 @@ MainWindow::MainWindow(QWidget* parent)
     , searchDebounceTimer(new QTimer(this))
     , countUpdateTimer(new QTimer(this))
     , planTimer(new QTimer(this))
-    , statusResetTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
-    , toolWindows(new ToolWindows(this))
     , addProgress(new AddProgress(this))
     , remotePinFlow(new RemotePinFlow(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
@@ -69,7 +61,6 @@ MainWindow::MainWindow(QWidget* parent)
     setupToolBar();
     setupCentralWidget();
     toolBar->setupOverflow();
-    setupStatusBar();
     pinTable->setFocus();
     connectClient();
     setupRemotePinFlow();
@@ -132,8 +123,7 @@ void MainWindow::setupCentralWidget()
     column->setContentsMargins(8, 8, 8, 4);
     column->setSpacing(centralSpacing);
 
-    notices = new NoticeArea(central);
-    column->addWidget(notices);
+    column->addWidget(noticeWidget());
     setupPinTable();
     column->addWidget(pinTable, 1);
     statsFrame = new StatsFrame(this);
@@ -156,16 +146,6 @@ void MainWindow::setupPinTable()
     connect(pinTable, &PinTable::copyRequested, this, &MainWindow::copyCids);
     connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::openInGateway);
     connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::openFromLocal);
-}
-
-void MainWindow::setupStatusBar()
-{
-    statusLabel = newPlainLabel({}, this);
-    statusLabel->setObjectName(u"statusLabel"_s);
-    statusLabel->setMinimumWidth(statusMinimumWidth);
-    makeCopyable(statusLabel, tr("Copy status"));
-    statusBar()->addWidget(statusLabel, 1);
-    setStatusMessage(tr("Ready"));
 }
 
 void MainWindow::connectClient()
@@ -202,8 +182,6 @@ void MainWindow::setupTimers()
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
     planTimer->setSingleShot(true);
     connect(planTimer, &QTimer::timeout, this, &MainWindow::planNextFacts);
-    statusResetTimer->setSingleShot(true);
-    connect(statusResetTimer, &QTimer::timeout, this, [this] { setStatusMessage(tr("Ready")); });
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)
@@ -235,26 +213,5 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
-    notices->showNotification(message, true);
-    showStatusFor(errorMessageShown, tr("Error: ") + message);
-}
-
-/// Comes before the signals of the call that failed.
-void MainWindow::onNodeSaid(const QString& /*path*/, const QString& words)
-{
-    appendToStatusLog(notices->showNodeWords(words));
-}
-
-/// A message that replaces another ends the other's time as well.
-void MainWindow::setStatusMessage(const QString& text)
-{
-    statusResetTimer->stop();
-    statusLabel->setText(lineForLabel(text));
-    appendToStatusLog(text);
-}
-
-void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& text)
-{
-    setStatusMessage(text);
-    statusResetTimer->start(time);
+    showError(message);
 }

@@ -7,25 +7,20 @@
 #include "EmptyTable.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
-#include "ToolWindows.h"
+#include "ToolWindowHost.h"
 #include "WindowSettings.h"
 
 #include <QHash>
-#include <QMainWindow>
 #include <QModelIndex>
 #include <QUrl>
 
-#include <chrono>
-
 class AddProgress;
 class IpfsClient;
-class NoticeArea;
 class PinModel;
 class PinTable;
 class PinToolBar;
 class RemotePinFlow;
 class QAction;
-class QLabel;
 class QSettings;
 class QTimer;
 class SettingsDialog;
@@ -33,7 +28,7 @@ class StatsFrame;
 
 /// The program's one window. It owns the client of the node, the models and the settings store, and connects them with
 /// what it is made of: the tool bar, the table, the lines below it and the tool windows.
-class MainWindow : public QMainWindow
+class MainWindow : public ToolWindowHost
 {
     Q_OBJECT
 
@@ -59,7 +54,6 @@ private slots:
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
     void onListFailed(const QString& message);
-    void onNodeSaid(const QString& path, const QString& words);
 
 private:
     void setupMenuBar();
@@ -70,7 +64,6 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupPinTable();
-    void setupStatusBar();
     void connectClient();
     void setupTimers();
     void updateWindowTitleForActivationState();
@@ -78,55 +71,8 @@ private:
     void quit();
     QString quitQuestion() const;
     bool mayClose();
-    void setStatusMessage(const QString& text);
-    /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
-    void showStatusFor(std::chrono::milliseconds time, const QString& text);
-
-    // The two logs: MainWindow_windows.cpp.
-public:
-    /// Every request that left in this run, a line each, oldest first.
-    QStringList rpcLog() const { return rpcLogLines; }
-    /// Every status message of this run, a line each, oldest first.
-    QStringList statusLog() const { return statusLogLines; }
-    /// Empty the list; nothing is emitted.
-    void clearRpcLog() { rpcLogLines.clear(); }
-    void clearStatusLog() { statusLogLines.clear(); }
-
-signals:
-    /// A line has come to the log; it is in the list already.
-    void rpcLogAppended(QString line);
-    void statusLogAppended(QString line);
-
-private slots:
-    void onRpcRequestIssued(const QString& requestDescription);
-
-private:
-    void appendToStatusLog(const QString& text);
 
     // Tool windows: MainWindow_windows.cpp.
-public:
-    using AuxWindowMode = ToolWindows::AuxWindowMode;
-    using enum ToolWindows::AuxWindowMode;
-
-    /// Open a tool window, or bring the open one to the front in `mode`. None of them blocks this window.
-    void showGcDialog(AuxWindowMode mode);
-    void showDhtStatsDialog(AuxWindowMode mode);
-    void showNetworkDialog(AuxWindowMode mode);
-    void showSwarmDialog(AuxWindowMode mode);
-    void showConfigDialog(AuxWindowMode mode);
-    void showRemoteServicesDialog(AuxWindowMode mode);
-    void showStatusLogDialog(AuxWindowMode mode);
-    void showRpcLogDialog(AuxWindowMode mode);
-
-private slots:
-    void onGcClicked();
-    void onDhtStatsClicked();
-    void onConfigClicked();
-    void onRemoteServicesClicked();
-    void onStatusLogClicked();
-    void onLogClicked();
-
-private:
     void setupToolWindows();
     template <typename Dialog> void offerNodeTool(ToolWindows::Id id);
 
@@ -230,15 +176,11 @@ private:
     QTimer* searchDebounceTimer;
     QTimer* countUpdateTimer;
     QTimer* planTimer;
-    QTimer* statusResetTimer; ///< runs while the status shows a message for a time
     QSettings* settings;
-    ToolWindows* toolWindows;
 
     PinToolBar* toolBar = nullptr;
-    NoticeArea* notices = nullptr;
     PinTable* pinTable = nullptr;
     StatsFrame* statsFrame = nullptr;
-    QLabel* statusLabel = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
     QAction* addToIpfsAction = nullptr;
@@ -261,6 +203,4 @@ private:
     AddShortfall addShortfall {}; ///< of the latest add
     int missingPaths = 0;         ///< of the latest add: chosen, and gone before it began
     QString addAddress {};        ///< of the node that it went to
-    QStringList rpcLogLines;
-    QStringList statusLogLines;
 };

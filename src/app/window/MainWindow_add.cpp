@@ -8,7 +8,6 @@
 #include "DroppedFiles.h"
 #include "FileWriter.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinToolBar.h"
 #include "PlainText.h"
 #include "RemotePinFlow.h"
@@ -38,7 +37,7 @@ void MainWindow::setupRemotePinFlow()
     connect(remotePinFlow, &RemotePinFlow::unpinWanted, client,
             [this](const QStringList& cids) { client->unpin(cids, true); });
     connect(remotePinFlow, &RemotePinFlow::statusMessageRequested, this, &MainWindow::setStatusMessage);
-    connect(remotePinFlow, &RemotePinFlow::notificationRequested, notices, &NoticeArea::showNotification);
+    connect(remotePinFlow, &RemotePinFlow::notificationRequested, this, &MainWindow::showNotification);
 }
 
 void MainWindow::onAddToIpfsClicked()
@@ -70,7 +69,7 @@ void MainWindow::startAdd(const QList<LocalPathSelection>& selections, const Add
 {
     lastAddOptions = options;
     if (selections.isEmpty()) {
-        notices->showNotification(tr("No valid files/folders were selected."), true);
+        showNotification(tr("No valid files/folders were selected."), true);
         return;
     }
     setAdding(true);
@@ -124,10 +123,10 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
             : tr("It was not pinned at the remote service, since it is not complete.");
     }
     if (rootCid.isEmpty()) {
-        notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
+        showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
         setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));
     } else {
-        notices->showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
+        showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
         setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
     }
     if (pinsRemotely && addShortfall.serviceLeftOut.isEmpty())
@@ -172,14 +171,14 @@ void MainWindow::exportCids(const QStringList& cids)
     if (result.ok)
         setStatusMessage(tr("Exported %1 CID(s) to %2").arg(QString::number(cids.size()), path));
     else
-        notices->showNotification(tr("Failed to write file: %1").arg(result.reason), true);
+        showNotification(tr("Failed to write file: %1").arg(result.reason), true);
 }
 
 void MainWindow::onAddFailed(const QString& message)
 {
     setAdding(false);
     addProgress->finish(false);
-    notices->showNotification(message, true);
+    showNotification(message, true);
     setStatusMessage(tr("Error: ") + message);
     showMessageBox(QMessageBox::Critical, tr("Add to IPFS failed"), message, this);
 }

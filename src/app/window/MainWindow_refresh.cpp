@@ -3,7 +3,6 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
@@ -68,7 +67,7 @@ void MainWindow::triggerRefresh(bool force)
     lastCountLabelUpdateMs = 0;
     statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
-    notices->hideNotification();
+    hideNotification();
     const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
     setStatusMessage(message.arg(client->baseUrl()));
     fetchList();
