@@ -144,6 +144,8 @@ void MainWindow::setupPinTable()
     connect(pinTable, &PinTable::contentsRequested, this, &MainWindow::showContents);
     connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::unpin);
     connect(pinTable, &PinTable::copyRequested, this, &MainWindow::copyCids);
+    connect(pinTable, &PinTable::publishRequested, this, &MainWindow::publishToIpns);
+    connect(pinTable, &PinTable::openViaIpnsRequested, this, &MainWindow::onOpenViaIpnsClicked);
     connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::openInGateway);
     connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::openFromLocal);
 }
@@ -168,6 +170,12 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::addCompleted, this, &MainWindow::onAddCompleted);
     connect(client, &IpfsClient::addFailed, this, &MainWindow::onAddFailed);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
+    connect(client, &IpfsClient::ipnsKeysReceived, this, &MainWindow::onIpnsKeysReceived);
+    connect(client, &IpfsClient::ipnsKeysFailed, this, &MainWindow::onIpnsKeysFailed);
+    connect(client, &IpfsClient::ipnsPublished, this, &MainWindow::onIpnsPublished);
+    connect(client, &IpfsClient::ipnsPublishFailed, this, &MainWindow::onIpnsPublishFailed);
+    connect(client, &IpfsClient::ipnsResolved, this, &MainWindow::onIpnsResolved);
+    connect(client, &IpfsClient::ipnsResolveFailed, this, &MainWindow::onIpnsResolveFailed);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }
 

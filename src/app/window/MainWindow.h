@@ -5,6 +5,7 @@
 #include "AddResult.h"
 #include "ConnectionStatusDot.h"
 #include "EmptyTable.h"
+#include "IpnsRecords.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
 #include "ToolWindowHost.h"
@@ -16,6 +17,7 @@
 
 class AddProgress;
 class IpfsClient;
+struct IpnsReport;
 class PinModel;
 class PinTable;
 class PinToolBar;
@@ -25,6 +27,7 @@ class QSettings;
 class QTimer;
 class SettingsDialog;
 class StatsFrame;
+struct TextQuestion;
 
 /// The program's one window. It owns the client of the node, the models and the settings store, and connects them with
 /// what it is made of: the tool bar, the table, the lines below it and the tool windows.
@@ -169,6 +172,26 @@ private:
     void copyAddedCids(const QStringList& cids);
     void exportCids(const QStringList& cids);
 
+    // Names: MainWindow_ipns.cpp. A failure is shown, and ends what failed.
+private slots:
+    void onOpenViaIpnsClicked();
+    void onPublishToIpnsClicked();
+    void onResolveIpnsClicked();
+    void onIpnsKeysReceived(const QList<IpnsKeyEntry>& keys);
+    void onIpnsKeysFailed(const QString& message);
+    void onIpnsPublished(const IpnsPublishResult& result);
+    void onIpnsPublishFailed(const QString& message);
+    void onIpnsResolved(const IpnsResolveResult& result);
+    void onIpnsResolveFailed(const QString& message);
+
+private:
+    void publishToIpns(const QString& cid);
+    void askForIpnsKey(const TextQuestion& question);
+    void publishUnder(const QString& key);
+    void endIpnsPublish();
+    void dropIpnsChoice();
+    void showIpnsReport(const IpnsReport& report);
+
     IpfsClient* client;
     PinModel* pinModel;
     PinFilterProxyModel* proxyModel;
@@ -181,6 +204,7 @@ private:
     PinToolBar* toolBar = nullptr;
     PinTable* pinTable = nullptr;
     StatsFrame* statsFrame = nullptr;
+    QAction* publishToIpnsAction = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
     QAction* addToIpfsAction = nullptr;
@@ -198,9 +222,9 @@ private:
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
-    bool addInProgress = false;        ///< from the dialog's acceptance to the end of the upload
-    AddOptions lastAddOptions {};
-    AddShortfall addShortfall {}; ///< of the latest add
-    int missingPaths = 0;         ///< of the latest add: chosen, and gone before it began
-    QString addAddress {};        ///< of the node that it went to
+    CurrentAdd currentAdd;
+    enum class IpnsChoice { None, KeysAsked, KeyOffered };
+    IpnsChoice ipnsChoice = IpnsChoice::None; ///< how far the choice of a key is
+    QString pendingIpnsPublishCid {};         ///< of the latest publish, until it has ended
+    int runningIpnsPublishes = 0;
 };

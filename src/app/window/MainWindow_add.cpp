@@ -48,7 +48,7 @@ void MainWindow::onAddToIpfsClicked()
 /// `paths` are in the dialog's list from the start.
 void MainWindow::chooseAndAdd(const QStringList& paths)
 {
-    if (addInProgress) {
+    if (currentAdd.isRunning) {
         setStatusMessage(tr("Add is already in progress…"));
         return;
     }
@@ -59,7 +59,7 @@ void MainWindow::chooseAndAdd(const QStringList& paths)
         return;
     const QList<LocalPathSelection> selections = dialog->selections();
     const AddOptions options = dialog->options();
-    missingPaths = dialog->missingPaths();
+    currentAdd.missingPaths = dialog->missingPaths();
     delete dialog;
     if (accepted)
         startAdd(selections, options);
@@ -67,22 +67,22 @@ void MainWindow::chooseAndAdd(const QStringList& paths)
 
 void MainWindow::startAdd(const QList<LocalPathSelection>& selections, const AddOptions& options)
 {
-    lastAddOptions = options;
+    currentAdd.options = options;
     if (selections.isEmpty()) {
         showNotification(tr("No valid files/folders were selected."), true);
         return;
     }
     setAdding(true);
-    addShortfall = {.filesSkipped = missingPaths};
-    addAddress = client->baseUrl();
+    currentAdd.shortfall = {.filesSkipped = currentAdd.missingPaths};
+    currentAdd.address = client->baseUrl();
     addProgress->start();
     setStatusMessage(tr("Uploading %1 item(s) to IPFS…").arg(selections.size()));
-    client->addLocalPaths(selections, lastAddOptions);
+    client->addLocalPaths(selections, currentAdd.options);
 }
 
 void MainWindow::setAdding(bool on)
 {
-    addInProgress = on;
+    currentAdd.isRunning = on;
     toolBar->setAddEnabled(!on);
     addToIpfsAction->setEnabled(!on);
 }
@@ -101,11 +101,11 @@ void MainWindow::onAddProgress(const QString& currentName, int processedEntries,
 void MainWindow::onAddShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
                                 bool rootLineMissing)
 {
-    addShortfall = {.filesSent = filesSent,
-                    .filesReported = filesReported,
-                    .filesSkipped = filesSkipped + missingPaths,
-                    .foldersWithinThemselves = foldersWithinThemselves,
-                    .rootLineMissing = rootLineMissing};
+    currentAdd.shortfall = {.filesSent = filesSent,
+                            .filesReported = filesReported,
+                            .filesSkipped = filesSkipped + currentAdd.missingPaths,
+                            .foldersWithinThemselves = foldersWithinThemselves,
+                            .rootLineMissing = rootLineMissing};
 }
 
 void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& entries)
@@ -114,11 +114,11 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     addProgress->finish(true);
     if (!showsUnpinned())
         triggerRefresh(false);
-    const bool isShort = addShortfall.isShort();
-    const bool pinsRemotely = isRemoteDestination(lastAddOptions.pinDestination);
-    const bool nodeWasLeft = addAddress != client->baseUrl();
+    const bool isShort = currentAdd.shortfall.isShort();
+    const bool pinsRemotely = isRemoteDestination(currentAdd.options.pinDestination);
+    const bool nodeWasLeft = currentAdd.address != client->baseUrl();
     if (pinsRemotely && (isShort || nodeWasLeft)) {
-        addShortfall.serviceLeftOut = nodeWasLeft
+        currentAdd.shortfall.serviceLeftOut = nodeWasLeft
             ? tr("It was not pinned at the remote service: the node's address has changed.")
             : tr("It was not pinned at the remote service, since it is not complete.");
     }
@@ -129,8 +129,8 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
         showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
         setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
     }
-    if (pinsRemotely && addShortfall.serviceLeftOut.isEmpty())
-        remotePinFlow->start(lastAddOptions, rootCid, entries);
+    if (pinsRemotely && currentAdd.shortfall.serviceLeftOut.isEmpty())
+        remotePinFlow->start(currentAdd.options, rootCid, entries);
     showAddResult(rootCid, entries);
 }
 
@@ -141,9 +141,10 @@ void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& en
         : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(messageForLabel(rootCid));
     const QStringList actions
         = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
-    QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
-                                            tr("Add to IPFS"), text, actions, this);
-    box->setInformativeText(addShortfall.text());
+    QPointer<ActionBox> box
+        = new ActionBox(currentAdd.shortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
+                        tr("Add to IPFS"), text, actions, this);
+    box->setInformativeText(currentAdd.shortfall.text());
     const int choice = box->choose();
     if (!box) // it went with this window
         return;

@@ -48,13 +48,13 @@ void MainWindow::setupEditMenu()
     menu->addAction(tr("&Copy CID"), QKeySequence::Copy, this, &MainWindow::onCopySelectedCID);
     menu->addAction(tr("Open from &gateway"), Qt::CTRL | Qt::Key_G, this, &MainWindow::onOpenInGateway);
     menu->addAction(tr("Open from &local"), Qt::CTRL | Qt::Key_L, this, &MainWindow::onOpenFromLocal);
-    addUnavailable(menu, tr("Open via I&PNS..."));
-    addUnavailable(menu, tr("Publish to &IPNS..."));
-    addUnavailable(menu, tr("&Resolve IPNS..."));
+    menu->addAction(tr("Open via I&PNS..."), this, &MainWindow::onOpenViaIpnsClicked);
+    publishToIpnsAction = menu->addAction(tr("Publish to &IPNS..."), this, &MainWindow::onPublishToIpnsClicked);
+    menu->addAction(tr("&Resolve IPNS..."), this, &MainWindow::onResolveIpnsClicked);
     menu->addSeparator();
     unpinSelectedAction = menu->addAction(tr("Unpin selected"), this, &MainWindow::onUnpinSelected);
     unpinAllAction = menu->addAction(tr("Unpin all listed CIDs"), this, &MainWindow::onUnpinAll);
-    for (QAction* action : {unpinSelectedAction, unpinAllAction})
+    for (QAction* action : {publishToIpnsAction, unpinSelectedAction, unpinAllAction})
         action->setEnabled(false);
 }
 
@@ -105,7 +105,7 @@ void MainWindow::quit()
 /// Empty if nothing is under way that would be cut.
 QString MainWindow::quitQuestion() const
 {
-    if (addInProgress)
+    if (currentAdd.isRunning)
         return tr("An add is still running. Quit anyway?");
     const auto dialogs = findChildren<PinContentsDialog*>();
     return std::ranges::any_of(dialogs, &PinContentsDialog::isSaving) ? tr("A save is still running. Quit anyway?")

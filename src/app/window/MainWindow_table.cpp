@@ -35,7 +35,9 @@ void showOnce(QDialog* dialog)
 void MainWindow::onSelectionChanged()
 {
     const bool pinned = values.contentMode == ContentMode::pinned;
-    unpinSelectedAction->setEnabled(pinTable->hasSelection() && pinned);
+    const bool hasPinSelected = pinned && pinTable->hasSelection();
+    unpinSelectedAction->setEnabled(hasPinSelected);
+    publishToIpnsAction->setEnabled(hasPinSelected);
     unpinAllAction->setEnabled(pinned && pinModel->rowCount() > 0);
 }
 

@@ -31,7 +31,8 @@ StatusWindow::StatusWindow(QWidget* parent)
     makeCopyable(statusLabel, tr("Copy status"));
     statusBar()->addWidget(statusLabel, 1);
     statusResetTimer->setSingleShot(true);
-    connect(statusResetTimer, &QTimer::timeout, this, [this] { setStatusMessage(tr("Ready")); });
+    connect(statusResetTimer, &QTimer::timeout, this,
+            [this] { setStatusMessage(idleStatus.isEmpty() ? tr("Ready") : idleStatus); });
     setStatusMessage(tr("Ready"));
 }
 

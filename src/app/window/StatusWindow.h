@@ -41,6 +41,8 @@ protected:
     void setStatusMessage(const QString& text);
     /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
     void showStatusFor(std::chrono::milliseconds time, const QString& text);
+    /// What the status line goes back to from here on, in place of "Ready"; empty for "Ready".
+    void setIdleStatus(const QString& text) { idleStatus = text; }
     /// Shows how far something is, which is not logged.
     void showProgress(const QString& text);
     /// Shows a line above the content until it is hidden or replaced.
@@ -57,6 +59,7 @@ private:
     NoticeArea* notices;
     QLabel* statusLabel;
     QTimer* statusResetTimer; ///< runs while the status shows a message for a time
+    QString idleStatus {};
     QStringList rpcLogLines;
     QStringList statusLogLines;
 };
