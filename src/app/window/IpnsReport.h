@@ -25,6 +25,16 @@ struct IpnsReport
     QList<IpnsAction> actions {};
 };
 
+/// How far the publishes of a window are.
+struct IpnsPublishing
+{
+    enum Choice { None, KeysAsked, KeyOffered };
+
+    Choice choice = None;             ///< of the latest one's key
+    QString pendingIpnsPublishCid {}; ///< of the latest one, until it has ended
+    int running = 0;                  ///< at the node
+};
+
 IpnsReport reportOf(const IpnsPublishResult& result);
 IpnsReport reportOf(const IpnsResolveResult& result);
 

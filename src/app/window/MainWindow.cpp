@@ -9,6 +9,7 @@
 #include "PinToolBar.h"
 #include "RemotePinFlow.h"
 #include "StatsFrame.h"
+#include "UpdateCheck.h"
 
 #include <QGuiApplication>
 #include <QSettings>
@@ -44,6 +45,7 @@ MainWindow::MainWindow(QWidget* parent)
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
     , addProgress(new AddProgress(this))
     , remotePinFlow(new RemotePinFlow(this))
+    , updateCheck(new UpdateCheck(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
 {
     updateWindowTitleForActivationState();
@@ -66,6 +68,8 @@ MainWindow::MainWindow(QWidget* parent)
     setupRemotePinFlow();
     setupTimers();
 
+    connect(updateCheck, &UpdateCheck::finished, this, &MainWindow::onUpdateCheckFinished);
+    connect(updateCheck, &UpdateCheck::cancelled, this, [this] { setStatusMessage(tr("Update check cancelled")); });
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);
 
     updateEmptyText();
@@ -196,7 +200,7 @@ void MainWindow::onConnectionStatusChanged(bool on)
 {
     connected = on;
     if (on) {
-        listAnswered = true;
+        load.isAnswered = true;
         statsFrame->setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
         return;
     }
@@ -207,8 +211,8 @@ void MainWindow::onConnectionStatusChanged(bool on)
 
 void MainWindow::onListFailed(const QString& message)
 {
-    listError = message;
-    if (!rowsContent.isEmpty() && rowsContent != values.contentMode)
+    load.error = message;
+    if (!load.rowsContent.isEmpty() && load.rowsContent != values.contentMode)
         dropRows(); // of the other view; those of this one stay
     showListState(stateAfter(message));
 }

@@ -5,7 +5,7 @@
 #include "AddResult.h"
 #include "ConnectionStatusDot.h"
 #include "EmptyTable.h"
-#include "IpnsRecords.h"
+#include "IpnsReport.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
 #include "ToolWindowHost.h"
@@ -17,12 +17,13 @@
 
 class AddProgress;
 class IpfsClient;
-struct IpnsReport;
 class PinModel;
 class PinTable;
 class PinToolBar;
 class RemotePinFlow;
+class UpdateCheck;
 class QAction;
+class QNetworkReply;
 class QSettings;
 class QTimer;
 class SettingsDialog;
@@ -35,7 +36,7 @@ class MainWindow : public ToolWindowHost
 {
     Q_OBJECT
 
-    // Construction, menus and status: MainWindow.cpp, MainWindow_menus.cpp. Nothing here fails.
+    // Construction, menus and status: MainWindow.cpp, MainWindow_menus.cpp, MainWindow_update.cpp.
 public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
@@ -57,6 +58,8 @@ private slots:
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
     void onListFailed(const QString& message);
+    void checkForUpdates();
+    void onUpdateCheckFinished(QNetworkReply* reply);
 
 private:
     void setupMenuBar();
@@ -71,6 +74,7 @@ private:
     void setupTimers();
     void updateWindowTitleForActivationState();
     void showAboutBox();
+    void offerUpdate(const QString& current, const QString& latest);
     void quit();
     QString quitQuestion() const;
     bool mayClose();
@@ -210,21 +214,15 @@ private:
     QAction* addToIpfsAction = nullptr;
     AddProgress* addProgress;
     RemotePinFlow* remotePinFlow;
+    UpdateCheck* updateCheck;
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
-    EmptyTable::State listState = EmptyTable::NotAsked;
-    QString listError {};      ///< of the latest part of a list that failed
-    bool listAnswered = false; ///< the node has answered a part of the load
-    QString rowsContent {};    ///< what the rows were asked for by: content and filter; empty while there are none
-    QString rowsFilter {};
+    ListLoad load;
     MetadataPlan plan;
     int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
     CurrentAdd currentAdd;
-    enum class IpnsChoice { None, KeysAsked, KeyOffered };
-    IpnsChoice ipnsChoice = IpnsChoice::None; ///< how far the choice of a key is
-    QString pendingIpnsPublishCid {};         ///< of the latest publish, until it has ended
-    int runningIpnsPublishes = 0;
+    IpnsPublishing ipns;
 };

@@ -55,15 +55,15 @@ void MainWindow::publishToIpns(const QString& cid)
     const QString target = cid.trimmed();
     if (values.contentMode != ContentMode::pinned || target.isEmpty())
         return;
-    pendingIpnsPublishCid = target;
-    ipnsChoice = IpnsChoice::KeysAsked;
+    ipns.pendingIpnsPublishCid = target;
+    ipns.choice = IpnsPublishing::KeysAsked;
     setStatusMessage(tr("Fetching IPNS keys for publish (%1)…").arg(target));
     client->fetchIpnsKeys();
 }
 
 void MainWindow::onIpnsKeysReceived(const QList<IpnsKeyEntry>& keys)
 {
-    askForIpnsKey({.label = tr("Publish CID\n%1\n\nSelect key:").arg(paragraphForLabel(pendingIpnsPublishCid)),
+    askForIpnsKey({.label = tr("Publish CID\n%1\n\nSelect key:").arg(paragraphForLabel(ipns.pendingIpnsPublishCid)),
                    .choices = ipnsKeyChoices(keys)});
 }
 
@@ -77,9 +77,9 @@ void MainWindow::onIpnsKeysFailed(const QString& message)
 
 void MainWindow::askForIpnsKey(const TextQuestion& question)
 {
-    if (ipnsChoice != IpnsChoice::KeysAsked)
+    if (ipns.choice != IpnsPublishing::KeysAsked)
         return; // given up, or asked for twice
-    ipnsChoice = IpnsChoice::KeyOffered;
+    ipns.choice = IpnsPublishing::KeyOffered;
     TextQuestion titled = question;
     titled.title = tr("Publish to IPNS");
     askForText(titled, this, [this](const QString& key) { publishUnder(key); });
@@ -87,37 +87,37 @@ void MainWindow::askForIpnsKey(const TextQuestion& question)
 
 void MainWindow::publishUnder(const QString& key)
 {
-    if (ipnsChoice != IpnsChoice::KeyOffered)
+    if (ipns.choice != IpnsPublishing::KeyOffered)
         return; // the node has been left
     if (key.isEmpty()) {
         dropIpnsChoice();
         return;
     }
-    ipnsChoice = IpnsChoice::None;
-    ++runningIpnsPublishes;
-    const QString text = tr("Publishing %1 to IPNS key '%2'…").arg(pendingIpnsPublishCid, key);
+    ipns.choice = IpnsPublishing::None;
+    ++ipns.running;
+    const QString text = tr("Publishing %1 to IPNS key '%2'…").arg(ipns.pendingIpnsPublishCid, key);
     setIdleStatus(text); // it may take minutes
     setStatusMessage(text);
-    client->publishIpns(pendingIpnsPublishCid, key);
+    client->publishIpns(ipns.pendingIpnsPublishCid, key);
 }
 
 /// A CID is not published with the keys of another node. A publish that runs goes on where it began.
 void MainWindow::dropIpnsChoice()
 {
-    if (ipnsChoice == IpnsChoice::None)
+    if (ipns.choice == IpnsPublishing::None)
         return;
-    ipnsChoice = IpnsChoice::None;
-    pendingIpnsPublishCid.clear();
+    ipns.choice = IpnsPublishing::None;
+    ipns.pendingIpnsPublishCid.clear();
     setStatusMessage(tr("IPNS publish cancelled"));
 }
 
 void MainWindow::endIpnsPublish()
 {
-    runningIpnsPublishes = std::max(runningIpnsPublishes - 1, 0);
-    if (runningIpnsPublishes == 0)
+    ipns.running = std::max(ipns.running - 1, 0);
+    if (ipns.running == 0)
         setIdleStatus({});
-    if (ipnsChoice == IpnsChoice::None) // else it is the CID of the next one
-        pendingIpnsPublishCid.clear();
+    if (ipns.choice == IpnsPublishing::None) // else it is the CID of the next one
+        ipns.pendingIpnsPublishCid.clear();
 }
 
 void MainWindow::onIpnsPublished(const IpnsPublishResult& result)

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>
@@ -75,24 +76,30 @@ void MainWindow::onActivationClicked()
 
 void MainWindow::showAboutBox()
 {
-    QMessageBox box(this);
-    box.setWindowTitle(tr("About Norvo"));
-    box.setIconPixmap(QApplication::windowIcon().pixmap(aboutIconSize, aboutIconSize));
-    box.setTextFormat(Qt::RichText);
-    box.setText(tr("<h3>Norvo %1</h3><p>A Qt-based desktop application for viewing locally pinned CIDs from a running "
-                   "<b>Kubo</b> IPFS node via its RPC API.</p><p>Supports Linux, macOS and Windows.</p>"
-                   "<p><a href=\"%2\">%2</a></p>")
-                    .arg(QApplication::applicationVersion().toHtmlEscaped(), ProductInfo::webUrl));
-    box.setStandardButtons(QMessageBox::Close);
-    box.setDefaultButton(QMessageBox::Close);
-    box.setEscapeButton(QMessageBox::Close);
-    box.addButton(tr("Check for update"), QMessageBox::ActionRole)->setEnabled(false);
-    for (QLabel* label : box.findChildren<QLabel*>()) {
+    const QPointer<QMessageBox> box = new QMessageBox(this);
+    box->setWindowTitle(tr("About Norvo"));
+    box->setIconPixmap(QApplication::windowIcon().pixmap(aboutIconSize, aboutIconSize));
+    box->setTextFormat(Qt::RichText);
+    box->setText(tr("<h3>Norvo %1</h3><p>A Qt-based desktop application for viewing locally pinned CIDs from a running "
+                    "<b>Kubo</b> IPFS node via its RPC API.</p><p>Supports Linux, macOS and Windows.</p>"
+                    "<p><a href=\"%2\">%2</a></p>")
+                     .arg(QApplication::applicationVersion().toHtmlEscaped(), ProductInfo::webUrl));
+    box->setStandardButtons(QMessageBox::Close);
+    box->setDefaultButton(QMessageBox::Close);
+    box->setEscapeButton(QMessageBox::Close);
+    const QPushButton* update = box->addButton(tr("Check for update"), QMessageBox::ActionRole);
+    for (QLabel* label : box->findChildren<QLabel*>()) {
         label->setOpenExternalLinks(true);
         if (label->text().contains("href="_L1))
             label->setTextInteractionFlags(Qt::TextBrowserInteraction); // the link is reached by Tab
     }
-    box.exec();
+    box->exec();
+    if (!box) // it went with this window
+        return;
+    const bool wantsUpdate = box->clickedButton() == update;
+    delete box;
+    if (wantsUpdate)
+        checkForUpdates();
 }
 
 /// Closes this window first: the application would close the dialogs in any order, and those end what they do.
