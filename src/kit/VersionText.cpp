@@ -24,13 +24,13 @@ QString firstLine(const QByteArray& body)
 
 VersionVerdict judgeVersions(const QByteArray& body, const QString& current)
 {
-    const QString running = withoutV(current);
+    const QString own = withoutV(current);
     const QString published = withoutV(firstLine(body));
-    VersionVerdict verdict {.current = running.left(mostLetters), .latest = published.left(mostLetters)};
-    const QVersionNumber runningNumber = QVersionNumber::fromString(running);
+    VersionVerdict verdict {.current = own.left(mostLetters), .latest = published.left(mostLetters)};
+    const QVersionNumber ownNumber = QVersionNumber::fromString(own);
     const QVersionNumber publishedNumber = QVersionNumber::fromString(published);
-    if (!runningNumber.isNull() && !publishedNumber.isNull()) {
-        const bool isNewer = QVersionNumber::compare(publishedNumber, runningNumber) > 0;
+    if (!ownNumber.isNull() && !publishedNumber.isNull()) {
+        const bool isNewer = QVersionNumber::compare(publishedNumber, ownNumber) > 0;
         verdict.kind = isNewer ? VersionVerdict::Newer : VersionVerdict::UpToDate;
     }
     return verdict;

@@ -3,6 +3,7 @@
 
 #include "IpnsRecords.h"
 
+#include <QCoreApplication>
 #include <QList>
 #include <QStringList>
 #include <QUrl>
@@ -19,6 +20,9 @@ struct IpnsAction
 /// What is shown of a name that was published or resolved.
 struct IpnsReport
 {
+    Q_DECLARE_TR_FUNCTIONS(IpnsReport)
+
+public:
     QString title {};
     QString message {}; ///< for the notification and the status line, whole
     QString text {};    ///< for the box, with the middle of long values left out
