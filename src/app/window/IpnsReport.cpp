@@ -81,10 +81,11 @@ IpnsReport reportOf(const IpnsResolveResult& result)
     const bool isName = input.startsWith(ipnsPrefix);
     if (isName)
         report.actions.append(copyName(IpnsReport::tr("Copy IPNS name"), input));
-    if (!path.isEmpty())
+    if (!path.isEmpty()) {
         report.actions.append({.caption = IpnsReport::tr("Copy resolved path"),
                                .copied = path,
                                .status = IpnsReport::tr("Copied resolved path: %1").arg(path)});
+    }
     if (path.startsWith(ipfsPrefix))
         report.actions.append({.caption = IpnsReport::tr("Open resolved target"), .url = urlOf(path, ipfsPrefix)});
     if (isName)
