@@ -8,6 +8,7 @@
 #include "DemoNode.h"
 #include "Detached.h"
 #include "IndirectPinsDialog.h"
+#include "IpnsPictures.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
 #include "PicturePalette.h"
@@ -263,6 +264,7 @@ private:
         awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
         take(dialog, "remote-services"_L1);
         close<RemoteServicesDialog>();
+        takeIpnsPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
     }
 
     static std::unique_ptr<DemoNode> newNode()

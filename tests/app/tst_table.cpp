@@ -17,8 +17,6 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMenuBar>
-#include <QMessageBox>
 #include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTextEdit>
@@ -329,15 +327,6 @@ private:
         QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
         QTest::mouseDClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
     }
-    QAction* action(const QString& text) const
-    {
-        for (auto* candidate : window->menuBar()->findChildren<QAction*>()) {
-            if (candidate->text().remove(u'&') == text)
-                return candidate;
-        }
-        return nullptr;
-    }
-    void trigger(const QString& text) const { action(text)->trigger(); }
     bool selectedEnabled() const { return action(u"Unpin selected"_s)->isEnabled(); }
     bool allEnabled() const { return action(u"Unpin all listed CIDs"_s)->isEnabled(); }
     /// By a button's first half, or by its second one.

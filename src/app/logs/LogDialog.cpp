@@ -3,7 +3,7 @@
 
 #include "DialogSizing.h"
 #include "LogLayout.h"
-#include "MainWindow.h"
+#include "StatusWindow.h"
 
 #include <QPushButton>
 #include <QScrollBar>
@@ -48,9 +48,9 @@ void followEnd(QTextEdit* view)
 
 } // namespace
 
-LogDialog::LogDialog(MainWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent)
+LogDialog::LogDialog(StatusWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent)
     : QDialog(parent)
-    , mainWindow(newWindow)
+    , statusWindow(newWindow)
     , source(newSource)
     , textEdit(newLogView(this))
 {
@@ -80,17 +80,17 @@ void LogDialog::setPlaceholder(const QString& text)
 void LogDialog::showEvent(QShowEvent* event)
 {
     refreshLog();
-    if (mainWindow)
-        follow(mainWindow);
+    if (statusWindow)
+        follow(statusWindow);
     QDialog::showEvent(event);
 }
 
 void LogDialog::refreshLog()
 {
-    if (!mainWindow)
+    if (!statusWindow)
         return;
     // The document's own; the view's goes over all lines a second time.
-    textEdit->document()->setPlainText((mainWindow->*source.lines)().join(u'\n'));
+    textEdit->document()->setPlainText((statusWindow->*source.lines)().join(u'\n'));
     followEnd(textEdit);
     DialogSizing::requestRefit(this);
 }
@@ -107,7 +107,7 @@ void LogDialog::appendLogLine(const QString& line)
 
 void LogDialog::onClearClicked()
 {
-    if (mainWindow)
-        (mainWindow->*source.clear)();
+    if (statusWindow)
+        (statusWindow->*source.clear)();
     textEdit->clear();
 }

@@ -3,7 +3,6 @@
 
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
@@ -68,7 +67,7 @@ void MainWindow::triggerRefresh(bool force)
     lastCountLabelUpdateMs = 0;
     statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
-    notices->hideNotification();
+    hideNotification();
     const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
     setStatusMessage(message.arg(client->baseUrl()));
     fetchList();
@@ -77,8 +76,8 @@ void MainWindow::triggerRefresh(bool force)
 
 void MainWindow::fetchList()
 {
-    listAnswered = false;
-    listError.clear();
+    load.isAnswered = false;
+    load.error.clear();
     showListState(EmptyTable::Loading);
     if (showsUnpinned())
         client->fetchUnpinned();
@@ -118,14 +117,14 @@ QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
 /// none.
 bool MainWindow::knowsNoList() const
 {
-    const bool blocksWereRefused = showsUnpinned() && isNodesReply(listError);
-    return !listAnswered && !blocksWereRefused;
+    const bool blocksWereRefused = showsUnpinned() && isNodesReply(load.error);
+    return !load.isAnswered && !blocksWereRefused;
 }
 
 void MainWindow::dropRows()
 {
     pinModel->clear();
-    rowsContent.clear();
+    load.rowsContent.clear();
     plan.startList();
     updateCountLabels();
     onSelectionChanged();
@@ -133,8 +132,8 @@ void MainWindow::dropRows()
 
 void MainWindow::showRows(const QList<PinEntry>& list)
 {
-    rowsContent = values.contentMode;
-    rowsFilter = values.typeFilter;
+    load.rowsContent = values.contentMode;
+    load.rowsFilter = values.typeFilter;
     pinModel->setPins(list);
     planMetadata(list);
     proxyModel->setTypeFilter(values.typeFilter);
@@ -145,11 +144,12 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     setRefreshing(false);
     if (pins.isEmpty() && knowsNoList())
         return; // the errors have been reported
-    if (!pins.isEmpty() || listState == EmptyTable::Loading)
-        listState = EmptyTable::Loaded; // else a part of the list has failed
+    if (!pins.isEmpty() || load.state == EmptyTable::Loading)
+        load.state = EmptyTable::Loaded; // else a part of the list has failed
     const QList<PinEntry> list = listForTable(pins);
-    const PinTable::Place place
-        = rowsContent == values.contentMode && rowsFilter == values.typeFilter ? pinTable->place() : PinTable::Place();
+    const PinTable::Place place = load.rowsContent == values.contentMode && load.rowsFilter == values.typeFilter
+        ? pinTable->place()
+        : PinTable::Place();
     showRows(list);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
@@ -169,20 +169,20 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
 void MainWindow::showListState(EmptyTable::State state)
 {
-    listState = state;
+    load.state = state;
     updateEmptyText();
 }
 
 void MainWindow::updateEmptyText()
 {
-    pinTable->setEmptyText(emptyTableText({.state = listState,
+    pinTable->setEmptyText(emptyTableText({.state = load.state,
                                            .unpinned = showsUnpinned(),
                                            .allTypes = values.typeFilter == PinType::all,
                                            .searching = !toolBar->searchText().isEmpty(),
                                            .total = pinModel->rowCount(),
                                            .shown = proxyModel->rowCount(),
                                            .address = client->baseUrl(),
-                                           .reason = listError}));
+                                           .reason = load.error}));
 }
 
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.
