@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "ConfigDialog.h"
 #include "LogTime.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
@@ -23,6 +24,7 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 void MainWindow::setupToolWindows()
 {
     connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    offerNodeTool<ConfigDialog>(ToolWindows::Config);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
