@@ -30,7 +30,7 @@ constexpr int presetLetters = 24;              // a long name is not to widen th
 constexpr double editorShare = 0.8;            // of the dialog
 constexpr QSize smallestEditor(640, 420);
 
-QLineEdit* newField(const QString& name, const QString& placeholder, QWidget* parent)
+QLineEdit* newConfigField(const QString& name, const QString& placeholder, QWidget* parent)
 {
     auto* field = new QLineEdit(parent);
     field->setAccessibleName(name);
@@ -89,8 +89,8 @@ QLayout* ConfigDialog::newKeyRow()
 
 void ConfigDialog::setupFields()
 {
-    keyEdit = newField(tr("Config key"), tr("Config key (e.g. Addresses.API)"), this);
-    valueEdit = newField(tr("Value"), tr("Value"), this);
+    keyEdit = newConfigField(tr("Config key"), tr("Config key (e.g. Addresses.API)"), this);
+    valueEdit = newConfigField(tr("Value"), tr("Value"), this);
     modeCombo = new QComboBox(this);
     modeCombo->setAccessibleName(tr("Value mode"));
     for (const QLatin1StringView mode : {ConfigMode::text, ConfigMode::boolean, ConfigMode::json})

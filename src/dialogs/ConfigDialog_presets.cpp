@@ -39,11 +39,11 @@ QVariantMap boxEntry(const ConfigPreset& preset, bool isCustom)
 }
 
 /// Opened without an event loop of its own, so that its parent may go while it is open.
-QFileDialog* newPicker(const QString& title, QWidget* parent)
+QFileDialog* newPresetPicker(const QString& title, QWidget* parent)
 {
     auto* picker = new QFileDialog(parent, title);
     picker->setAttribute(Qt::WA_DeleteOnClose);
-    picker->setNameFilters({QFileDialog::tr("JSON files (*.json)"), QFileDialog::tr("All files (*)")});
+    picker->setNameFilters({ConfigDialog::tr("JSON files (*.json)"), ConfigDialog::tr("All files (*)")});
     picker->setSupportedSchemes({u"file"_s});
     return picker;
 }
@@ -144,7 +144,7 @@ void ConfigDialog::onDeletePresetClicked()
 
 void ConfigDialog::onImportPresetsClicked()
 {
-    QFileDialog* picker = newPicker(tr("Import custom presets"), this);
+    QFileDialog* picker = newPresetPicker(tr("Import custom presets"), this);
     picker->setFileMode(QFileDialog::ExistingFile);
     connect(picker, &QFileDialog::fileSelected, this, &ConfigDialog::importPresets);
     picker->open();
@@ -175,7 +175,7 @@ void ConfigDialog::onExportPresetsClicked()
         onError(tr("No custom presets to export."));
         return;
     }
-    QFileDialog* picker = newPicker(tr("Export custom presets"), this);
+    QFileDialog* picker = newPresetPicker(tr("Export custom presets"), this);
     picker->setAcceptMode(QFileDialog::AcceptSave);
     picker->selectFile(u"norvo-config-presets.json"_s);
     connect(picker, &QFileDialog::fileSelected, this, &ConfigDialog::exportPresets);

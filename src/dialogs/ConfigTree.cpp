@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -19,6 +20,19 @@ constexpr int keyColumnWidth = 220;   // pixels
 constexpr qsizetype mostInACell = 60; // characters; more than these may be cut off
 constexpr int arrayItem = QTreeWidgetItem::UserType;
 constexpr auto arraySuffix = " []"_L1;
+
+/// Shows the head of a very long text: a megabyte would be shaped anew, for most of a second, each time it is painted.
+class ShortTexts : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QString displayText(const QVariant& value, const QLocale& locale) const override
+    {
+        constexpr qsizetype mostShown = 2000; // characters; wider than any screen
+        const QString text = QStyledItemDelegate::displayText(value, locale);
+        return text.size() > mostShown ? text.first(mostShown) + u'…' : text;
+    }
+};
 
 QTreeWidgetItem* newConfigItem(const QString& key, const QJsonValue& value);
 
@@ -40,7 +54,7 @@ QList<QTreeWidgetItem*> newElementItems(const QJsonArray& array)
     return items;
 }
 
-QTreeWidgetItem* newLeaf(const QString& key, const QJsonValue& value)
+QTreeWidgetItem* newConfigLeaf(const QString& key, const QJsonValue& value)
 {
     const QString text = jsonValueToDisplayString(value);
     auto* item = new QTreeWidgetItem({key, text});
@@ -55,7 +69,7 @@ QTreeWidgetItem* newLeaf(const QString& key, const QJsonValue& value)
 QTreeWidgetItem* newConfigItem(const QString& key, const QJsonValue& value)
 {
     if (!value.isObject() && !value.isArray())
-        return newLeaf(key, value);
+        return newConfigLeaf(key, value);
     auto* item = value.isArray() ? new QTreeWidgetItem({key + arraySuffix}, arrayItem) : new QTreeWidgetItem({key});
     item->addChildren(value.isArray() ? newElementItems(value.toArray()) : newMemberItems(value.toObject()));
     return item;
@@ -89,6 +103,7 @@ ConfigTree::ConfigTree(QWidget* parent)
     setAnimated(true);
     setExpandsOnDoubleClick(true);
     setUniformRowHeights(true); // thousands of rows are laid out without being measured
+    setItemDelegate(new ShortTexts(this));
     setAccessibleName(tr("Configuration"));
     copyCellsOnRequest(this);
     connect(this, &QTreeWidget::itemClicked, this, &ConfigTree::chooseKey);

@@ -46,7 +46,7 @@ QString compactJson(const QJsonValue& value)
     return QString::fromUtf8(document.toJson(QJsonDocument::Compact));
 }
 
-ConfigWrite refused(const char* reason)
+ConfigWrite refusedWrite(const char* reason)
 {
     return {.error = QCoreApplication::translate("ConfigDialog", reason)};
 }
@@ -55,7 +55,7 @@ ConfigWrite booleanWrite(const QString& valueText)
 {
     const QString value = valueText.trimmed().toLower();
     if (value != "true"_L1 && value != "false"_L1)
-        return refused(QT_TRANSLATE_NOOP("ConfigDialog", "Bool mode accepts only true or false."));
+        return refusedWrite(QT_TRANSLATE_NOOP("ConfigDialog", "Bool mode accepts only true or false."));
     return {.value = value, .isBool = true};
 }
 
@@ -64,7 +64,7 @@ ConfigWrite jsonWrite(const QString& valueText)
 {
     QJsonValue value;
     if (!parseJsonValueText(valueText, &value))
-        return refused(QT_TRANSLATE_NOOP("ConfigDialog", "JSON mode requires a valid JSON value."));
+        return refusedWrite(QT_TRANSLATE_NOOP("ConfigDialog", "JSON mode requires a valid JSON value."));
     return {.value = jsonValueToCompactString(value), .isJson = true};
 }
 
@@ -129,9 +129,9 @@ bool isRiskyConfigKey(const QString& key)
 ConfigWrite judgeConfigWrite(const QString& key, const QString& valueText, const QString& mode)
 {
     if (key.trimmed().isEmpty())
-        return refused(QT_TRANSLATE_NOOP("ConfigDialog", "Config key is required."));
+        return refusedWrite(QT_TRANSLATE_NOOP("ConfigDialog", "Config key is required."));
     if (valueText.trimmed().isEmpty())
-        return refused(QT_TRANSLATE_NOOP("ConfigDialog", "Config value is required."));
+        return refusedWrite(QT_TRANSLATE_NOOP("ConfigDialog", "Config value is required."));
     if (mode == ConfigMode::boolean)
         return booleanWrite(valueText);
     if (mode == ConfigMode::json)

@@ -141,8 +141,6 @@ private slots:
         row("text", {u" A.B "_s, u" x "_s, u"String"_s}, u"A.B| x "_s);
         row("boolean", {u"A.on"_s, u" FALSE"_s, u"Bool"_s}, u"A.on|false|bool"_s);
         row("JSON", {u"A.N"_s, u" 9007199254740993 "_s, u"JSON"_s}, u"A.N|9007199254740993|json"_s);
-        row("JSON with numbers inside", {u"A"_s, u"{\"a\":[1234567,1e-7]}"_s, u"JSON"_s},
-            u"A|{\"a\":[1234567,1e-07]}|json"_s);
         row("no key", {u" "_s, u"x"_s, u"String"_s}, {}, u"Config key is required."_s);
         row("no value", {u"A"_s, u" "_s, u"String"_s}, {}, u"Config value is required."_s);
         row("no boolean", {u"A"_s, u"yes"_s, u"Bool"_s}, {}, u"Bool mode accepts only true or false."_s);
@@ -171,8 +169,6 @@ private slots:
     {
         for (const auto& [json, text] : {std::pair("1234567", u"1234567"_s),
                                          {"9007199254740993", u"9007199254740993"_s},
-                                         {"1e21", u"1e+21"_s},
-                                         {"0.1", u"0.1"_s},
                                          {"1e-7", u"1e-07"_s},
                                          {"null", u"null"_s},
                                          {R"("a\nb\u00a0")", u"a\nb\u00a0"_s}}) {
@@ -192,20 +188,15 @@ private slots:
         QCOMPARE(field(0)->text(), u"Swarm.X"_s);
     }
 
-    void aRiskyKeyIsAskedAbout()
+    /// The snapshot is what was loaded before the first write that was confirmed, digits and all.
+    void theSnapshotIsRestored()
     {
         fill({u" swarm.X<b>"_s, u"x"_s, u"String"_s});
         answerNext(
             QMessageBox::No, [this] { button("&Set")->click(); },
             u"Potentially risky key|You are changing 'swarm.X<b>'.\n\nThis may break RPC connectivity or "
             "networking.\nProceed?"_s);
-        QVERIFY(button("&Set")->isEnabled() && !button("Restore &Backup")->isEnabled());
-        QCOMPARE(node->count(keyPath), 0);
-    }
-
-    /// The snapshot is what was loaded before the first write, digits and all.
-    void theSnapshotIsRestored()
-    {
+        QVERIFY(button("&Set")->isEnabled() && !button("Restore &Backup")->isEnabled() && node->count(keyPath) == 0);
         fill({u"A.B"_s, u"x"_s, u"String"_s});
         for (int i = 0; i < 2; ++i) {
             node->answer(showPath, NodeAnswer::json(R"({"later":1})"));
@@ -375,25 +366,13 @@ private slots:
 
     void presetsAreAppliedThroughSet()
     {
-        QCOMPARE(boxTexts(),
-                 QStringList({u"Select preset…"_s, u"API: localhost:5001"_s, u"Gateway: localhost:8080"_s,
-                              u"Bootstrap: empty list []"_s, u"Discovery.MDNS.Enabled = true"_s,
-                              u"Discovery.MDNS.Enabled = false"_s}));
         button("&Apply Preset")->click();
         verifyFailure(u"Select a preset first."_s);
-        const QStringList queries {u"Addresses.API|/ip4/127.0.0.1/tcp/5001"_s,
-                                   u"Addresses.Gateway|/ip4/127.0.0.1/tcp/8080"_s, u"Bootstrap|[]|json"_s,
-                                   u"Discovery.MDNS.Enabled|true|bool"_s, u"Discovery.MDNS.Enabled|false|bool"_s};
-        for (int i = 1; i <= queries.size(); ++i) {
-            box()->setCurrentIndex(i);
-            if (i <= 3)
-                answerNext(QMessageBox::Yes, [this] { button("&Apply Preset")->click(); });
-            else
-                button("&Apply Preset")->click();
-            QTRY_COMPARE(node->count(keyPath), i);
-            QCOMPARE(sent(), queries.at(i - 1));
-            QTRY_VERIFY(button("&Apply Preset")->isEnabled());
-        }
+        box()->setCurrentText(u"Bootstrap: empty list []"_s);
+        answerNext(QMessageBox::Yes, [this] { button("&Apply Preset")->click(); });
+        QTRY_COMPARE(node->count(showPath), 2);
+        QCOMPARE(sent(), u"Bootstrap|[]|json"_s);
+        QTRY_VERIFY(button("Restore &Backup")->isEnabled());
     }
 
     void presetsAreSavedAndDeleted()
@@ -430,7 +409,7 @@ private slots:
             answerNext(
                 choice, [this] { button("&Delete Preset")->click(); }, u"Delete preset|Delete preset '<b>mine'?"_s);
         QCOMPARE(status()->text(), u"Deleted preset '<b>mine'."_s);
-        QCOMPARE(boxTexts().size(), 7);
+        QCOMPARE(box()->count(), 7);
         QCOMPARE(box()->currentIndex(), 0);
         QCOMPARE(node->requests().size(), 1); // the node has no part in it
     }
@@ -450,16 +429,13 @@ private slots:
             = R"([{"name":"n","key":"k","value":" v","mode":"JSON"},{"name":"n","key":"k2","mode":"Bool"}])";
         pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"in.json"_s, file));
         QTRY_COMPARE(status()->text(), u"Imported 2 preset(s)."_s);
-        QCOMPARE(boxTexts().last(), u"Custom: n"_s);
+        QCOMPARE(box()->itemText(box()->count() - 1), u"Custom: n"_s);
         pick("E&xport Presets", u"Export custom presets"_s, path);
         QTRY_COMPARE(status()->text(), u"Exported 1 preset(s)."_s);
         QCOMPARE(QJsonDocument::fromJson(contentOf(path)).array().toVariantList(), stored());
         const QVariantList before = stored();
-        for (const auto& [content, problem] : {std::pair("{}", u"Import file must be a JSON array of presets."_s),
-                                               {"[7]", u"No valid presets found in file."_s}}) {
-            pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"bad.json"_s, content));
-            QTRY_COMPARE(status()->text(), problem);
-        }
+        pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"bad.json"_s, "[7]"));
+        QTRY_COMPARE(status()->text(), u"No valid presets found in file."_s);
         QVERIFY(QFile::resize(path, 9 * 1024 * 1024));
         pick("&Import Presets", u"Import custom presets"_s, path);
         QTRY_COMPARE(status()->toolTip(), u"The file has 9.0 MB; at most 8.0 MB are read."_s);
@@ -474,7 +450,7 @@ private slots:
     {
         QJsonObject config;
         for (int section = 0; section < 100; ++section) {
-            QJsonObject keys;
+            QJsonObject keys {{u"A"_s, QString(section == 0 ? 1'000'000 : 1, u'x')}}; // in view
             for (int key = 0; key < 100; ++key)
                 keys.insert(u"Key%1"_s.arg(key), u"a value of some length %1"_s.arg(key));
             config.insert(u"Section%1"_s.arg(section), keys);
@@ -486,12 +462,12 @@ private slots:
             act();
             tree()->repaint();
             qInfo("%s: %lld ms", what, static_cast<long long>(timer.elapsed()));
-            return timer.elapsed() < 1000; // far below, but for a busy machine and sanitizers
+            return timer.elapsed() < 300;
         };
         QVERIFY(measure("fill", [&] { emit client->configReceived(config); }));
         QVERIFY(measure("collapse", [&] { toggle->click(); }));
         QVERIFY(measure("expand", [&] { toggle->click(); }));
-        QCOMPARE(linesOf(row({99})).count(u';'), 101);
+        QCOMPARE(linesOf(row({99})).count(u';'), 102);
     }
 
 private:
@@ -599,13 +575,6 @@ private:
     StatusLabel* status() const { return dialog->findChild<StatusLabel*>(); }
     QLineEdit* field(int place) const { return dialog->findChildren<QLineEdit*>().value(place); }
     QComboBox* box() const { return dialog->findChildren<QComboBox*>().value(1); }
-    QStringList boxTexts() const
-    {
-        QStringList texts;
-        for (int i = 0; i < box()->count(); ++i)
-            texts.append(box()->itemText(i));
-        return texts;
-    }
     QPushButton* button(const char* text) const
     {
         const auto all = dialog->findChildren<QPushButton*>();

@@ -107,35 +107,6 @@ private slots:
             QVERIFY2(!isRiskyConfigKey(QString::fromLatin1(key)), key);
     }
 
-    void writes_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("expected"); // an error begins with '!'
-        const auto row = [](const char* name, const QString& value, const QString& mode, const QString& expected,
-                            const QString& key = u"k"_s) { QTest::newRow(name) << key << value << mode << expected; };
-        row("text with blanks", u" a "_s, u"String"_s, u" a "_s);
-        row("boolean", u" TRUE\t"_s, u"Bool"_s, u"true bool"_s);
-        row("no boolean", u"yes"_s, u"Bool"_s, u"!Bool mode accepts only true or false."_s);
-        row("JSON", u" [ 1 ]"_s, u"JSON"_s, u"[1] json"_s);
-        row("JSON string", u"\"abc\""_s, u"JSON"_s, u"abc json"_s);
-        row("no JSON", u"abc"_s, u"JSON"_s, u"!JSON mode requires a valid JSON value."_s);
-        row("no key", u" "_s, u"Bool"_s, u"!Config key is required."_s, u" "_s);
-        row("no value", u" \t"_s, u"JSON"_s, u"!Config value is required."_s);
-    }
-    void writes()
-    {
-        QFETCH(const QString, key);
-        QFETCH(const QString, value);
-        QFETCH(const QString, mode);
-        const ConfigWrite write = judgeConfigWrite(key, value, mode);
-        QTEST(write.error.isEmpty()
-                  ? write.value + (write.isBool ? u" bool"_s : u""_s) + (write.isJson ? u" json"_s : u""_s)
-                  : u'!' + write.error,
-              "expected");
-    }
-
     /// A text field turns some characters into others, and a restored document must hold every digit.
     void theEditorsTextIsTheDocument()
     {
