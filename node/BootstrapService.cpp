@@ -15,7 +15,7 @@ namespace {
 
 const QStringList configKey {u"Bootstrap"_s};
 
-/// What "auto" stands for.
+/// The addresses that "auto" means.
 QStringList expandedAuto()
 {
     constexpr int firstPeer = 2'000'000'000; // far from the peers that are connected

@@ -303,7 +303,7 @@ CheckedConfig checkedStruct(const QStringList& path, const QJsonValue& value)
             continue;
         const CheckedConfig checked = checkedConfig(inner, given.value(name));
         if (!checked.fault.isEmpty())
-            return checked;
+            return {.fault = checked.fault};
         result.insert(name, checked.value);
     }
     return {.value = result};

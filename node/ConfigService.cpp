@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QStringList privateKeyPath {u"Identity"_s, u"PrivKey"_s};
-const QStringList servicesPath {u"Pinning"_s, u"RemoteServices"_s};
 
 /// Whether what is at `path` is `secret`, has it in it or is in it; "*" is any name.
 bool touches(const QStringList& path, const QStringList& secret)
@@ -30,7 +29,7 @@ QString concealment(const QStringList& path)
 {
     if (touches(path, privateKeyPath))
         return u"cannot show or change private key through API"_s;
-    if (touches(path, servicesPath + QStringList {u"*"_s, u"API"_s, u"Key"_s}))
+    if (touches(path, DemoConfig::servicesPath() + QStringList {u"*"_s, u"API"_s, u"Key"_s}))
         return u"cannot show or change pinning services credentials"_s;
     return {};
 }
@@ -142,11 +141,11 @@ NodeAnswer ConfigService::replace(const NodeRequest& request)
 /// An endpoint or a key that is left out stays as it is.
 QString ConfigService::faultOfServices(const QJsonObject& document) const
 {
-    const QJsonObject pinning = document.value(servicesPath.first()).toObject();
-    if (!pinning.contains(servicesPath.last()))
+    const QJsonObject pinning = document.value(DemoConfig::servicesPath().first()).toObject();
+    if (!pinning.contains(DemoConfig::servicesPath().last()))
         return {};
-    const QJsonObject services = pinning.value(servicesPath.last()).toObject();
-    const QJsonObject kept = config.value(servicesPath).toObject();
+    const QJsonObject services = pinning.value(DemoConfig::servicesPath().last()).toObject();
+    const QJsonObject kept = config.value(DemoConfig::servicesPath()).toObject();
     if (services.keys() != kept.keys())
         return u"cannot add or remove remote pinning services with 'config replace'"_s;
     for (const QString& name : kept.keys()) {

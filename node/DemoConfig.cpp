@@ -14,8 +14,6 @@ QJsonObject withValue(QJsonObject object, const QStringList& path, const QJsonVa
     return object;
 }
 
-const QStringList servicesPath {u"Pinning"_s, u"RemoteServices"_s};
-
 constexpr QByteArrayView initialFile {R"({
 "API":{"HTTPHeaders":{}},
 "Addresses":{"API":"/ip4/127.0.0.1/tcp/5001","Announce":[],"AppendAnnounce":[],"Gateway":"/ip4/127.0.0.1/tcp/8080",
@@ -56,9 +54,15 @@ DemoConfig::DemoConfig(const QMap<QString, QString>& remoteServices)
         addRemoteService(service.key(), service.value(), u"secret"_s);
 }
 
+const QStringList& DemoConfig::servicesPath()
+{
+    static const QStringList path {u"Pinning"_s, u"RemoteServices"_s};
+    return path;
+}
+
 QMap<QString, QString> DemoConfig::remoteServices() const
 {
-    const QJsonObject services = value(servicesPath).toObject();
+    const QJsonObject services = value(servicesPath()).toObject();
     QMap<QString, QString> endpoints;
     for (auto service = services.begin(); service != services.end(); ++service)
         endpoints.insert(service.key(), service.value()["API"_L1]["Endpoint"_L1].toString());
@@ -68,7 +72,7 @@ QMap<QString, QString> DemoConfig::remoteServices() const
 void DemoConfig::addRemoteService(const QString& name, const QString& endpoint, const QString& key)
 {
     const QJsonObject mfs {{u"Enable"_s, false}, {u"PinName"_s, QString()}, {u"RepinInterval"_s, QString()}};
-    setValue(servicesPath + QStringList {name},
+    setValue(servicesPath() + QStringList {name},
              QJsonObject {{u"API"_s, QJsonObject {{u"Endpoint"_s, endpoint}, {u"Key"_s, key}}},
                           {u"Policies"_s, QJsonObject {{u"MFS"_s, mfs}}}});
 }

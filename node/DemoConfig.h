@@ -19,6 +19,8 @@ public:
     /// Makes the objects on the way to it.
     void setValue(const QStringList& path, const QJsonValue& newValue);
 
+    /// Where the file has the remote pinning services.
+    static const QStringList& servicesPath();
     /// The endpoints of the remote pinning services in the file, by name.
     QMap<QString, QString> remoteServices() const;
     void addRemoteService(const QString& name, const QString& endpoint, const QString& key);

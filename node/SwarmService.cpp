@@ -162,8 +162,8 @@ QString SwarmService::dial(const QString& transport, const QString& peer)
         return u"failed to find any peer in table"_s;
     if (address.startsWith("/ip4/192.0.2."_L1))
         return u"failed to dial %1: all dials failed * [%2] dial backoff: i/o timeout"_s.arg(peer, address);
-    const auto place = std::ranges::lower_bound(connections, address, {}, &Connection::address);
-    connections.insert(place, {.address = address, .peer = peer, .latency = 120});
+    const auto next = std::ranges::lower_bound(connections, address, {}, &Connection::address);
+    connections.insert(next - connections.begin(), {.address = address, .peer = peer, .latency = 120});
     if (!known.value(peer).contains(address))
         known[peer].append(address);
     return {};
