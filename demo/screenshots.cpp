@@ -5,6 +5,7 @@
 #include "AddToIpfsDialog.h"
 #include "AppSettings.h"
 #include "Appearance.h"
+#include "ConfigPictures.h"
 #include "DemoNode.h"
 #include "Detached.h"
 #include "IndirectPinsDialog.h"
@@ -86,6 +87,7 @@ public:
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
+        takeConfigPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
         window.reset();
         need(waitForDetached(10s), u"a thread does not end"_s);
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "ConfigDialog.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
@@ -19,6 +20,7 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 
 void MainWindow::setupToolWindows()
 {
+    offerNodeTool<ConfigDialog>(ToolWindows::Config);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
