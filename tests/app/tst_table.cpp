@@ -226,10 +226,11 @@ private slots:
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             reached.append(spokenName());
         }
-        QCOMPARE(reached,
-                 QStringList({u"PeerID: x  |  "_s, u"⟳  Refresh"_s, u"+  Add to IPFS"_s, u"Content"_s, u"Filter"_s,
-                              u"Search"_s, u"Search in CIDs"_s, u"Status log"_s, u"Status log in a new window"_s,
-                              u"RPC log"_s, u"RPC log in a new window"_s, u"Pins"_s}));
+        QCOMPARE(
+            reached,
+            QStringList({u"PeerID: x  |  "_s, u"⟳  Refresh"_s, u"+  Add to IPFS"_s, u"Content"_s, u"Filter"_s,
+                         u"Search"_s, u"Search in CIDs"_s, u"Network"_s, u"Network in a new window"_s, u"Status log"_s,
+                         u"Status log in a new window"_s, u"RPC log"_s, u"RPC log in a new window"_s, u"Pins"_s}));
         QGuiApplication::clipboard()->clear();
         QTest::keyClick(table(), Qt::Key_Tab);
         QTest::keyClick(label("peerIdLabel"_L1), Qt::Key_Space);
