@@ -284,7 +284,7 @@ void NetworkStatsDialog::showSignalLines(const QStringList& lines)
 void NetworkStatsDialog::showCauses()
 {
     QStringList lines;
-    lines.reserve(causes.size());
+    lines.reserve(static_cast<qsizetype>(causes.size()));
     for (size_t i = 0; i < causes.size(); ++i) {
         if (!causes.at(i).isEmpty())
             lines.append(tr(networkCalls.at(i).cause).arg(lineForLabel(causes.at(i))));
