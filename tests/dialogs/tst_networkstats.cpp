@@ -331,11 +331,12 @@ private:
             QTRY_COMPARE(node->heldCount(path), 1);
     }
     /// Lets one call be answered, and waits until the document has it.
-    void answer(size_t call, bool isShown = true)
+    void answer(int call, bool isShown = true)
     {
+        const auto index = static_cast<size_t>(call);
         const QString before = view()->toPlainText();
-        node->release(paths.at(call), NodeAnswer::json(goodBodies.at(call)));
-        QTRY_COMPARE(node->openNow(paths.at(call)), 0);
+        node->release(paths.at(index), NodeAnswer::json(goodBodies.at(index)));
+        QTRY_COMPARE(node->openNow(paths.at(index)), 0);
         if (isShown)
             QTRY_VERIFY(view()->toPlainText() != before);
     }
