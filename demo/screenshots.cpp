@@ -12,12 +12,12 @@
 #include "IpnsPictures.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
+#include "NodePictures.h"
 #include "PicturePalette.h"
 #include "PictureSample.h"
 #include "PictureSteps.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
-#include "RemoteServicesDialog.h"
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
 
@@ -28,7 +28,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
-#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -79,11 +78,11 @@ public:
     void run()
     {
         openWindow();
-        for (const auto picture :
-             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
-              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
-              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
-              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices}) {
+        for (const auto picture : {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+                                   &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+                                   &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog,
+                                   &Screenshots::error, &Screenshots::addDialog, &Screenshots::addProgress,
+                                   &Screenshots::remoteServices, &Screenshots::networkStats}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -260,13 +259,13 @@ private:
 
     void remoteServices()
     {
-        window->showRemoteServicesDialog(MainWindow::AuxChildWindow);
-        auto* dialog = window->findChild<RemoteServicesDialog*>();
-        const auto* services = dialog->findChild<QListWidget*>();
-        awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
-        take(dialog, "remote-services"_L1);
-        close<RemoteServicesDialog>();
         takeIpnsPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
+        withRemoteServices(*window, [this](QWidget* dialog) { take(dialog, "remote-services"_L1); });
+    }
+
+    void networkStats()
+    {
+        withNetworkStats(*window, [this](QWidget* dialog) { take(dialog, "network-stats"_L1); });
     }
 
     static std::unique_ptr<DemoNode> newNode()

@@ -2,6 +2,7 @@
 #include "MainWindow.h"
 
 #include "ConfigDialog.h"
+#include "NetworkStatsDialog.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
@@ -21,6 +22,7 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 void MainWindow::setupToolWindows()
 {
     offerNodeTool<ConfigDialog>(ToolWindows::Config);
+    offerNodeTool<NetworkStatsDialog>(ToolWindows::Network);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
