@@ -2,10 +2,13 @@
 #include "DemoNode.h"
 
 #include "AddService.h"
+#include "BootstrapService.h"
 #include "ContentService.h"
 #include "IdentityService.h"
+#include "KeyService.h"
 #include "PinService.h"
 #include "RemoteService.h"
+#include "SwarmService.h"
 
 DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     : NodeServer(parent)
@@ -16,6 +19,9 @@ DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     mount(std::make_unique<ContentService>(repo));
     mount(std::make_unique<AddService>(repo));
     mount(std::make_unique<RemoteService>(options));
+    mount(std::make_unique<KeyService>(repo));
+    mount(std::make_unique<SwarmService>(options));
+    mount(std::make_unique<BootstrapService>(config));
     listen(options.port);
 }
 

@@ -8,16 +8,36 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Outside of its strings a document has none of these characters.
+QByteArray escaped(QByteArray json)
+{
+    return json.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
+}
+
+} // namespace
+
 QByteArray jsonText(const QString& text)
 {
-    QByteArray out = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
-    out = out.sliced(1, out.size() - 2);
-    return out.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
+    const QByteArray list = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
+    return escaped(list.sliced(1, list.size() - 2));
+}
+
+QByteArray jsonText(const QJsonObject& object)
+{
+    return escaped(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+QByteArray jsonList(const QStringList& texts)
+{
+    return texts.isEmpty() ? "null"
+                           : escaped(QJsonDocument(QJsonArray::fromStringList(texts)).toJson(QJsonDocument::Compact));
 }
 
 QByteArray jsonLine(const QJsonObject& object)
 {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    return jsonText(object) + '\n';
 }
 
 bool isSet(const NodeRequest& request, const QString& option)

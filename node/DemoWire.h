@@ -10,6 +10,12 @@
 /// As a node writes a string in JSON: "<", ">" and "&" escaped.
 QByteArray jsonText(const QString& text);
 
+/// A compact document with these characters escaped.
+QByteArray jsonText(const QJsonObject& object);
+
+/// Texts as a list in JSON, `null` if there are none.
+QByteArray jsonList(const QStringList& texts);
+
 /// One compact document and its line feed.
 QByteArray jsonLine(const QJsonObject& object);
 
