@@ -5,6 +5,7 @@
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
+#include "SwarmDialog.h"
 
 #include <QCloseEvent>
 
@@ -23,6 +24,7 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 void MainWindow::setupToolWindows()
 {
     connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    offerNodeTool<SwarmDialog>(ToolWindows::Swarm);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
