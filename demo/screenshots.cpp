@@ -18,6 +18,7 @@
 #include "RemoteServicesDialog.h"
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
+#include "SwarmPictures.h"
 
 #include <QAction>
 #include <QApplication>
@@ -81,7 +82,7 @@ public:
              {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
               &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
               &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
-              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices}) {
+              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices, &Screenshots::swarm}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -263,6 +264,11 @@ private:
         awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
         take(dialog, "remote-services"_L1);
         close<RemoteServicesDialog>();
+    }
+
+    void swarm()
+    {
+        takeSwarmPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
     }
 
     static std::unique_ptr<DemoNode> newNode()

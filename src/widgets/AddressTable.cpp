@@ -190,12 +190,14 @@ void AddressTable::select(QList<Span> spans)
 void AddressTable::fill(const QList<QStringList>& newRows)
 {
     rows = newRows;
-    folded.clear();
+    folded = rows;
     setRowCount(static_cast<int>(rows.size()));
     const QSignalBlocker oneByOne(model());
     for (int row = 0; row < rowCount(); ++row) {
         for (int column = 0; column < columnCount(); ++column)
             setItem(row, column, new AddressItem(rows.at(row).value(column)));
+        for (QString& text : folded[row])
+            text = text.toCaseFolded();
         fitRow(row);
     }
 }
@@ -228,13 +230,6 @@ void AddressTable::showMatches(const QString& text)
 
 void AddressTable::hideOthers()
 {
-    if (!filter.isEmpty() && folded.isEmpty()) {
-        folded = rows;
-        for (QStringList& cells : folded) {
-            for (QString& text : cells)
-                text = text.toCaseFolded();
-        }
-    }
     for (int row = 0; row < rowCount(); ++row)
         setRowHidden(row, !filter.isEmpty() && !matches(folded.at(row)));
 }

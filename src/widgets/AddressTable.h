@@ -36,6 +36,6 @@ private:
     bool matches(const QStringList& cells) const;
 
     QList<QStringList> rows;   ///< what is in the cells
-    QList<QStringList> folded; ///< the same for comparing; empty until a filter needs it
+    QList<QStringList> folded; ///< the same for comparing
     QString filter;            ///< likewise folded
 };
