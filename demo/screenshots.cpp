@@ -82,10 +82,11 @@ public:
              {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
               &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
               &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
-              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices, &Screenshots::swarm}) {
+              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
+        takeSwarmPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
         window.reset();
         need(waitForDetached(10s), u"a thread does not end"_s);
     }
@@ -264,11 +265,6 @@ private:
         awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
         take(dialog, "remote-services"_L1);
         close<RemoteServicesDialog>();
-    }
-
-    void swarm()
-    {
-        takeSwarmPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
     }
 
     static std::unique_ptr<DemoNode> newNode()
