@@ -3,8 +3,8 @@
 // keys of its filter, and what a refresh and a copy of all rows cost.
 
 #include "AddressTable.h"
+#include "BenchNode.h"
 #include "BenchSupport.h"
-#include "FakeNode.h"
 #include "IpfsClient.h"
 #include "SwarmDialog.h"
 
@@ -12,10 +12,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTabWidget>
-#include <QThread>
 
 #include <algorithm>
-#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -57,17 +55,13 @@ QByteArray knownAddresses(int removed)
     return body + "}}";
 }
 
-/// A node until its thread quits; on a thread of its own, so that its work is no stall of ours. The first entries are
-/// missing from its second answers.
-void serve(std::promise<quint16>& port)
+/// The first entries are missing from the second answers.
+void script(FakeNode& node)
 {
-    FakeNode node;
     node.answers("/swarm/peers", {NodeAnswer::json(connections(0)), NodeAnswer::json(connections(1))});
     node.answers("/swarm/addrs", {NodeAnswer::json(knownAddresses(0)), NodeAnswer::json(knownAddresses(1))});
     node.answer("/swarm/addrs/listen", NodeAnswer::json(R"({"Strings":["/ip4/127.0.0.1/tcp/4001"]})"));
     node.answer("/bootstrap/list", NodeAnswer::json(R"({"Peers":["auto"]})"));
-    port.set_value(node.port());
-    QEventLoop().exec();
 }
 
 AddressTable* tableOf(const SwarmDialog& dialog, const QString& name)
@@ -153,11 +147,5 @@ bool measure(Bench& bench, quint16 port)
 int main(int argc, char* argv[])
 {
     Bench bench(argc, argv);
-    std::promise<quint16> port;
-    const std::unique_ptr<QThread> node(QThread::create(serve, std::ref(port)));
-    node->start();
-    const bool whole = measure(bench, port.get_future().get());
-    node->quit();
-    node->wait();
-    return whole ? 0 : 1;
+    return measureWithNode(script, [&bench](quint16 port) { return measure(bench, port); }) ? 0 : 1;
 }
