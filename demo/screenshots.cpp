@@ -20,6 +20,7 @@
 #include "PinModel.h"
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
+#include "SwarmPictures.h"
 
 #include <QAction>
 #include <QApplication>
@@ -87,6 +88,7 @@ public:
             (this->*picture)();
         }
         takeConfigPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
+        takeSwarmPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
         window.reset();
         need(waitForDetached(10s), u"a thread does not end"_s);
     }

@@ -226,7 +226,7 @@ private slots:
         }
         QCOMPARE(reached,
                  QStringList({u"PeerID: x  |  "_s, u"⟳  Refresh"_s, u"+  Add to IPFS"_s, u"Content"_s, u"Filter"_s,
-                              u"Search"_s, u"Search in CIDs"_s, u"Network"_s, u"Network in a new window"_s, u"Kubo config"_s, u"Kubo config in a new window"_s,
+                              u"Search"_s, u"Search in CIDs"_s, u"Network"_s, u"Network in a new window"_s, u"Swarm"_s, u"Swarm in a new window"_s, u"Kubo config"_s, u"Kubo config in a new window"_s,
                               u"Status log"_s, u"Status log in a new window"_s, u"RPC log"_s,
                               u"RPC log in a new window"_s, u"Pins"_s}));
         QGuiApplication::clipboard()->clear();

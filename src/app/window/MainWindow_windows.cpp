@@ -6,6 +6,7 @@
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
+#include "SwarmDialog.h"
 
 #include <QCloseEvent>
 
@@ -23,6 +24,7 @@ void MainWindow::setupToolWindows()
 {
     offerNodeTool<ConfigDialog>(ToolWindows::Config);
     offerNodeTool<NetworkStatsDialog>(ToolWindows::Network);
+    offerNodeTool<SwarmDialog>(ToolWindows::Swarm);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
