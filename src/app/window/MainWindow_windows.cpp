@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
+#include "DhtStatsDialog.h"
+#include "GcDialog.h"
 #include "LogTime.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
@@ -23,6 +25,8 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 void MainWindow::setupToolWindows()
 {
     connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    offerNodeTool<GcDialog>(ToolWindows::Gc);
+    offerNodeTool<DhtStatsDialog>(ToolWindows::DhtStats);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
