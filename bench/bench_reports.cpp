@@ -10,8 +10,8 @@
 #include "LineView.h"
 
 #include <QClipboard>
-#include <QGroupBox>
 #include <QEventLoop>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QPushButton>

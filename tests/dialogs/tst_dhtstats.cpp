@@ -26,11 +26,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QByteArray dhtPath = "/stats/dht";
-const QByteArray wanAndLan = R"({"Name":"wan","Buckets":[{"LastRefresh":"noon","Peers":[)"
-                             R"({"ID":"<b>p","Connected":true,"AgentVersion":"kubo","LastUsefulAt":"u","LastQueriedAt":"q"},)"
-                             R"({"ID":"r"}]},{"LastRefresh":"","Peers":null}]})"
-                             "\n"
-                             R"({"Name":"","Buckets":[]})";
+const QByteArray wanAndLan
+    = R"({"Name":"wan","Buckets":[{"LastRefresh":"noon","Peers":[)"
+      R"({"ID":"<b>p","Connected":true,"AgentVersion":"kubo","LastUsefulAt":"u","LastQueriedAt":"q"},)"
+      R"({"ID":"r"}]},{"LastRefresh":"","Peers":null}]})"
+      "\n"
+      R"({"Name":"","Buckets":[]})";
 
 QJsonValue manyBuckets(int count)
 {

@@ -60,7 +60,8 @@ private slots:
         };
         const QString empty = u"NumObjects: 0\nRepoSize: 0 B (0 B)"_s;
         row("nothing is none, not unknown", "{}", empty);
-        row("all", R"({"RepoSize":1536,"StorageMax":10000000000,"NumObjects":3,"RepoPath":"/r","Version":"fs-repo@18"})",
+        row("all",
+            R"({"RepoSize":1536,"StorageMax":10000000000,"NumObjects":3,"RepoPath":"/r","Version":"fs-repo@18"})",
             u"NumObjects: 3\nRepoSize: 1.5 KiB (1536 B)\nStorageMax: 9.3 GiB (10000000000 B)\nRepoPath: /r\n"
             "Version: fs-repo@18"_s);
         row("negative", R"({"RepoSize":-1,"NumObjects":-1,"StorageMax":-1})", u"NumObjects: —\nRepoSize: —"_s);
@@ -105,10 +106,10 @@ private slots:
         emit client->repoGcCompleted({}, {});
         QVERIFY(text().endsWith(u"\nCollected entries: 0\nErrors: 0\n\nNo collected CIDs returned."_s));
         QCOMPARE(status(), u"GC completed"_s);
-        QCOMPARE(messages,
-                 QStringList({u"Fetching repo stats..."_s, u"Repo stats loaded"_s,
-                              u"Running repo garbage collection..."_s, u"Repo GC finished: 2 collected, 1 errors"_s,
-                              u"Repo GC finished: 0 collected, 0 errors"_s}));
+        QCOMPARE(
+            messages,
+            QStringList({u"Fetching repo stats..."_s, u"Repo stats loaded"_s, u"Running repo garbage collection..."_s,
+                         u"Repo GC finished: 2 collected, 1 errors"_s, u"Repo GC finished: 0 collected, 0 errors"_s}));
     }
 
     void aFailureShowsTheNodesWords()
