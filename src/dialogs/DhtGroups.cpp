@@ -54,7 +54,7 @@ DhtGroups::DhtGroups(const QList<QJsonObject>& newViews, QVBoxLayout* newLayout,
 
 void DhtGroups::start()
 {
-    turn.start(0ms);
+    turn.start(1ms);
     work(firstTurnMs);
 }
 
@@ -168,6 +168,7 @@ void DhtGroups::alignTable(QTableWidget* table) const
 void deleteInTurns(QWidget* group)
 {
     group->hide();
+    delete group->layout(); // else it would stretch those that are left, each time that one goes
     auto* timer = new QTimer(group);
     timer->callOnTimeout(group, [group] {
         QElapsedTimer time;
@@ -179,5 +180,5 @@ void deleteInTurns(QWidget* group)
         }
         group->deleteLater();
     });
-    timer->start(0ms);
+    timer->start(5ms);
 }

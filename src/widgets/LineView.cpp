@@ -61,7 +61,7 @@ void LineView::setLines(const QList<LinePart>& newParts, From newFrom)
     if (from == From::End)
         followEnd();
     if (isFilling())
-        turn.start(0ms);
+        turn.start(1ms); // two timers of 0 ms would starve all others
     else
         endFilling();
 }
