@@ -12,7 +12,6 @@
 #include "IpnsPictures.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
-#include "NodePictures.h"
 #include "PicturePalette.h"
 #include "PictureSample.h"
 #include "PictureSteps.h"
@@ -21,6 +20,7 @@
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
 #include "SwarmPictures.h"
+#include "ToolPictures.h"
 
 #include <QAction>
 #include <QApplication>
@@ -79,16 +79,14 @@ public:
     void run()
     {
         openWindow();
-        for (const auto picture : {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
-                                   &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
-                                   &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog,
-                                   &Screenshots::error, &Screenshots::addDialog, &Screenshots::addProgress,
-                                   &Screenshots::remoteServices, &Screenshots::networkStats}) {
+        for (const auto picture :
+             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
+              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::tools}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
-        takeConfigPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
-        takeSwarmPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
         window.reset();
         need(waitForDetached(10s), u"a thread does not end"_s);
     }
@@ -259,15 +257,13 @@ private:
         awaitThat([&isDone] { return isDone; }, u"the add did not end"_s);
     }
 
-    void remoteServices()
+    void tools()
     {
-        takeIpnsPictures(*window, [this](QWidget* widget, QLatin1StringView name) { take(widget, name); });
-        withRemoteServices(*window, [this](QWidget* dialog) { take(dialog, "remote-services"_L1); });
-    }
-
-    void networkStats()
-    {
-        withNetworkStats(*window, [this](QWidget* dialog) { take(dialog, "network-stats"_L1); });
+        const auto takeNamed = [this](QWidget* widget, QLatin1StringView name) { take(widget, name); };
+        takeIpnsPictures(*window, takeNamed);
+        takeToolPictures(*window, takeNamed);
+        takeConfigPictures(*window, takeNamed);
+        takeSwarmPictures(*window, takeNamed);
     }
 
     static std::unique_ptr<DemoNode> newNode()

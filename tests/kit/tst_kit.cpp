@@ -44,6 +44,8 @@ private slots:
     {
         QFETCH(const long long, bytes);
         QTEST(byteText(bytes), "text");
+        QTEST(byteText(bytes, ByteUnits::Binary).replace(u"iB"_s, u"B"_s), "text");
+        QCOMPARE(byteText(bytes, ByteUnits::Binary).endsWith(u"iB"_s), bytes >= 1024);
     }
 
     void cidsOfKnownObjects_data()

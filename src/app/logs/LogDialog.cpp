@@ -2,12 +2,10 @@
 #include "LogDialog.h"
 
 #include "DialogSizing.h"
-#include "LogLayout.h"
+#include "LineView.h"
 #include "StatusWindow.h"
 
 #include <QPushButton>
-#include <QScrollBar>
-#include <QTextEdit>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -16,34 +14,13 @@ namespace {
 
 constexpr int logPointSize = 14;
 
-QTextEdit* newLogView(QWidget* parent)
+LineView* newLogView(QWidget* parent)
 {
-    auto* view = new QTextEdit(parent);
-    view->setReadOnly(true);
-    view->setUndoRedoEnabled(false); // else the document keeps a command for every line
+    auto* view = new LineView(parent);
     QFont font(u"Monospace"_s, logPointSize);
     font.setStyleHint(QFont::Monospace); // where no family has that name
     view->setFont(font);
-    // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
-    view->setLineWrapMode(QTextEdit::NoWrap);
-    view->document()->setDocumentLayout(new LogLayout(view->document()));
     return view;
-}
-
-QTextCursor endOf(const QTextEdit* view)
-{
-    QTextCursor cursor(view->document());
-    cursor.movePosition(QTextCursor::End);
-    return cursor;
-}
-
-/// Moves down to the last line and leaves the columns in view as they are.
-void followEnd(QTextEdit* view)
-{
-    const int left = view->horizontalScrollBar()->value();
-    view->setTextCursor(endOf(view));
-    view->horizontalScrollBar()->setValue(left);
-    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
 }
 
 } // namespace
@@ -89,9 +66,7 @@ void LogDialog::refreshLog()
 {
     if (!statusWindow)
         return;
-    // The document's own; the view's goes over all lines a second time.
-    textEdit->document()->setPlainText((statusWindow->*source.lines)().join(u'\n'));
-    followEnd(textEdit);
+    textEdit->setLines({{.lines = (statusWindow->*source.lines)()}}, LineView::From::End);
     DialogSizing::requestRefit(this);
 }
 
@@ -99,9 +74,7 @@ void LogDialog::appendLogLine(const QString& line)
 {
     if (line.isEmpty())
         return;
-    // QTextEdit::append would take a line with a tag in it for markup.
-    endOf(textEdit).insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
-    followEnd(textEdit);
+    textEdit->appendLine(line);
     DialogSizing::requestRefit(this);
 }
 
@@ -109,5 +82,5 @@ void LogDialog::onClearClicked()
 {
     if (statusWindow)
         (statusWindow->*source.clear)();
-    textEdit->clear();
+    textEdit->clearLines();
 }

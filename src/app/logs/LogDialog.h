@@ -4,8 +4,8 @@
 #include <QDialog>
 #include <QPointer>
 
+class LineView;
 class StatusWindow;
-class QTextEdit;
 
 /// Shows one of the main window's logs as it grows. Each log has its own class, which hands in what differs.
 class LogDialog : public QDialog
@@ -41,5 +41,5 @@ protected:
 private:
     QPointer<StatusWindow> statusWindow;
     Source source;
-    QTextEdit* textEdit;
+    LineView* textEdit;
 };

@@ -2,6 +2,8 @@
 #include "MainWindow.h"
 
 #include "ConfigDialog.h"
+#include "DhtStatsDialog.h"
+#include "GcDialog.h"
 #include "NetworkStatsDialog.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
@@ -25,6 +27,8 @@ void MainWindow::setupToolWindows()
     offerNodeTool<ConfigDialog>(ToolWindows::Config);
     offerNodeTool<NetworkStatsDialog>(ToolWindows::Network);
     offerNodeTool<SwarmDialog>(ToolWindows::Swarm);
+    offerNodeTool<GcDialog>(ToolWindows::Gc);
+    offerNodeTool<DhtStatsDialog>(ToolWindows::DhtStats);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
