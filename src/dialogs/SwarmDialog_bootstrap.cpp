@@ -90,8 +90,10 @@ void SwarmDialog::onBootstrapRemoveAllClicked()
     if (!askYesNo(QMessageBox::Warning, tr("Remove all bootstrap peers"),
                   tr("This will remove all bootstrap peers from your local Kubo node.\n\nContinue?"), this))
         return; // perhaps with the dialog gone
-    if (client->baseUrl() != asked)
-        return; // it is not that node's list that was to go
+    if (client->baseUrl() != asked) {
+        emit statusMessageRequested(tr("Bootstrap error: %1").arg(tr("Another node is in use. Nothing was sent.")));
+        return;
+    }
     report(tr("Removing all bootstrap peers..."), tr("Removing all bootstrap peers"));
     beginAct(removeAct, {});
     client->bootstrapRemoveAllPeers();

@@ -292,6 +292,14 @@ private slots:
         }
         QTRY_COMPARE(status()->text(), u"Removed 0 bootstrap peer(s)."_s);
         QCOMPARE(shown(3), u"auto"_s);
+        const ModalAnswer<QMessageBox> elsewhere([this](QMessageBox& box) {
+            client->setEndpoint(u"localhost"_s, node->port());
+            box.button(QMessageBox::Yes)->click();
+        });
+        button("Remove all")->click();
+        QVERIFY(elsewhere.wasGiven());
+        QCOMPARE(messages.constLast(), u"Bootstrap error: Another node is in use. Nothing was sent."_s);
+        emit client->bootstrapPeersReceived({u"auto"_s});
         const ModalAnswer<QMessageBox> late([this](QMessageBox&) { dialog.reset(); });
         button("Remove all")->click();
         QVERIFY(late.wasGiven() && !dialog);
