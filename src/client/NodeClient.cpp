@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 NodeClient::NodeClient(QObject* parent)
     : RpcClient(parent)
 {
-    connect(this, &RpcClient::endpointChanged, this, [this] { peerOfAddress.clear(); });
+    connect(this, &RpcClient::endpointChanged, this, [this] { peersOfAddress.clear(); });
 }
 
 void NodeClient::ping()

@@ -134,7 +134,8 @@ public:
     void fetchSwarmListenAddrs();
     /// "/swarm/connect".
     void swarmConnect(const QString& multiaddr);
-    /// "/swarm/disconnect". An address of the last list of peers is completed by its peer, as the node wants it.
+    /// "/swarm/disconnect". An address of the last list of peers is completed by its peer, as the node wants it; of
+    /// peers behind one relay, who have the same address, each call takes the next.
     void swarmDisconnect(const QString& multiaddr);
     /// "/bootstrap/list", in which `expandAuto` puts real addresses in place of "auto".
     void fetchBootstrapPeers(bool expandAuto);
@@ -186,7 +187,7 @@ private:
     void reportSwarmResult(const QNetworkReply* reply, const JsonReply& answer, const QString& operation,
                            TargetSignal result);
     void reportBootstrapRemoval(QNetworkReply* reply, const QString& action, const QString& operation);
-    QString withItsPeer(const QString& target) const;
+    QString withItsPeer(const QString& target);
 
-    QHash<QString, QString> peerOfAddress; ///< of the last list of connections
+    QHash<QString, QStringList> peersOfAddress; ///< of the last list of connections; the next to be closed first
 };

@@ -5,6 +5,8 @@
 #include "RpcQuery.h"
 #include "SwarmParser.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -52,7 +54,7 @@ void NodeClient::onSwarmPeersReplyFinished(QNetworkReply* reply)
 {
     readList(reply, tr("fetch swarm peers"), &NodeClient::swarmRequestFailed, u"peers"_s, swarmPeersOf,
              [this](const SwarmPeers& swarm) {
-                 peerOfAddress = swarm.peerOfAddress;
+                 peersOfAddress = swarm.peersOfAddress;
                  emit swarmPeersReceived(swarm.peers);
              });
 }
@@ -102,13 +104,19 @@ void NodeClient::callSwarm(const QString& path, const QString& arg, const QStrin
     call(path, rpcQuery({{u"arg"_s, arg}}), handler)->setProperty(ReplyProperty::swarmTarget, target);
 }
 
-/// A node lists the address of a connection without the peer, and closes only what names it. The address of a relayed
-/// one holds another peer, the relay.
-QString NodeClient::withItsPeer(const QString& target) const
+/// A node lists the address of a connection without the peer, and closes only a connection whose peer is named. The
+/// address of a relayed one holds another peer, the relay, and is the same for all peers behind it.
+QString NodeClient::withItsPeer(const QString& target)
 {
-    const QString peer = peerOfAddress.value(target);
-    const QString ending = "/p2p/"_L1 + peer;
-    return peer.isEmpty() || target.endsWith(ending) ? target : target + ending;
+    const auto found = peersOfAddress.find(target);
+    if (found == peersOfAddress.end())
+        return target;
+    const auto endingOf = [](const QString& peer) { return "/p2p/"_L1 + peer; };
+    if (std::ranges::any_of(*found, [&](const QString& peer) { return target.endsWith(endingOf(peer)); }))
+        return target;
+    const QString peer = found->takeFirst();
+    found->append(peer);
+    return target + endingOf(peer);
 }
 
 void NodeClient::onSwarmConnectReplyFinished(QNetworkReply* reply)

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -130,22 +131,17 @@ void SwarmDialog::finishList()
     refreshSummary();
 }
 
-/// Begins a call; what the node said about another one is over.
-void SwarmDialog::start(const QString& progress, const QString& statusMessage)
-{
-    nodeWordsLabel->hide();
-    report(progress, statusMessage);
-}
-
+/// Of what begins or has succeeded; the node's words of a former failure go.
 void SwarmDialog::report(const QString& text, const QString& statusMessage)
 {
+    showNodeWords({});
     statusLabel->showProgress(text);
     emit statusMessageRequested(statusMessage);
 }
 
 void SwarmDialog::refuse(const QString& text, const QString& statusMessage)
 {
-    nodeWordsLabel->hide();
+    showNodeWords({});
     statusLabel->showFailure(text);
     emit statusMessageRequested(statusMessage);
 }
@@ -154,7 +150,7 @@ void SwarmDialog::onRefreshClicked()
 {
     setLoading(true);
     pendingRefreshParts = static_cast<int>(refreshParts.size());
-    start(tr("Loading swarm diagnostics..."), tr("Fetching swarm and bootstrap diagnostics..."));
+    report(tr("Loading swarm diagnostics..."), tr("Fetching swarm and bootstrap diagnostics..."));
     client->fetchSwarmPeers();
     client->fetchSwarmAddrs();
     client->fetchSwarmListenAddrs();
@@ -192,7 +188,7 @@ void SwarmDialog::onConnectClicked()
         refuse(tr("Peer multiaddr is required."), tr("Swarm connect failed: peer multiaddr is required"));
         return;
     }
-    start(tr("Connecting to %1...").arg(target), tr("Connecting to swarm peer: %1").arg(target));
+    report(tr("Connecting to %1...").arg(target), tr("Connecting to swarm peer: %1").arg(target));
     beginAct(connectAct, {target});
     client->swarmConnect(target);
 }
@@ -207,30 +203,40 @@ void SwarmDialog::onDisconnectSelectedClicked()
                tr("Swarm disconnect failed: no target selected"));
         return;
     }
-    start(tr("Disconnecting from %1...").arg(target), tr("Disconnecting swarm peer: %1").arg(target));
+    report(tr("Disconnecting from %1...").arg(target), tr("Disconnecting swarm peer: %1").arg(target));
     beginAct(disconnectAct, {target});
     client->swarmDisconnect(target);
 }
 
-/// Says success after a failure as well, on purpose: onRequestFailed has just reported that.
-void SwarmDialog::onConnectResult(const QString& target, bool /*ok*/, const QStringList& messages)
+/// Reports success after a failure as well, on purpose: onRequestFailed has just reported that.
+void SwarmDialog::onConnectResult(const QString& target, bool ok, const QStringList& messages)
 {
-    report(tr("Connect: %1").arg(detailOf(messages, tr("Connected."))), tr("Swarm connect success: %1").arg(target));
-    if (!endAct(connectAct, {target}))
-        client->fetchSwarmPeers();
+    endPeerAct(connectAct, target, ok, tr("Connect: %1").arg(detailOf(messages, tr("Connected."))),
+               tr("Swarm connect success: %1").arg(target));
 }
 
 /// As onConnectResult.
-void SwarmDialog::onDisconnectResult(const QString& target, bool /*ok*/, const QStringList& messages)
+void SwarmDialog::onDisconnectResult(const QString& target, bool ok, const QStringList& messages)
 {
-    report(tr("Disconnect: %1").arg(detailOf(messages, tr("Disconnected."))),
-           tr("Swarm disconnect success: %1").arg(target));
-    if (!endAct(disconnectAct, {target}))
+    endPeerAct(disconnectAct, target, ok, tr("Disconnect: %1").arg(detailOf(messages, tr("Disconnected."))),
+               tr("Swarm disconnect success: %1").arg(target));
+}
+
+/// The node's words stay after a failure: the text does not give the reason.
+void SwarmDialog::endPeerAct(const QString& operation, const QString& target, bool ok, const QString& text,
+                             const QString& statusMessage)
+{
+    if (ok)
+        showNodeWords({});
+    statusLabel->showProgress(text);
+    emit statusMessageRequested(statusMessage);
+    if (!endAct(operation, {target}))
         client->fetchSwarmPeers();
 }
 
 void SwarmDialog::onRequestFailed(const QString& operation, const QString& message)
 {
+    showNodeWords(std::exchange(wordsOfFailure, {}));
     statusLabel->showFailure(message);
     emit statusMessageRequested(operation.startsWith("bootstrap-"_L1)
                                     ? tr("Bootstrap error: %1").arg(message)
@@ -241,10 +247,15 @@ void SwarmDialog::onRequestFailed(const QString& operation, const QString& messa
 /// The reason of a failure that is about to be reported, whose own text leaves it out.
 void SwarmDialog::onNodeSaid(const QString& path, const QString& words)
 {
-    if (!path.startsWith("/swarm/"_L1) && !path.startsWith("/bootstrap/"_L1))
-        return;
+    if (path.startsWith("/swarm/"_L1) || path.startsWith("/bootstrap/"_L1))
+        wordsOfFailure = words;
+}
+
+/// None hide the line.
+void SwarmDialog::showNodeWords(const QString& words)
+{
     nodeWordsLabel->showProgress(tr("The node says: %1").arg(lineForLabel(words)));
-    nodeWordsLabel->setVisible(true);
+    nodeWordsLabel->setVisible(!words.isEmpty());
 }
 
 /// What is shown belongs to the former node. What it was asked to do is still reported.
@@ -254,7 +265,7 @@ void SwarmDialog::onEndpointChanged()
     openActs.clear();
     pendingRefreshParts = 0;
     setLoading(false);
-    nodeWordsLabel->hide();
+    showNodeWords({});
     onPeersReceived({});
     onListenAddrsReceived({});
     onAddrsReceived({});

@@ -69,9 +69,11 @@ private:
     void applyTableFilter(AddressTable* table, const QString& text);
     void finishList();
     void showBootstrapPeers(const QStringList& peers);
-    void start(const QString& progress, const QString& statusMessage);
-    void refuse(const QString& text, const QString& statusMessage);
     void report(const QString& text, const QString& statusMessage);
+    void refuse(const QString& text, const QString& statusMessage);
+    void showNodeWords(const QString& words);
+    void endPeerAct(const QString& operation, const QString& target, bool ok, const QString& text,
+                    const QString& statusMessage);
     void beginAct(const QString& operation, const QStringList& targets);
     bool endAct(const QString& operation, const QStringList& targets);
 
@@ -82,6 +84,7 @@ private:
     QHash<QString, QStringList> knownAddrs;
     QStringList openActs;        ///< changes that the node in use has been asked for
     QStringList formerActs;      ///< those that a former node has not answered
+    QString wordsOfFailure;      ///< what the node said of the failure that is reported next
     int pendingRefreshParts = 0; ///< answers still awaited in a refresh
 
     QLineEdit* filterEdit = nullptr;

@@ -46,7 +46,7 @@ void SwarmDialog::showBootstrapPeers(const QStringList& peers)
 /// The progress text stays after the answer, on purpose: this is no refresh whose answers are counted.
 void SwarmDialog::onRefreshBootstrapClicked()
 {
-    start(tr("Loading bootstrap peers..."), tr("Fetching bootstrap peers..."));
+    report(tr("Loading bootstrap peers..."), tr("Fetching bootstrap peers..."));
     client->fetchBootstrapPeers(false);
 }
 
@@ -63,7 +63,7 @@ void SwarmDialog::onBootstrapAddClicked()
         refuse(tr("Bootstrap peer address is required."), tr("Bootstrap add failed: peer address is required"));
         return;
     }
-    start(tr("Adding bootstrap peer %1...").arg(peer), tr("Adding bootstrap peer: %1").arg(peer));
+    report(tr("Adding bootstrap peer %1...").arg(peer), tr("Adding bootstrap peer: %1").arg(peer));
     beginAct(addAct, {peer});
     client->bootstrapAddPeer(peer);
 }
@@ -78,8 +78,8 @@ void SwarmDialog::onBootstrapRemoveSelectedClicked()
                tr("Bootstrap remove failed: no peer selected"));
         return;
     }
-    start(tr("Removing %1 bootstrap peer(s)...").arg(peers.size()),
-          tr("Removing %1 bootstrap peer(s)").arg(peers.size()));
+    report(tr("Removing %1 bootstrap peer(s)...").arg(peers.size()),
+           tr("Removing %1 bootstrap peer(s)").arg(peers.size()));
     beginAct(removeAct, peers);
     client->bootstrapRemovePeers(peers);
 }
@@ -90,9 +90,11 @@ void SwarmDialog::onBootstrapRemoveAllClicked()
     if (!askYesNo(QMessageBox::Warning, tr("Remove all bootstrap peers"),
                   tr("This will remove all bootstrap peers from your local Kubo node.\n\nContinue?"), this))
         return; // perhaps with the dialog gone
-    if (client->baseUrl() != asked)
-        return; // it is not that node's list that was to go
-    start(tr("Removing all bootstrap peers..."), tr("Removing all bootstrap peers"));
+    if (client->baseUrl() != asked) {
+        emit statusMessageRequested(tr("Bootstrap error: %1").arg(tr("Another node is in use. Nothing was sent.")));
+        return;
+    }
+    report(tr("Removing all bootstrap peers..."), tr("Removing all bootstrap peers"));
     beginAct(removeAct, {});
     client->bootstrapRemoveAllPeers();
 }

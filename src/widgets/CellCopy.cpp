@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "CellCopy.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QItemSelectionModel>
-#include <QTableView>
-#include <QTreeView>
 
 #include <algorithm>
 
@@ -22,20 +21,6 @@ struct SeenCell
     int column = 0;
     QString text {};
 };
-
-SeenCell seenCell(const QAbstractItemView& view, const QModelIndex& cell)
-{
-    const QRect place = view.visualRect(cell);
-    return {.top = place.top(), .column = place.left(), .text = cell.data().toString()};
-}
-
-bool isHidden(const QAbstractItemView& view, const QModelIndex& cell)
-{
-    if (const auto* table = qobject_cast<const QTableView*>(&view))
-        return table->isRowHidden(cell.row()) || table->isColumnHidden(cell.column());
-    const auto* tree = qobject_cast<const QTreeView*>(&view);
-    return tree && (tree->isRowHidden(cell.row(), cell.parent()) || tree->isColumnHidden(cell.column()));
-}
 
 /// Quoted where a line feed or a tab in it would begin another cell.
 QString amongOthers(const QString& text)
@@ -55,8 +40,9 @@ QString selectedCells(const QAbstractItemView& view)
     const QModelIndexList selected = view.selectionModel()->selectedIndexes();
     cells.reserve(selected.size());
     for (const QModelIndex& cell : selected) {
-        if (!isHidden(view, cell))
-            cells.append(seenCell(view, cell));
+        // Hidden and folded cells have no place; those that are scrolled away have one.
+        if (const QRect place = view.visualRect(cell); place.isValid())
+            cells.append({.top = place.top(), .column = place.left(), .text = cell.data().toString()});
     }
     const bool rightToLeft = view.layoutDirection() == Qt::RightToLeft;
     std::ranges::sort(cells, [rightToLeft](const SeenCell& a, const SeenCell& b) {

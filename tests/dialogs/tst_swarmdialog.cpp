@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "AddressTable.h"
 #include "AppSettings.h"
+#include "CellCopy.h"
 #include "DemoNode.h"
 #include "FakeNode.h"
 #include "IpfsClient.h"
@@ -18,8 +19,10 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QTreeWidget>
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -86,40 +89,42 @@ private slots:
 
     void whatAnAnswerDoes_data()
     {
-        QTest::addColumn<QByteArray>("signal");
         QTest::addColumn<bool>("ok");
-        QTest::addColumn<QStringList>("lines");
         QTest::addColumn<QString>("status"); // empty if it stays as it was
         QTest::addColumn<QString>("message");
-        const QStringList two {u"a"_s, u"b"_s};
-        QTest::newRow("connected") << QByteArray("swarmConnectResult") << true << two << u"Connect: a | b"_s
-                                   << u"Swarm connect success: t"_s;
-        QTest::newRow("not connected") << QByteArray("swarmConnectResult") << false << QStringList()
-                                       << u"Connect: Connected."_s << u"Swarm connect success: t"_s;
-        QTest::newRow("disconnected") << QByteArray("swarmDisconnectResult") << true << QStringList()
-                                      << u"Disconnect: Disconnected."_s << u"Swarm disconnect success: t"_s;
-        QTest::newRow("added") << QByteArray("bootstrapAddResult") << true << two << u"Added bootstrap peer: t"_s
-                               << u"Bootstrap peer added: t"_s;
-        QTest::newRow("not added") << QByteArray("bootstrapAddResult") << false << two << QString() << QString();
+        const QString stays = u"Swarm connect error: <b>no"_s;
+        QTest::newRow("swarmConnectResult") << true << u"Connect: a | b"_s << u"Swarm connect success: t"_s;
+        QTest::newRow("swarmConnectResult failed")
+            << false << u"Connect: Connected."_s << u"Swarm connect success: t"_s;
+        QTest::newRow("swarmDisconnectResult failed")
+            << false << u"Disconnect: Disconnected."_s << u"Swarm disconnect success: t"_s;
+        QTest::newRow("bootstrapAddResult") << true << u"Added bootstrap peer: t"_s << u"Bootstrap peer added: t"_s;
+        QTest::newRow("bootstrapAddResult failed") << false << QString() << stays;
     }
     /// Each after a failure, which is red; what is no refused change of the list covers it.
     void whatAnAnswerDoes()
     {
-        QFETCH(const QByteArray, signal);
-        QFETCH(const QStringList, lines);
-        QFETCH(const QString, status);
-        QFETCH(const QString, message);
-        answerAll();
-        emit client->bootstrapRequestFailed(u"bootstrap-add"_s, u"<b>no"_s);
-        QCOMPARE(messages.constLast(), u"Bootstrap error: <b>no"_s);
-        emit client->swarmRequestFailed(u"connect"_s, u"<b>no"_s);
-        QCOMPARE(messages.constLast(), u"Swarm connect error: <b>no"_s);
         QFETCH(const bool, ok);
+        QFETCH(const QString, status);
+        const QByteArray signal = QByteArray(QTest::currentDataTag()).split(' ').constFirst();
+        answerAll();
+        const auto said = [this](const QString& path) { emit client->nodeSaid(path, u"<i>why"_s); };
+        said(u"/swarm/connect"_s);
+        emit client->swarmRequestFailed(u"connect"_s, u"yes"_s);
+        QVERIFY(words()->isVisible());
+        said(u"/add"_s);
+        emit client->bootstrapRequestFailed(u"bootstrap-add"_s, u"<b>no"_s);
+        QVERIFY(!words()->isVisible()); // they were another call's
+        QCOMPARE(messages.constLast(), u"Bootstrap error: <b>no"_s);
+        said(u"/swarm/connect"_s);
+        emit client->swarmRequestFailed(u"connect"_s, u"<b>no"_s);
+        const QStringList lines = ok ? QStringList {u"a"_s, u"b"_s} : QStringList();
         QMetaObject::invokeMethod(client.get(), signal.constData(), Q_ARG(QString, u"t"_s), Q_ARG(bool, ok),
                                   Q_ARG(QStringList, lines));
+        QCOMPARE(words()->isVisible(), !ok);
         QCOMPARE(isRed(), status.isEmpty());
         QCOMPARE(this->status()->text(), status.isEmpty() ? u"<b>no"_s : status);
-        QCOMPARE(messages.constLast(), status.isEmpty() ? u"Swarm connect error: <b>no"_s : message);
+        QTEST(messages.constLast(), "message");
         QCOMPARE(shown(3), signal.startsWith("bootstrap") && ok ? u"a;b"_s : u"auto;/dns/x"_s);
         QTRY_COMPARE(node->heldCount(peersPath), signal.startsWith("swarm") ? 1 : 0);
     }
@@ -145,6 +150,19 @@ private slots:
         table(1)->setCurrentCell(0, 1);
         table(1)->actions().constFirst()->trigger();
         QCOMPARE(QApplication::clipboard()->text(), u"/ip4/1\n/ip4/2\n/ip6/Third"_s);
+    }
+
+    void whatIsFoldedAwayIsNotCopied()
+    {
+        QTreeWidget tree;
+        auto* group = new QTreeWidgetItem(&tree, {u"group"_s});
+        group->addChild(new QTreeWidgetItem({u"member"_s}));
+        tree.expandAll();
+        tree.setSelectionMode(QAbstractItemView::ExtendedSelection);
+        tree.selectAll();
+        QCOMPARE(selectedCells(tree), u"group\nmember"_s);
+        group->setExpanded(false);
+        QCOMPARE(selectedCells(tree), u"group"_s);
     }
 
     /// Peers are disconnected one after the other, and the list is read anew after each.
@@ -235,11 +253,20 @@ private slots:
     void whatLacksATargetIsRefused()
     {
         answerAll();
-        for (const auto* name : {"Connect", "Disconnect selected", "Add peer", "Remove selected"}) {
-            target()->setText(u" "_s);
-            messages.clear();
+        const QList<std::array<const char*, 3>> refusals {
+            {"Connect", "Peer multiaddr is required.", "Swarm connect failed: peer multiaddr is required"},
+            {"Disconnect selected", "Select a connected peer row or enter a multiaddr.",
+             "Swarm disconnect failed: no target selected"},
+            {"Add peer", "Bootstrap peer address is required.", "Bootstrap add failed: peer address is required"},
+            {"Remove selected", "Select bootstrap peers to remove or enter one in the field.",
+             "Bootstrap remove failed: no peer selected"}};
+        target()->setText(u" "_s);
+        for (const auto& [name, text, message] : refusals) {
+            status()->showProgress({});
             button(name)->click();
-            QVERIFY(isRed() && messages.constLast().contains(u" failed: "_s));
+            QVERIFY(isRed());
+            QCOMPARE(QStringList({status()->text(), messages.constLast()}),
+                     QStringList({QLatin1StringView(text), QLatin1StringView(message)}));
         }
         QCOMPARE(node->requests().size(), 4);
     }
@@ -259,6 +286,14 @@ private slots:
         }
         QTRY_COMPARE(status()->text(), u"Removed 0 bootstrap peer(s)."_s);
         QCOMPARE(shown(3), u"auto"_s);
+        const ModalAnswer<QMessageBox> elsewhere([this](QMessageBox& box) {
+            client->setEndpoint(u"localhost"_s, node->port());
+            box.button(QMessageBox::Yes)->click();
+        });
+        button("Remove all")->click();
+        QVERIFY(elsewhere.wasGiven());
+        QCOMPARE(messages.constLast(), u"Bootstrap error: Another node is in use. Nothing was sent."_s);
+        emit client->bootstrapPeersReceived({u"auto"_s});
         const ModalAnswer<QMessageBox> late([this](QMessageBox&) { dialog.reset(); });
         button("Remove all")->click();
         QVERIFY(late.wasGiven() && !dialog);

@@ -37,7 +37,7 @@ void takeConnection(const QJsonValue& value, SwarmPeers& swarm)
     const QString address = firstText(connection, addressKeys);
     const QString peer = firstText(connection, peerKeys);
     if (!address.isEmpty() && !peer.isEmpty())
-        swarm.peerOfAddress.insert(address, peer);
+        swarm.peersOfAddress[address].append(peer);
     if (!address.isEmpty() || !peer.isEmpty())
         swarm.peers.append(address.isEmpty() ? peer : address);
 }

@@ -9,8 +9,8 @@
 /// The connections of a node.
 struct SwarmPeers
 {
-    QStringList peers {};                     ///< the address of each, or the peer where there is none
-    QHash<QString, QString> peerOfAddress {}; ///< for those that have both
+    QStringList peers {};                          ///< the address of each, or the peer where there is none
+    QHash<QString, QStringList> peersOfAddress {}; ///< for those that have both; peers share the address of a relay
 };
 
 /// Of an answer of "/swarm/peers".
