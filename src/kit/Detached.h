@@ -23,5 +23,12 @@ template <typename Work, typename Done> void runDetached(QObject* context, Work 
         [result, done = std::move(done)]() mutable { done(std::move(**result)); });
 }
 
+/// Frees what a value holds on a thread: half a million texts take a tenth of a second.
+template <typename Value> void discard(Value value)
+{
+    startDetached(
+        nullptr, [held = std::move(value)] {}, nullptr);
+}
+
 /// Waits until no detached work runs, for at most `limit`; for the end of `main`. Returns whether all work has ended.
 bool waitForDetached(std::chrono::milliseconds limit);

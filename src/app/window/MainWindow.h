@@ -162,6 +162,7 @@ private:
     void dropRows();
     void showRows(const QList<PinEntry>& list);
     void fitColumns();
+    template <typename Change> void changeFilter(Change change);
     void showListState(EmptyTable::State state);
     void updateEmptyText();
     bool showsUnpinned() const;

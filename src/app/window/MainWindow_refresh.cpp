@@ -49,10 +49,22 @@ void MainWindow::onContentChanged()
     triggerRefresh(true);
 }
 
+/// Where the change comes as a reset, what was selected and is still there stays selected.
+template <typename Change> void MainWindow::changeFilter(Change change)
+{
+    const PinTable::Place place = pinTable->place();
+    bool wasReset = false;
+    const auto watch = connect(proxyModel, &PinFilterProxyModel::modelReset, this, [&wasReset] { wasReset = true; });
+    change();
+    disconnect(watch);
+    if (wasReset)
+        pinTable->restore(place);
+}
+
 void MainWindow::onFilterChanged()
 {
     values.typeFilter = toolBar->typeFilter();
-    proxyModel->setTypeFilter(values.typeFilter);
+    changeFilter([this] { proxyModel->setTypeFilter(values.typeFilter); });
     triggerRefresh(true);
 }
 
@@ -199,12 +211,12 @@ void MainWindow::onSearchTextChanged(const QString& /*text*/)
 
 void MainWindow::onSearchDebounceTimeout()
 {
-    proxyModel->setFilterFixedString(toolBar->searchText());
+    changeFilter([this] { proxyModel->setFilterFixedString(toolBar->searchText()); });
     updateCountLabels();
 }
 
 void MainWindow::onSearchModeChanged(PinFilterProxyModel::SearchMode mode)
 {
-    proxyModel->setSearchMode(mode);
+    changeFilter([this, mode] { proxyModel->setSearchMode(mode); });
     onSearchDebounceTimeout();
 }
