@@ -31,6 +31,12 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
     const auto pause = numberOf(parser, u"pause"_s, 600'000);
     const auto latency = numberOf(parser, u"latency"_s, 600'000);
     const auto remotePin = numberOf(parser, u"remote-pin-ms"_s, 600'000);
+    const auto publish = numberOf(parser, u"publish-ms"_s, 600'000);
+    const auto swarm = numberOf(parser, u"swarm-peers"_s, 1'000'000);
+    const auto dht = numberOf(parser, u"dht-peers"_s, 1'000'000);
+    const auto collected = numberOf(parser, u"gc-cids"_s, 100'000'000);
+    if (!publish || !swarm || !dht || !collected)
+        return std::nullopt;
     if (!port || !pins || !loose || !tree || !chunk || !pause || !latency || !remotePin)
         return std::nullopt;
     return DemoOptions {.port = static_cast<quint16>(*port),
@@ -41,18 +47,18 @@ std::optional<DemoOptions> readOptions(const QCommandLineParser& parser)
                         .chunkPause = std::chrono::milliseconds(*pause),
                         .latency = std::chrono::milliseconds(*latency),
                         .remoteServices = parser.values(u"remote-service"_s),
-                        .remotePinTime = std::chrono::milliseconds(*remotePin)};
+                        .remotePinTime = std::chrono::milliseconds(*remotePin),
+                        .isOffline = parser.isSet(u"offline"_s),
+                        .publishTime = std::chrono::milliseconds(*publish),
+                        .swarmPeers = *swarm,
+                        .dhtPeers = *dht,
+                        .hasStorageMax = !parser.isSet(u"no-storage-max"_s),
+                        .collectedCids = *collected,
+                        .failsCollecting = parser.isSet(u"gc-errors"_s)};
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+void addOptions(QCommandLineParser& parser)
 {
-    const QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
-    parser.addHelpOption();
     parser.addOptions(
         {{u"port"_s, u"Port on 127.0.0.1; 0 takes a free one."_s, u"number"_s, u"5001"_s},
          {u"pins"_s, u"Number of pins."_s, u"number"_s, u"10"_s},
@@ -66,7 +72,29 @@ int main(int argc, char* argv[])
           "those that are added later: pins at \"failing\" fail, \"invalid\" refuses its key, "
           "\"unreachable\" is not there, and \"hanging\" never answers."_s,
           u"name"_s},
-         {u"remote-pin-ms"_s, u"Time that a remote pin takes from queued to pinned or failed."_s, u"ms"_s, u"4000"_s}});
+         {u"remote-pin-ms"_s, u"Time that a remote pin takes from queued to pinned or failed."_s, u"ms"_s, u"4000"_s},
+         {u"publish-ms"_s, u"Time that publishing or resolving a name takes."_s, u"ms"_s, u"0"_s},
+         {u"offline"_s, u"Have no network: what needs one fails."_s},
+         {u"swarm-peers"_s, u"Number of connections; about four times as many addresses are known."_s, u"number"_s,
+          u"60"_s},
+         {u"dht-peers"_s, u"Number of peers in the WAN's routing table; the LAN's has a twentieth."_s, u"number"_s,
+          u"300"_s},
+         {u"no-storage-max"_s, u"Have no limit of storage."_s},
+         {u"gc-cids"_s, u"Number of made-up CIDs that a garbage collection reports besides its own."_s, u"number"_s,
+          u"0"_s},
+         {u"gc-errors"_s, u"End a garbage collection with an error."_s}});
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"A stand-in for a Kubo node, in memory, for trying Norvo and for measuring it."_s);
+    parser.addHelpOption();
+    addOptions(parser);
     parser.process(app);
     const auto options = readOptions(parser);
     if (!options)

@@ -3,6 +3,8 @@
 
 #include "UnixFsBuilder.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -143,6 +145,35 @@ std::optional<DemoObject> DemoStore::find(const Cid& cid) const
         return *object;
     const auto note = notes.constFind(cid.multihash);
     return note == notes.constEnd() ? std::nullopt : std::optional(rawFile(noteText(*note)));
+}
+
+quint64 DemoStore::totalSize() const
+{
+    quint64 size = 0;
+    for (const DemoObject& object : byMultihash)
+        size += object.blockSize();
+    for (const int number : notes)
+        size += static_cast<quint64>(noteText(number).size());
+    return size;
+}
+
+std::optional<Cid> DemoStore::walk(QList<Cid> roots, const std::function<void(const Cid&)>& visit) const
+{
+    QSet<QByteArray> walked;
+    while (!roots.isEmpty()) {
+        const Cid parent = roots.takeFirst();
+        if (walked.contains(parent.multihash))
+            continue;
+        walked.insert(parent.multihash);
+        const auto object = find(parent);
+        if (!object)
+            return parent;
+        for (const DemoLink& link : object->links) {
+            visit(link.cid);
+            roots.append(link.cid);
+        }
+    }
+    return std::nullopt;
 }
 
 QByteArray DemoStore::contentOf(const DemoObject& file) const

@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// Makes the objects that a node would make: raw leaves, UnixFS directories, chunked files and symlinks in dag-pb.
@@ -32,6 +33,10 @@ public:
     std::optional<DemoObject> find(const Cid& cid) const;
     /// The multihashes of all blocks, in no order.
     QList<QByteArray> multihashes() const { return byMultihash.keys() + notes.keys(); }
+    /// Of all blocks, in bytes.
+    quint64 totalSize() const;
+    /// Calls `visit` with each CID below `roots`, each block walked once. The first block that is missing, if any.
+    std::optional<Cid> walk(QList<Cid> roots, const std::function<void(const Cid&)>& visit) const;
     /// The bytes of a file, or those before a missing block.
     QByteArray contentOf(const DemoObject& file) const;
 

@@ -2,20 +2,31 @@
 #include "DemoNode.h"
 
 #include "AddService.h"
+#include "BootstrapService.h"
+#include "ConfigService.h"
 #include "ContentService.h"
+#include "DiagnosticsService.h"
 #include "IdentityService.h"
+#include "KeyService.h"
 #include "PinService.h"
 #include "RemoteService.h"
+#include "SwarmService.h"
 
 DemoNode::DemoNode(const DemoOptions& options, QObject* parent)
     : NodeServer(parent)
     , repo(options)
+    , config(RemoteService::initialServices(options))
 {
     mount(std::make_unique<IdentityService>());
     mount(std::make_unique<PinService>(repo));
     mount(std::make_unique<ContentService>(repo));
     mount(std::make_unique<AddService>(repo));
-    mount(std::make_unique<RemoteService>(options));
+    mount(std::make_unique<RemoteService>(options, config));
+    mount(std::make_unique<KeyService>(repo));
+    mount(std::make_unique<SwarmService>(options));
+    mount(std::make_unique<BootstrapService>(config));
+    mount(std::make_unique<ConfigService>(config));
+    mount(std::make_unique<DiagnosticsService>(repo));
     listen(options.port);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "DemoConfig.h"
 #include "DemoRepo.h"
 #include "NodeServer.h"
 #include "NodeService.h"
@@ -27,6 +28,7 @@ private:
     void mount(std::unique_ptr<NodeService> service);
 
     DemoRepo repo;
+    DemoConfig config;
     std::vector<std::unique_ptr<NodeService>> services;
     QHash<QByteArray, NodeCommand> commands;
 };

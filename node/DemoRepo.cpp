@@ -60,6 +60,31 @@ void DemoRepo::unpin(const QSet<QByteArray>& cids)
     ++changes;
 }
 
+DemoRepo::Garbage DemoRepo::collectGarbage()
+{
+    QSet<QByteArray> kept;
+    QList<Cid> roots;
+    for (const DemoPin& pin : pinned) {
+        kept.insert(pin.cid.multihash);
+        if (pin.recursive)
+            roots.append(pin.cid);
+    }
+    const auto missing = blocks.walk(roots, [&kept](const Cid& cid) { kept.insert(cid.multihash); });
+    if (missing)
+        return {.error = "could not retrieve links for " + encodeCid(*missing).toLatin1()};
+    Garbage garbage {.removed = blocks.multihashes()};
+    garbage.removed.removeIf([&kept](const QByteArray& multihash) { return kept.contains(multihash); });
+    for (const QByteArray& multihash : std::as_const(garbage.removed)) {
+        const Cid cid {.multihash = multihash};
+        const auto object = blocks.find(cid);
+        if (object && object->isLeaf()) // what was there at the start takes none of the room for added bytes
+            leafBytes = std::max<qint64>(0, leafBytes - object->content.size());
+        blocks.forget(cid);
+    }
+    changes += garbage.removed.isEmpty() ? 0 : 1;
+    return garbage;
+}
+
 void DemoRepo::forget(const Cid& cid)
 {
     blocks.forget(cid);

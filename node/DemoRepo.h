@@ -26,6 +26,13 @@ struct DemoOptions
     /// every pin at "failing" fails, "invalid" refuses its key, "unreachable" is not there, "hanging" never answers.
     QStringList remoteServices {};
     std::chrono::milliseconds remotePinTime {4000}; ///< of a remote pin, from queued to pinned or failed
+    bool isOffline = false;                         ///< without network, as a node that was started so
+    std::chrono::milliseconds publishTime {0};      ///< that publishing or resolving a name takes
+    int swarmPeers = 60;                            ///< connections; two of them are to one peer
+    int dhtPeers = 300;                             ///< in the routing table of the WAN
+    bool hasStorageMax = true;
+    int collectedCids = 0;        ///< made-up ones that a garbage collection reports besides those it removes
+    bool failsCollecting = false; ///< whether a garbage collection ends with an error
 };
 
 /// What the demo node keeps, for its services to share.
@@ -48,6 +55,14 @@ public:
     void pin(const DemoPin& pin);
     /// Removes the pins under these binary CIDs.
     void unpin(const QSet<QByteArray>& cids);
+    /// The multihashes of what a garbage collection has removed, or why it has removed nothing.
+    struct Garbage
+    {
+        QList<QByteArray> removed {};
+        QByteArray error {};
+    };
+    /// Removes the blocks that no pin accounts for.
+    Garbage collectGarbage();
     /// From here on the block is missing, as one that was lost.
     void forget(const Cid& cid);
 

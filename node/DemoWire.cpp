@@ -10,14 +10,25 @@ using namespace Qt::StringLiterals;
 
 QByteArray jsonText(const QString& text)
 {
-    QByteArray out = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
-    out = out.sliced(1, out.size() - 2);
-    return out.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
+    return jsonValueText(text);
+}
+
+QByteArray jsonValueText(const QJsonValue& value)
+{
+    const QByteArray list = QJsonDocument(QJsonArray {value}).toJson(QJsonDocument::Compact);
+    QByteArray json = list.sliced(1, list.size() - 2);
+    // Outside of its strings JSON has none of these characters.
+    return json.replace('<', "\\u003c").replace('>', "\\u003e").replace('&', "\\u0026");
+}
+
+QByteArray jsonList(const QStringList& texts)
+{
+    return texts.isEmpty() ? "null" : jsonValueText(QJsonArray::fromStringList(texts));
 }
 
 QByteArray jsonLine(const QJsonObject& object)
 {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    return jsonValueText(object) + '\n';
 }
 
 bool isSet(const NodeRequest& request, const QString& option)

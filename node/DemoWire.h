@@ -10,6 +10,12 @@
 /// As a node writes a string in JSON: "<", ">" and "&" escaped.
 QByteArray jsonText(const QString& text);
 
+/// Any value, compact, with these characters escaped. Numbers of 64 bits keep their digits.
+QByteArray jsonValueText(const QJsonValue& value);
+
+/// Texts as a list in JSON, `null` if there are none.
+QByteArray jsonList(const QStringList& texts);
+
 /// One compact document and its line feed.
 QByteArray jsonLine(const QJsonObject& object);
 

@@ -54,26 +54,6 @@ QByteArray documentOf(const QList<ListedPin>& pins, bool lifted)
     return body.isEmpty() ? "{}\n" : "{\"Keys\":{" + body + "}}\n";
 }
 
-/// Calls `visit` with each CID below `roots`, each block walked once. The first block that is missing, if any.
-template <typename Visit> std::optional<Cid> walk(const DemoStore& store, QList<Cid> roots, const Visit& visit)
-{
-    QSet<QByteArray> walked;
-    while (!roots.isEmpty()) {
-        const Cid parent = roots.takeFirst();
-        if (walked.contains(parent.multihash))
-            continue;
-        walked.insert(parent.multihash);
-        const auto object = store.find(parent);
-        if (!object)
-            return parent;
-        for (const DemoLink& link : object->links) {
-            visit(link.cid);
-            roots.append(link.cid);
-        }
-    }
-    return std::nullopt;
-}
-
 QList<ListedPin> pinsOf(const DemoRepo& repo, const QString& type)
 {
     QList<ListedPin> listed;
@@ -99,7 +79,7 @@ void appendIndirectPins(const DemoRepo& repo, Listing& listing)
         if (pin.recursive)
             roots.append(pin.cid);
     }
-    const auto missing = walk(repo.store(), roots, [&](const Cid& cid) {
+    const auto missing = repo.store().walk(roots, [&](const Cid& cid) {
         const QByteArray key = cidBytes(cid);
         if (listed.contains(key))
             return;
@@ -121,7 +101,7 @@ std::optional<ListedPin> findPin(const DemoRepo& repo, const Cid& cid, const QSt
     for (const DemoPin& pin : repo.pins()) {
         bool isBelow = false;
         if (pin.recursive)
-            walk(repo.store(), {pin.cid}, [&](const Cid& child) { isBelow = isBelow || child == cid; });
+            repo.store().walk({pin.cid}, [&](const Cid& child) { isBelow = isBelow || child == cid; });
         if (isBelow)
             return ListedPin {.cid = cid, .type = "indirect through " + encodeCid(pin.cid).toLatin1()};
     }

@@ -6,6 +6,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -65,32 +66,48 @@ std::optional<NodeAnswer> faultOfFilters(const QStringList& cids, const QStringL
 
 } // namespace
 
-RemoteService::RemoteService(const DemoOptions& options)
-    : pins(options.remotePinTime)
+RemoteService::RemoteService(const DemoOptions& options, DemoConfig& newConfig)
+    : config(newConfig)
+    , pins(options.remotePinTime)
     , choices(options)
 {
+}
+
+QMap<QString, QString> RemoteService::initialServices(const DemoOptions& options)
+{
+    QMap<QString, QString> services;
     for (const QString& name : options.remoteServices)
-        endpoints.insert(name, u"https://pins.example/"_s + QString::fromLatin1(QUrl::toPercentEncoding(name)));
+        services.insert(name, u"https://pins.example/"_s + QString::fromLatin1(QUrl::toPercentEncoding(name)));
+    return services;
 }
 
 QList<NodeCommand> RemoteService::commands()
 {
+    const auto called = [this](auto method) {
+        return [this, method](const NodeRequest& request) {
+            readConfig();
+            return (this->*method)(request);
+        };
+    };
     return {{.path = "/pin/remote/service/ls",
              .options = {{u"stat"_s, NodeOption::Bool}},
-             .run = [this](const NodeRequest& request) { return listServices(request); }},
-            {.path = "/pin/remote/service/add",
-             .argument = u"service"_s,
-             .run = [this](const NodeRequest& request) { return addService(request); }},
-            {.path = "/pin/remote/service/rm",
-             .argument = u"service"_s,
-             .run = [this](const NodeRequest& request) { return removeService(request); }},
+             .run = called(&RemoteService::listServices)},
+            {.path = "/pin/remote/service/add", .argument = u"service"_s, .run = called(&RemoteService::addService)},
+            {.path = "/pin/remote/service/rm", .argument = u"service"_s, .run = called(&RemoteService::removeService)},
             {.path = "/pin/remote/add",
              .argument = u"ipfs-path"_s,
              .options = {{u"service"_s}, {u"name"_s}, {u"background"_s, NodeOption::Bool}},
-             .run = [this](const NodeRequest& request) { return addPin(request); }},
+             .run = called(&RemoteService::addPin)},
             {.path = "/pin/remote/ls",
              .options = {{u"service"_s}, {u"name"_s}, {u"cid"_s, NodeOption::List}, {u"status"_s, NodeOption::List}},
-             .run = [this](const NodeRequest& request) { return listPins(request); }}};
+             .run = called(&RemoteService::listPins)}};
+}
+
+/// A service that was removed is still in the file, and back with the next reading of it.
+void RemoteService::readConfig()
+{
+    if (std::exchange(readReloads, config.reloads()) != config.reloads())
+        endpoints = config.remoteServices();
 }
 
 /// With `stat` every service is asked, so that one which never answers holds the whole list.
@@ -138,6 +155,7 @@ NodeAnswer RemoteService::addService(const NodeRequest& request)
     if (endpoints.contains(arguments.constFirst()))
         return errorOf(u"service already present"_s);
     endpoints.insert(arguments.constFirst(), endpoint);
+    config.addRemoteService(arguments.constFirst(), endpoint, arguments.at(2));
     return emptyAnswer();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "DemoConfig.h"
 #include "DemoRepo.h"
 #include "NodeService.h"
 #include "RemotePins.h"
@@ -12,7 +13,9 @@
 class RemoteService : public NodeService
 {
 public:
-    explicit RemoteService(const DemoOptions& options);
+    RemoteService(const DemoOptions& options, DemoConfig& newConfig);
+    /// The endpoints of the services that are configured at the start, by name.
+    static QMap<QString, QString> initialServices(const DemoOptions& options);
     QList<NodeCommand> commands() override;
 
 private:
@@ -22,8 +25,11 @@ private:
     NodeAnswer addPin(const NodeRequest& request);
     NodeAnswer listPins(const NodeRequest& request) const;
 
+    void readConfig();
     QByteArray statOf(const QString& endpoint) const;
 
+    DemoConfig& config;
+    int readReloads = -1;             ///< of the configuration
     QMap<QString, QString> endpoints; ///< by the name of the service
     RemotePins pins;
     DemoOptions choices;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "DemoNode.h"
+#include "DemoCalls.h"
 #include "RemotePins.h"
-#include "TestMain.h"
 
 #include <QCoreApplication>
 
@@ -10,44 +9,24 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class OpenNode : public DemoNode
+DemoOptions optionsWith(std::chrono::milliseconds pinTime)
 {
-public:
-    explicit OpenNode(std::chrono::milliseconds pinTime)
-        : DemoNode({.port = 0,
-                    .pins = 0,
-                    .latency = 5ms,
-                    .remoteServices = {u"unreachable"_s, u"invalid"_s, u"failing"_s, u"b"_s},
-                    .remotePinTime = pinTime})
-    {
-    }
-    NodeAnswer ask(const QByteArray& target)
-    {
-        const qsizetype mark = target.indexOf('?');
-        return answerTo({.path = "/pin/remote/" + target.first(mark), .rawQuery = target.sliced(mark + 1)});
-    }
-};
-
-QByteArray bodyOf(const NodeAnswer& answer)
-{
-    QByteArray body;
-    for (const NodeChunk& chunk : answer.chunks)
-        body += chunk.bytes;
-    while (const auto chunk = answer.source ? answer.source() : std::nullopt)
-        body += chunk->bytes;
-    return body;
+    return {.pins = 0,
+            .latency = 5ms,
+            .remoteServices = {u"unreachable"_s, u"invalid"_s, u"failing"_s, u"b"_s},
+            .remotePinTime = pinTime};
 }
 
 constexpr int hour = 3'600'000;
 
 void row(const char* name, const QByteArray& calls, const QByteArray& body, int pinTime = 0, int status = 200)
 {
-    QTest::newRow(name) << calls << pinTime << status << body;
+    QTest::newRow(name) << calls << status << body << pinTime;
 }
 
 void failure(const char* name, const QByteArray& calls, const QByteArray& message)
 {
-    row(name, calls, "{`Message`:`" + message + "`,`Code`:0,`Type`:`error`}\n", 0, 500);
+    row(name, calls, failureText(message), 0, 500);
 }
 
 QByteArray line(const QByteArray& status, const QByteArray& cid, const QByteArray& name)
@@ -134,42 +113,27 @@ private slots:
 
     void calls_data()
     {
-        QTest::addColumn<QByteArray>("calls"); ///< with blanks between them; the last counts, those before it succeed
-        QTest::addColumn<int>("pinTime");      ///< in ms
-        QTest::addColumn<int>("status");       ///< 0 if there is no answer
-        QTest::addColumn<QByteArray>("body");  ///< with ` for "
+        addCallColumns();
+        QTest::addColumn<int>("pinTime"); ///< in ms
         serviceRows();
         pinRows();
         listRows();
     }
     void calls()
     {
-        QFETCH(QByteArray, calls);
         QFETCH(const int, pinTime);
-        QFETCH(QByteArray, body);
-        for (QByteArray* text : {&calls, &body}) {
-            text->replace("QMHELLO", "QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST")
-                .replace("HELLO", "bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4")
-                .replace('`', '"');
-        }
-        OpenNode node {std::chrono::milliseconds(pinTime)};
-        NodeAnswer answer;
-        for (const QByteArray& call : calls.split(' ')) {
-            QCOMPARE(answer.status, 200);
-            answer = node.ask(call);
-        }
-        QCOMPARE(bodyOf(answer), body);
-        QTEST(answer.held ? 0 : answer.status, "status");
+        OpenNode node(optionsWith(std::chrono::milliseconds(pinTime)));
+        runCalls(node, "/pin/remote/");
     }
 
     /// Without `background` the answer comes when the pin has come to its end.
     void waits()
     {
-        OpenNode node(1s);
+        OpenNode node(optionsWith(1s));
         const QByteArray pin = "&arg=QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST";
-        QCOMPARE(node.ask("add?service=b" + pin).latency, 1005ms);
-        QCOMPARE(node.ask("add?service=failing" + pin).latency, 1005ms);
-        QCOMPARE(node.ask("add?service=b&background=true" + pin).latency, 5ms);
+        QCOMPARE(node.ask("/pin/remote/add?service=b" + pin).latency, 1005ms);
+        QCOMPARE(node.ask("/pin/remote/add?service=failing" + pin).latency, 1005ms);
+        QCOMPARE(node.ask("/pin/remote/add?service=b&background=true" + pin).latency, 5ms);
     }
 
     void statuses()
