@@ -9,9 +9,13 @@ namespace {
 
 constexpr char16_t firstBeyondAscii = 0x80;
 
+/// Looks at all of it, which a processor does by many at a time.
 bool isAscii(QStringView text)
 {
-    return std::ranges::all_of(text, [](QChar c) { return c.unicode() < firstBeyondAscii; });
+    char16_t seen = 0;
+    for (const QChar c : text)
+        seen = static_cast<char16_t>(seen | c.unicode());
+    return seen < firstBeyondAscii;
 }
 
 char16_t inLowerCase(QChar c)

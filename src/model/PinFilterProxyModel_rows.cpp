@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <ranges>
 #include <utility>
 
@@ -149,11 +150,18 @@ void PinFilterProxyModel::orderByRefs(Rows& rows) const
 /// By the shown text.
 void PinFilterProxyModel::orderBySize(Rows& rows) const
 {
-    std::vector<QString> texts(at(pins->rowCount()));
+    std::vector<QString> texts;
+    texts.reserve(rows.size());
     for (const int row : rows)
-        texts[at(row)] = pins->index(row, PinModel::SizeColumn).data().toString();
+        texts.push_back(pins->index(row, PinModel::SizeColumn).data().toString());
+    Rows places(rows.size());
+    std::iota(places.begin(), places.end(), 0);
     sortByText(
-        rows, [&texts](int row) { return QStringView(texts[at(row)]); }, shownOrder);
+        places, [&texts](int place) { return QStringView(texts[at(place)]); }, shownOrder);
+    const Rows unordered = std::exchange(rows, {});
+    rows.reserve(places.size());
+    for (const int place : places)
+        rows.push_back(unordered[at(place)]);
 }
 
 void PinFilterProxyModel::onSourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

@@ -184,7 +184,7 @@ void PinModel::setPins(const QList<PinEntry>& newPins)
     beginResetModel();
     ++resets;
     QList<PinEntry> former = std::exchange(pins, newPins);
-    if (former.size() > rowsIndexedAtOnce)
+    if (std::max(former.size(), pins.size()) > rowsIndexedAtOnce) // also for what reading the list has left
         discard(std::move(former));
     factsInWaiting.clear();
     startIndex();
@@ -195,6 +195,7 @@ void PinModel::setPins(const QList<PinEntry>& newPins)
 /// would copy them all.
 void PinModel::startIndex()
 {
+    typeCounts.reset();
     rowsByCid = {};
     indexReady = pins.size() <= rowsIndexedAtOnce;
     if (indexReady) {
@@ -277,14 +278,18 @@ const QString* PinModel::heldText(int row, Column column) const
     return pin ? textOf(*pin, column) : nullptr;
 }
 
+/// No late fact changes a type.
 PinModel::TypeCounts PinModel::countsByType() const
 {
+    if (typeCounts)
+        return *typeCounts;
     TypeCounts counts;
     for (const PinEntry& pin : pins) {
         counts.recursive += pin.type == PinType::recursive;
         counts.direct += pin.type == PinType::direct;
         counts.indirect += pin.type == PinType::indirect;
     }
+    typeCounts = counts;
     return counts;
 }
 

@@ -9,6 +9,7 @@
 #include <QList>
 
 #include <functional>
+#include <optional>
 
 /// The pins of one listing as a read-only table of six columns. Late facts about a CID reach their cells in constant
 /// time, however long the list is.
@@ -73,6 +74,7 @@ private:
     PinIndex rowsByCid;
     bool indexReady = true;
     QList<std::function<void()>> factsInWaiting; ///< until the index is ready
+    mutable std::optional<TypeCounts> typeCounts;
     mutable QFont cidFont;
     mutable QFont headerFont;
     mutable bool headerFontReady = false;

@@ -157,7 +157,7 @@ private:
     void triggerRefresh(bool force);
     void fetchList();
     void setRefreshing(bool on);
-    QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
+    void takeList(const QList<PinEntry>& list, qsizetype pinsReceived);
     bool knowsNoList() const;
     void dropRows();
     void showRows(const QList<PinEntry>& list);
@@ -177,6 +177,7 @@ private:
     bool wantsMetadata() const;
     void planMetadata(const QList<PinEntry>& list);
     void planNextFacts();
+    int unplannedRows() const;
     void dropPlan();
     void startCountTimer();
     void updateCountLabelsSoon();
@@ -255,7 +256,8 @@ private:
     QString rowsContent {};    ///< what the rows were asked for by: content and filter; empty while there are none
     QString rowsFilter {};
     MetadataPlan plan;
-    int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
+    int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
+    int listsTaken = 0;    ///< grows with each list that comes or is dropped, so that a former one finds itself late
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
     bool addInProgress = false;        ///< from the dialog's acceptance to the end of the upload
     AddOptions lastAddOptions {};

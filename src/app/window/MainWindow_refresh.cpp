@@ -2,6 +2,7 @@
 #include "MainWindow.h"
 
 #include "ContentMode.h"
+#include "Detached.h"
 #include "IpfsClient.h"
 #include "NoticeArea.h"
 #include "PinModel.h"
@@ -22,6 +23,23 @@ namespace {
 constexpr auto loadMessageShown = 5000ms;
 /// Longest list whose columns are measured.
 constexpr int fittedRows = 1200;
+/// Longest list that is made ready for the table in one turn.
+constexpr qsizetype preparedAtOnce = 20'000;
+
+struct ListRules
+{
+    bool hidesIndirect = false;
+    MetadataPlan::KnownFacts known {};
+};
+
+/// What the table gets of a listing, with what earlier refreshes brought.
+QList<PinEntry> listForTable(QList<PinEntry> pins, const ListRules& rules)
+{
+    if (rules.hidesIndirect)
+        pins.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
+    rules.known.fillIn(pins);
+    return pins;
+}
 
 } // namespace
 
@@ -72,6 +90,7 @@ void MainWindow::triggerRefresh(bool force)
 {
     if (force) {
         dropPlan();
+        ++listsTaken;
         client->cancelActiveLoading();
     } else if (toolBar->isRefreshing()) {
         return;
@@ -115,17 +134,6 @@ void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
         setStatusMessage(tr("Entries loaded: %1").arg(highest));
 }
 
-/// What the table gets of a listing, with what earlier refreshes brought.
-QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
-{
-    QList<PinEntry> list = pins;
-    if (values.typeFilter == PinType::recursiveAndDirect)
-        list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
-    if (wantsMetadata())
-        plan.fillIn(list);
-    return list;
-}
-
 /// Whether an empty list means that nothing is known: the node can't be reached. Blocks that it refused to list are
 /// none.
 bool MainWindow::knowsNoList() const
@@ -152,21 +160,38 @@ void MainWindow::showRows(const QList<PinEntry>& list)
     proxyModel->setTypeFilter(values.typeFilter);
 }
 
+/// A long list is made ready on a thread.
 void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 {
+    const ListRules rules {.hidesIndirect = values.typeFilter == PinType::recursiveAndDirect,
+                           .known = wantsMetadata() ? plan.knownFacts() : MetadataPlan::KnownFacts()};
+    const int taken = ++listsTaken;
+    if (pins.size() <= preparedAtOnce) {
+        takeList(listForTable(pins, rules), pins.size());
+        return;
+    }
+    runDetached(
+        this, [pins, rules] { return listForTable(pins, rules); },
+        [this, taken, count = pins.size()](const QList<PinEntry>& list) {
+            if (taken == listsTaken)
+                takeList(list, count);
+        });
+}
+
+void MainWindow::takeList(const QList<PinEntry>& list, qsizetype pinsReceived)
+{
     setRefreshing(false);
-    if (pins.isEmpty() && knowsNoList())
+    if (pinsReceived == 0 && knowsNoList())
         return; // the errors have been reported
-    if (!pins.isEmpty() || listState == EmptyTable::Loading)
+    if (pinsReceived > 0 || listState == EmptyTable::Loading)
         listState = EmptyTable::Loaded; // else a part of the list has failed
-    const QList<PinEntry> list = listForTable(pins);
     const PinTable::Place place
         = rowsContent == values.contentMode && rowsFilter == values.typeFilter ? pinTable->place() : PinTable::Place();
     showRows(list);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
         if (list.size() > fittedRows)
-            setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pins.size()));
+            setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pinsReceived));
     }
     searchDebounceTimer->stop();
     proxyModel->setFilterFixedString(toolBar->searchText());
@@ -175,7 +200,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
-    showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
+    showStatusFor(loadMessageShown, loaded.arg(QString::number(pinsReceived), now));
     onSelectionChanged();
 }
 
