@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: MIT
 // How the list of 200,000 CIDs below one pin opens and scrolls, asked for over the wire.
 
+#include "BenchNode.h"
 #include "BenchSupport.h"
-#include "FakeNode.h"
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
 
 #include <QScrollBar>
 #include <QTableView>
-#include <QThread>
 
 #include <algorithm>
-#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -29,13 +27,9 @@ QByteArray refLines()
     return body;
 }
 
-/// A node until its thread quits; on a thread of its own, so that its work is no stall of ours.
-void serve(std::promise<quint16>& port)
+void script(FakeNode& node)
 {
-    FakeNode node;
     node.answer("/refs", NodeAnswer::chunked(refLines(), chunkBytes));
-    port.set_value(node.port());
-    QEventLoop().exec();
 }
 
 /// The longest of a thousand steps from the top to the end, each painted; in milliseconds.
@@ -83,11 +77,5 @@ bool measure(Bench& bench, quint16 port)
 int main(int argc, char* argv[])
 {
     Bench bench(argc, argv);
-    std::promise<quint16> port;
-    const std::unique_ptr<QThread> node(QThread::create(serve, std::ref(port)));
-    node->start();
-    const bool whole = measure(bench, port.get_future().get());
-    node->quit();
-    node->wait();
-    return whole ? 0 : 1;
+    return measureWithNode(script, [&bench](quint16 port) { return measure(bench, port); }) ? 0 : 1;
 }

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Longer than the window waits for more keys, or for rows to move.
-constexpr auto settle = 700ms;
+constexpr auto settle = 1200ms;
 constexpr int lateFacts = 4000;
 /// What a person types, a key at a time: the third one is in few rows, the last in none.
 constexpr std::array searches {"b"_L1, "ba"_L1, "bafyq"_L1, "bafyqz0"_L1, ""_L1};

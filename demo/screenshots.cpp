@@ -5,9 +5,11 @@
 #include "AddToIpfsDialog.h"
 #include "AppSettings.h"
 #include "Appearance.h"
+#include "ConfigPictures.h"
 #include "DemoNode.h"
 #include "Detached.h"
 #include "IndirectPinsDialog.h"
+#include "IpnsPictures.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
 #include "PicturePalette.h"
@@ -15,9 +17,10 @@
 #include "PictureSteps.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
-#include "RemoteServicesDialog.h"
 #include "SettingsDialog.h"
 #include "StatusLabel.h"
+#include "SwarmPictures.h"
+#include "ToolPictures.h"
 
 #include <QAction>
 #include <QApplication>
@@ -26,7 +29,6 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
-#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
@@ -81,7 +83,7 @@ public:
              {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
               &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
               &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
-              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::remoteServices}) {
+              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::tools}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -255,14 +257,13 @@ private:
         awaitThat([&isDone] { return isDone; }, u"the add did not end"_s);
     }
 
-    void remoteServices()
+    void tools()
     {
-        window->showRemoteServicesDialog(MainWindow::AuxChildWindow);
-        auto* dialog = window->findChild<RemoteServicesDialog*>();
-        const auto* services = dialog->findChild<QListWidget*>();
-        awaitThat([services] { return services->count() > 1; }, u"no services came"_s);
-        take(dialog, "remote-services"_L1);
-        close<RemoteServicesDialog>();
+        const auto takeNamed = [this](QWidget* widget, QLatin1StringView name) { take(widget, name); };
+        takeIpnsPictures(*window, takeNamed);
+        takeToolPictures(*window, takeNamed);
+        takeConfigPictures(*window, takeNamed);
+        takeSwarmPictures(*window, takeNamed);
     }
 
     static std::unique_ptr<DemoNode> newNode()

@@ -5,11 +5,10 @@
 #include "JsonReply.h"
 #include "LogTime.h"
 #include "NodeAccessManager.h"
-#include "OriginValue.h"
+#include "RequestHeaders.h"
 #include "ShownAddress.h"
 
 #include <QBuffer>
-#include <QCoreApplication>
 #include <QHttpMultiPart>
 #include <QNetworkReply>
 
@@ -56,20 +55,6 @@ bool onlyReads(const QString& path, const QUrlQuery& query)
     if (path == "/config"_L1) // a second argument is a value to be set
         return query.allQueryItemValues(u"arg"_s).size() < 2;
     return std::ranges::find(readingPaths, path) != readingPaths.end();
-}
-
-/// Read from the store for each request, so that a change is in force for the next one.
-QByteArray originHeader(const QSettings& settings)
-{
-    if (!settings.value(SettingsKeys::sendOrigin, false).toBool())
-        return {};
-    return effectiveOriginValue(settings.value(SettingsKeys::originValue).toString()).toUtf8();
-}
-
-/// A default node refuses a browser's agent with 403.
-QString userAgent()
-{
-    return u"Norvo/"_s + QCoreApplication::applicationVersion();
 }
 
 void setAttribute(QNetworkRequest& request, NodeAccessManager::RequestAttribute attribute, const QVariant& value)
@@ -139,7 +124,8 @@ QNetworkRequest RpcTransport::announce(const RpcEndpoint& endpoint, const QStrin
         url.setQuery(query);
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded"_L1);
-    request.setHeader(QNetworkRequest::UserAgentHeader, userAgent());
+    request.setHeader(QNetworkRequest::UserAgentHeader, userAgent()); // a default node refuses a browser's with 403
+    // Read from the store for each request, so that a change is in force for the next one.
     if (const QByteArray origin = originHeader(settings); !origin.isEmpty())
         request.setRawHeader("Origin", origin);
     setAttribute(request, NodeAccessManager::MayRepeat, onlyReads(path, query));

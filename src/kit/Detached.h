@@ -30,5 +30,8 @@ template <typename Value> void discard(Value value)
         nullptr, [held = std::move(value)] {}, nullptr);
 }
 
+/// Gives memory that is free back to the system, where the C library keeps it. Takes some 30 ms after a long list.
+void trimMemory();
+
 /// Waits until no detached work runs, for at most `limit`; for the end of `main`. Returns whether all work has ended.
 bool waitForDetached(std::chrono::milliseconds limit);

@@ -16,6 +16,11 @@ QString ipfsPath(const QString& cid)
     return "/ipfs/"_L1 + cid;
 }
 
+QString ipnsPath(const QString& name)
+{
+    return "/ipns/"_L1 + name;
+}
+
 QUrl publicGatewayUrl(const QString& path)
 {
     QUrl url {QString(ProductInfo::gatewayUrl)};

@@ -9,6 +9,9 @@
 /// "/ipfs/" and the CID.
 QString ipfsPath(const QString& cid);
 
+/// "/ipns/" and the name.
+QString ipnsPath(const QString& name);
+
 /// `path` starts with a slash, as "/ipfs/<CID>".
 QUrl publicGatewayUrl(const QString& path);
 

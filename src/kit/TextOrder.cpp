@@ -124,5 +124,10 @@ private:
 
 void sortByText(std::vector<int>& rows, const std::function<QStringView(int)>& textOf, Qt::SortOrder order)
 {
-    TextSort(textOf, order).run(rows, 0);
+    const auto isInOrder = [&textOf, order](int a, int b) {
+        const int sign = textOf(a).compare(textOf(b));
+        return order == Qt::AscendingOrder ? sign <= 0 : sign >= 0;
+    };
+    if (std::ranges::adjacent_find(rows, std::not_fn(isInOrder)) != rows.end()) // a list may come sorted
+        TextSort(textOf, order).run(rows, 0);
 }

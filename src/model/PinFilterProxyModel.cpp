@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PinFilterProxyModel.h"
 
-#include "LiteralSearch.h"
 #include "PinModel.h"
+#include "TextSearch.h"
 
-#include <QRegularExpression>
 #include <QTimer>
 
 #include <algorithm>
@@ -29,7 +28,6 @@ PinFilterProxyModel::PinFilterProxyModel(QObject* parent)
     placeTimer->setSingleShot(true);
     placeTimer->setInterval(placeDelay);
     connect(placeTimer, &QTimer::timeout, this, &PinFilterProxyModel::placeChangedRows);
-    filterWatch = bindableFilterRegularExpression().addNotifier([this] { refilter(); });
 }
 
 /// The stock proxy is left out: it would keep an order of its own beside this one.
@@ -45,24 +43,40 @@ void PinFilterProxyModel::setSourceModel(QAbstractItemModel* model)
         connect(pins, &PinModel::dataChanged, this, &PinFilterProxyModel::onSourceDataChanged);
         connect(pins, &PinModel::modelAboutToBeReset, this, [this] { beginResetModel(); });
         connect(pins, &PinModel::modelReset, this, [this] {
-            takeRows(acceptedRows(false));
+            takeRows(acceptedRows());
             endResetModel();
         });
     }
-    takeRows(acceptedRows(false));
+    takeRows(acceptedRows());
     endResetModel();
 }
 
 void PinFilterProxyModel::setTypeFilter(const QString& type)
 {
-    typeFilter = type;
-    refilter();
+    Filter changed = filter;
+    changed.hidesIndirect = type == PinType::recursiveAndDirect;
+    changeFilter(changed);
 }
 
 void PinFilterProxyModel::setSearchMode(SearchMode mode)
 {
-    searchMode = mode;
-    refilter();
+    Filter changed = filter;
+    changed.searchMode = mode;
+    changeFilter(changed);
+}
+
+void PinFilterProxyModel::setFilterFixedString(const QString& text)
+{
+    Filter changed = filter;
+    changed.text = text;
+    changeFilter(changed);
+}
+
+void PinFilterProxyModel::setFilterCaseSensitivity(Qt::CaseSensitivity sensitivity)
+{
+    Filter changed = filter;
+    changed.sensitivity = sensitivity;
+    changeFilter(changed);
 }
 
 bool PinFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& /*sourceParent*/) const
@@ -71,33 +85,20 @@ bool PinFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& /*s
     return pin && accepts(*pin);
 }
 
-PinFilterProxyModel::Filter PinFilterProxyModel::currentFilter() const
-{
-    const QRegularExpression expression = filterRegularExpression();
-    const auto literal = literalOf(expression.pattern());
-    return {.hidesIndirect = typeFilter == PinType::recursiveAndDirect,
-            .searchMode = searchMode,
-            .literal = literal.value_or(QString()),
-            .sensitivity = filterCaseSensitivity(),
-            .isExpression = !literal};
-}
-
 /// Whether no row that `other` hides can be shown.
 bool PinFilterProxyModel::Filter::isNarrowerThan(const Filter& other) const
 {
-    return !isExpression && !other.isExpression && hidesIndirect >= other.hidesIndirect
-        && (other.literal.isEmpty()
-            || (searchMode == other.searchMode && sensitivity == other.sensitivity && literal.contains(other.literal)));
+    return hidesIndirect >= other.hidesIndirect
+        && (other.text.isEmpty()
+            || (searchMode == other.searchMode && sensitivity == other.sensitivity && text.contains(other.text)));
 }
 
 bool PinFilterProxyModel::accepts(const PinEntry& pin) const
 {
     if (filter.hidesIndirect && pin.type == PinType::indirect)
         return false;
-    const QString& text = filter.searchMode == SearchByName ? pin.name : pin.cid;
-    if (filter.isExpression)
-        return filterRegularExpression().match(text).hasMatch();
-    return filter.literal.isEmpty() || holds(text, filter.literal, filter.sensitivity);
+    return filter.text.isEmpty()
+        || holds(filter.searchMode == SearchByName ? pin.name : pin.cid, filter.text, filter.sensitivity);
 }
 
 bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const

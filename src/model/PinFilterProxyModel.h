@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QPropertyNotifier>
 #include <QSortFilterProxyModel>
 
 #include <vector>
@@ -13,9 +12,9 @@ struct PinEntry;
 /// Narrows the pin table by pin type and search text. Sorts by the shown values in stock order, save that an unknown
 /// number of refs comes after the known ones.
 ///
-/// It keeps the order of the rows itself, since the stock proxy takes a second for half a million of them. A change of
-/// the filter that takes many rows away or brings them is a reset; rows of a long list that a late fact moves follow
-/// within 50 ms.
+/// It keeps the rows and their order itself, since the stock proxy takes a second for half a million of them, and has
+/// setters of its own for the search. A change of the filter that takes many rows away or brings them is a reset; rows
+/// of a long list that a late fact moves follow within 50 ms.
 class PinFilterProxyModel : public QSortFilterProxyModel
 {
     Q_OBJECT
@@ -31,8 +30,11 @@ public:
 
     /// Only "recursive+direct" hides rows (those of type "indirect"); other filters are answered by the node itself.
     void setTypeFilter(const QString& type);
-    /// Which column the filter expression is matched with.
+    /// Which column is searched.
     void setSearchMode(SearchMode mode);
+    /// What the column has to hold; anything if it is empty.
+    void setFilterFixedString(const QString& text);
+    void setFilterCaseSensitivity(Qt::CaseSensitivity sensitivity);
 
     /// Null if `row` is out of range; valid until the content changes.
     const PinEntry* pinAt(int row) const;
@@ -55,6 +57,11 @@ protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
+    // These would change rows of the stock proxy's, which has none.
+    using QSortFilterProxyModel::invalidate;
+    using QSortFilterProxyModel::setFilterRegularExpression;
+    using QSortFilterProxyModel::setFilterWildcard;
+
     using Rows = std::vector<int>;
 
     /// What a row has to match, ready for use.
@@ -62,19 +69,17 @@ private:
     {
         bool hidesIndirect = false;
         SearchMode searchMode = SearchByCid;
-        QString literal {}; ///< that the text has to hold; empty if anything goes, or if it is an expression
+        QString text {};
         Qt::CaseSensitivity sensitivity = Qt::CaseSensitive;
-        bool isExpression = false;
         bool isNarrowerThan(const Filter& other) const;
         friend bool operator==(const Filter&, const Filter&) = default;
     };
 
-    Filter currentFilter() const;
     bool accepts(const PinEntry& pin) const;
     void onSourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QList<int>& roles);
     void placeChangedRows();
-    void refilter();
-    Rows acceptedRows(bool narrowed) const;
+    void changeFilter(Filter changed);
+    Rows acceptedRows() const;
     void showRows(Rows all, const Rows& going);
     void takeRows(Rows rows);
     void noteProxyRows();
@@ -87,10 +92,7 @@ private:
     template <typename Change> void changeLayout(Change change);
 
     const PinModel* pins = nullptr;
-    QString typeFilter;
-    SearchMode searchMode = SearchByCid;
     Filter filter;
-    QPropertyNotifier filterWatch;
     int shownColumn = -1; ///< that rows are sorted by; -1 for the order of the source
     Qt::SortOrder shownOrder = Qt::AscendingOrder;
     Rows sourceRows;  ///< by row of this model

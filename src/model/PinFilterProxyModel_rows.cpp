@@ -217,16 +217,10 @@ void PinFilterProxyModel::merge(const Rows& placed)
     sourceRows = std::move(merged);
 }
 
-/// In the order of the source. Looks at the shown rows alone where no other can match.
-PinFilterProxyModel::Rows PinFilterProxyModel::acceptedRows(bool narrowed) const
+/// In the order of the source.
+PinFilterProxyModel::Rows PinFilterProxyModel::acceptedRows() const
 {
     Rows rows;
-    if (narrowed) {
-        std::ranges::copy_if(sourceRows, std::back_inserter(rows),
-                             [this](int row) { return accepts(*pins->pinAt(row)); });
-        std::ranges::sort(rows);
-        return rows;
-    }
     for (int row = 0; pins && row < pins->rowCount(); ++row) {
         if (accepts(*pins->pinAt(row)))
             rows.push_back(row);
@@ -235,29 +229,27 @@ PinFilterProxyModel::Rows PinFilterProxyModel::acceptedRows(bool narrowed) const
 }
 
 /// Takes the rows that the filter hides from now on away and puts those where they belong that it hid before.
-void PinFilterProxyModel::refilter()
+void PinFilterProxyModel::changeFilter(Filter changed)
 {
+    const Filter former = std::exchange(filter, std::move(changed));
+    if (!pins || filter == former)
+        return;
     placeTimer->stop();
     placeChangedRows();
-    const Filter former = std::exchange(filter, currentFilter());
-    if (!pins || (filter == former && !filter.isExpression))
-        return;
-    const Rows accepted = acceptedRows(filter.isNarrowerThan(former));
-    std::vector<bool> isAccepted(proxyRows.size());
-    for (const int row : accepted)
-        isAccepted[at(row)] = true;
-
     Rows all;
     Rows going;
     for (int row = 0; row < rowCount(); ++row) {
         const int sourceRow = sourceRows[at(row)];
-        if (isAccepted[at(sourceRow)])
+        if (accepts(*pins->pinAt(sourceRow)))
             all.push_back(sourceRow);
         else
             going.push_back(row);
     }
     const size_t kept = all.size();
-    std::ranges::copy_if(accepted, std::back_inserter(all), [this](int row) { return proxyRows[at(row)] < 0; });
+    for (int row = 0; !filter.isNarrowerThan(former) && row < pins->rowCount(); ++row) {
+        if (proxyRows[at(row)] < 0 && accepts(*pins->pinAt(row)))
+            all.push_back(row);
+    }
     if (all.size() > kept)
         orderRows(all);
     showRows(std::move(all), going);

@@ -184,11 +184,14 @@ void PinModel::setPins(const QList<PinEntry>& newPins)
     beginResetModel();
     ++resets;
     QList<PinEntry> former = std::exchange(pins, newPins);
-    if (std::max(former.size(), pins.size()) > rowsIndexedAtOnce) // also for what reading the list has left
-        discard(std::move(former));
     factsInWaiting.clear();
-    startIndex();
-    endResetModel();
+    indexReady = false;
+    const auto resetsBefore = resets;
+    endResetModel(); // before the threads begin: it takes all that a processor gives
+    if (former.size() > rowsIndexedAtOnce)
+        discard(std::move(former));
+    if (resets == resetsBefore) // no slot has brought another list
+        startIndex();
 }
 
 /// A long list is indexed on a thread, with a copy that is gone before the index is used: to write into shared rows

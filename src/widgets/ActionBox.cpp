@@ -6,7 +6,8 @@
 #include <QPointer>
 #include <QPushButton>
 
-ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const QStringList& actions, QWidget* parent)
+ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const QStringList& actions, QWidget* parent,
+                     StandardButton closing)
     : QMessageBox(icon, title, text, NoButton, parent)
 {
     setTextFormat(Qt::PlainText);
@@ -14,15 +15,29 @@ ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const
     actionButtons.reserve(actions.size());
     for (const QString& action : actions)
         actionButtons.append(addButton(action, ActionRole));
-    setDefaultButton(addButton(Ok));
-    setEscapeButton(Ok);
+    setDefaultButton(addButton(closing));
+    setEscapeButton(closing);
 }
 
 int ActionBox::choose()
 {
     const QPointer<ActionBox> guard(this);
     exec();
-    return guard ? static_cast<int>(actionButtons.indexOf(clickedButton())) : -1; // it may have gone with its parent
+    return guard ? chosenAction() : -1; // it may have gone with its parent
+}
+
+int ActionBox::chosenAction() const
+{
+    return static_cast<int>(actionButtons.indexOf(clickedButton()));
+}
+
+void ActionBox::openFor(const std::function<void(int)>& act)
+{
+    connect(this, &QDialog::finished, this, [this, act] {
+        deleteLater();
+        act(chosenAction());
+    });
+    open();
 }
 
 void showMessageBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
@@ -30,6 +45,11 @@ void showMessageBox(QMessageBox::Icon icon, const QString& title, const QString&
     const QPointer<ActionBox> box = new ActionBox(icon, title, messageForLabel(text), {}, parent);
     box->choose();
     delete box; // null if it went with its parent
+}
+
+void openMessageBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
+{
+    (new ActionBox(icon, title, messageForLabel(text), {}, parent))->openFor([](int) {});
 }
 
 bool askYesNo(QMessageBox::Icon icon, const QString& title, const QString& question, QWidget* parent)

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Where a cell is seen: its height in the view, and its column as it was moved to.
@@ -35,6 +37,14 @@ bool isHidden(const QAbstractItemView& view, const QModelIndex& cell)
     return tree && (tree->isRowHidden(cell.row(), cell.parent()) || tree->isColumnHidden(cell.column()));
 }
 
+/// Quoted where a line feed or a tab in it would begin another cell.
+QString amongOthers(const QString& text)
+{
+    if (!text.contains(u'\n') && !text.contains(u'\t'))
+        return text;
+    return u'"' + QString(text).replace(u'"', "\"\""_L1) + u'"';
+}
+
 } // namespace
 
 QString selectedCells(const QAbstractItemView& view)
@@ -53,11 +63,13 @@ QString selectedCells(const QAbstractItemView& view)
         const bool before = rightToLeft ? a.column > b.column : a.column < b.column;
         return a.top != b.top ? a.top < b.top : before;
     });
+    if (cells.size() == 1)
+        return cells.constFirst().text; // as it is, for a field or a command line
     QString text;
     for (qsizetype i = 0; i < cells.size(); ++i) {
         if (i > 0)
             text += cells.at(i).top == cells.at(i - 1).top ? QLatin1Char('\t') : QLatin1Char('\n');
-        text += cells.at(i).text;
+        text += amongOthers(cells.at(i).text);
     }
     return text;
 }

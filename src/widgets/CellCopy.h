@@ -6,7 +6,7 @@
 class QAbstractItemView;
 
 /// The texts of the cells that are selected in `view`, from the top: tabs between columns, line feeds between rows.
-/// Hidden rows and columns are left out.
+/// Hidden rows and columns are left out. A text of several lines is quoted, unless it is the only one.
 QString selectedCells(const QAbstractItemView& view);
 
 /// Lets the copy shortcut and a menu entry "Copy" put the selected cells on the clipboard. A QTableView or QTreeView;

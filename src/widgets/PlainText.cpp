@@ -2,7 +2,10 @@
 #include "PlainText.h"
 
 #include <QLabel>
+#include <QStringList>
 #include <QTextDocument>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -33,5 +36,21 @@ QString messageForLabel(const QString& text)
 QString lineForLabel(const QString& text)
 {
     QString line = messageForLabel(text);
-    return line.replace(u'\n', u' ');
+    const auto breaksLine = [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+    };
+    std::ranges::replace_if(line, breaksLine, u' ');
+    return line;
+}
+
+QString paragraphForLabel(const QString& text)
+{
+    constexpr qsizetype longestWord = 80;
+    constexpr qsizetype kept = (longestWord - 1) / 2;
+    QStringList words = lineForLabel(text).split(u' ');
+    for (QString& word : words) {
+        if (word.size() > longestWord)
+            word = word.first(kept) + u'…' + word.last(kept);
+    }
+    return words.join(u' ');
 }

@@ -17,3 +17,5 @@ QString plainToolTip(const QString& text);
 QString messageForLabel(const QString& text);
 /// As messageForLabel, in one line: a node's text may have hundreds.
 QString lineForLabel(const QString& text);
+/// As lineForLabel, for a label that wraps: no word is longer than a line.
+QString paragraphForLabel(const QString& text);

@@ -55,10 +55,3 @@ void makeCopyable(QLabel* label, const QString& entry)
         menu->popup(label->mapToGlobal(position));
     });
 }
-
-QAction* addUnavailable(QMenu* menu, const QString& text)
-{
-    QAction* action = menu->addAction(text);
-    action->setEnabled(false);
-    return action;
-}

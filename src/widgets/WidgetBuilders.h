@@ -3,9 +3,7 @@
 
 #include <QString>
 
-class QAction;
 class QLabel;
-class QMenu;
 class QTableView;
 class QWidget;
 
@@ -24,6 +22,3 @@ QLabel* newCidHeading(const QString& markup, const QString& cid, QWidget* parent
 
 /// Lets the user select the label's text, and copy all of it through a menu of the one entry `entry`.
 void makeCopyable(QLabel* label, const QString& entry);
-
-/// A disabled entry, for an action that does not exist yet.
-QAction* addUnavailable(QMenu* menu, const QString& text);

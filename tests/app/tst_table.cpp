@@ -17,8 +17,6 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMenuBar>
-#include <QMessageBox>
 #include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTextEdit>
@@ -227,9 +225,28 @@ private slots:
             reached.append(spokenName());
         }
         QCOMPARE(reached,
-                 QStringList({u"PeerID: x  |  "_s, u"⟳  Refresh"_s, u"+  Add to IPFS"_s, u"Content"_s, u"Filter"_s,
-                              u"Search"_s, u"Search in CIDs"_s, u"Status log"_s, u"Status log in a new window"_s,
-                              u"RPC log"_s, u"RPC log in a new window"_s, u"Pins"_s}));
+                 QStringList({u"PeerID: x  |  "_s,
+                              u"⟳  Refresh"_s,
+                              u"+  Add to IPFS"_s,
+                              u"Content"_s,
+                              u"Filter"_s,
+                              u"Search"_s,
+                              u"Search in CIDs"_s,
+                              u"Repo stats"_s,
+                              u"Repo stats in a new window"_s,
+                              u"DHT stats"_s,
+                              u"DHT stats in a new window"_s,
+                              u"Network"_s,
+                              u"Network in a new window"_s,
+                              u"Swarm"_s,
+                              u"Swarm in a new window"_s,
+                              u"Kubo config"_s,
+                              u"Kubo config in a new window"_s,
+                              u"Status log"_s,
+                              u"Status log in a new window"_s,
+                              u"RPC log"_s,
+                              u"RPC log in a new window"_s,
+                              u"Pins"_s}));
         QGuiApplication::clipboard()->clear();
         QTest::keyClick(table(), Qt::Key_Tab);
         QTest::keyClick(label("peerIdLabel"_L1), Qt::Key_Space);
@@ -329,15 +346,6 @@ private:
         QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
         QTest::mouseDClick(table()->viewport(), Qt::LeftButton, {}, placeOf(cid));
     }
-    QAction* action(const QString& text) const
-    {
-        for (auto* candidate : window->menuBar()->findChildren<QAction*>()) {
-            if (candidate->text().remove(u'&') == text)
-                return candidate;
-        }
-        return nullptr;
-    }
-    void trigger(const QString& text) const { action(text)->trigger(); }
     bool selectedEnabled() const { return action(u"Unpin selected"_s)->isEnabled(); }
     bool allEnabled() const { return action(u"Unpin all listed CIDs"_s)->isEnabled(); }
     /// By a button's first half, or by its second one.

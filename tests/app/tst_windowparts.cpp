@@ -37,8 +37,8 @@ private slots:
         QTest::addColumn<int>("under");           // the pointer; -1 for empty space
         QTest::addColumn<QStringList>("entries");
         QTest::addColumn<QStringList>("selectedThen");
-        const QStringList always {u"Copy CID"_s, u"(Open via IPNS...)"_s, u"Open from gateway"_s, u"Open from local"_s};
-        const QStringList pin = QStringList {u"(Publish to IPNS...)"_s, u"Unpin"_s, u"-"_s} + always;
+        const QStringList always {u"Copy CID"_s, u"Open via IPNS..."_s, u"Open from gateway"_s, u"Open from local"_s};
+        const QStringList pin = QStringList {u"Publish to IPNS..."_s, u"Unpin"_s, u"-"_s} + always;
         const QStringList recursive = QStringList {u"Show indirect pins"_s, u"List files / Export…"_s, u"-"_s} + pin;
         QTest::newRow("recursive") << true << QList<int>() << 0 << recursive << QStringList(u"r1"_s);
         QTest::newRow("direct") << true << QList<int>({2}) << 2 << pin << QStringList(u"d"_s);

@@ -7,7 +7,11 @@
 #include "MainWindow.h"
 #include "TestMain.h"
 
+#include <QAction>
+#include <QApplication>
 #include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
 
@@ -48,6 +52,32 @@ protected:
         return QTest::qWaitFor([&] { return rows() == count && refreshButton()->isEnabled(); }, 20'000);
     }
     QPushButton* refreshButton() const { return window->findChild<QPushButton*>(QStringLiteral("refreshBtn")); }
+    /// An entry of the menus, by its text without "&".
+    QAction* action(const QString& text) const
+    {
+        for (auto* candidate : window->menuBar()->findChildren<QAction*>()) {
+            if (candidate->text().remove(QLatin1Char('&')) == text)
+                return candidate;
+        }
+        return nullptr;
+    }
+    void trigger(const QString& text) const { action(text)->trigger(); }
+    bool isLogged(const QString& text) const
+    {
+        return !window->statusLog().filter(QStringLiteral("  ") + text).isEmpty();
+    }
+    /// Presses a button of the modal box; false if there is none.
+    static bool press(const QString& text)
+    {
+        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        for (QAbstractButton* button : box ? box->buttons() : QList<QAbstractButton*>()) {
+            if (button->text().remove(QLatin1Char('&')) == text) {
+                button->click();
+                return true;
+            }
+        }
+        return false;
+    }
     QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString status() const { return label(QLatin1StringView("statusLabel"))->text(); }
     /// The field next to a caption of the tool bar.

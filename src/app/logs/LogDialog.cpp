@@ -2,12 +2,10 @@
 #include "LogDialog.h"
 
 #include "DialogSizing.h"
-#include "LogLayout.h"
-#include "MainWindow.h"
+#include "LineView.h"
+#include "StatusWindow.h"
 
 #include <QPushButton>
-#include <QScrollBar>
-#include <QTextEdit>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -16,41 +14,20 @@ namespace {
 
 constexpr int logPointSize = 14;
 
-QTextEdit* newLogView(QWidget* parent)
+LineView* newLogView(QWidget* parent)
 {
-    auto* view = new QTextEdit(parent);
-    view->setReadOnly(true);
-    view->setUndoRedoEnabled(false); // else the document keeps a command for every line
+    auto* view = new LineView(parent);
     QFont font(u"Monospace"_s, logPointSize);
     font.setStyleHint(QFont::Monospace); // where no family has that name
     view->setFont(font);
-    // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
-    view->setLineWrapMode(QTextEdit::NoWrap);
-    view->document()->setDocumentLayout(new LogLayout(view->document()));
     return view;
-}
-
-QTextCursor endOf(const QTextEdit* view)
-{
-    QTextCursor cursor(view->document());
-    cursor.movePosition(QTextCursor::End);
-    return cursor;
-}
-
-/// Moves down to the last line and leaves the columns in view as they are.
-void followEnd(QTextEdit* view)
-{
-    const int left = view->horizontalScrollBar()->value();
-    view->setTextCursor(endOf(view));
-    view->horizontalScrollBar()->setValue(left);
-    view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum());
 }
 
 } // namespace
 
-LogDialog::LogDialog(MainWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent)
+LogDialog::LogDialog(StatusWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent)
     : QDialog(parent)
-    , mainWindow(newWindow)
+    , statusWindow(newWindow)
     , source(newSource)
     , textEdit(newLogView(this))
 {
@@ -80,18 +57,16 @@ void LogDialog::setPlaceholder(const QString& text)
 void LogDialog::showEvent(QShowEvent* event)
 {
     refreshLog();
-    if (mainWindow)
-        follow(mainWindow);
+    if (statusWindow)
+        follow(statusWindow);
     QDialog::showEvent(event);
 }
 
 void LogDialog::refreshLog()
 {
-    if (!mainWindow)
+    if (!statusWindow)
         return;
-    // The document's own; the view's goes over all lines a second time.
-    textEdit->document()->setPlainText((mainWindow->*source.lines)().join(u'\n'));
-    followEnd(textEdit);
+    textEdit->setLines({{.lines = (statusWindow->*source.lines)()}}, LineView::From::End);
     DialogSizing::requestRefit(this);
 }
 
@@ -99,15 +74,13 @@ void LogDialog::appendLogLine(const QString& line)
 {
     if (line.isEmpty())
         return;
-    // QTextEdit::append would take a line with a tag in it for markup.
-    endOf(textEdit).insertText(textEdit->document()->isEmpty() ? line : u'\n' + line);
-    followEnd(textEdit);
+    textEdit->appendLine(line);
     DialogSizing::requestRefit(this);
 }
 
 void LogDialog::onClearClicked()
 {
-    if (mainWindow)
-        (mainWindow->*source.clear)();
-    textEdit->clear();
+    if (statusWindow)
+        (statusWindow->*source.clear)();
+    textEdit->clearLines();
 }

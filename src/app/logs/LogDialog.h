@@ -4,8 +4,8 @@
 #include <QDialog>
 #include <QPointer>
 
-class MainWindow;
-class QTextEdit;
+class LineView;
+class StatusWindow;
 
 /// Shows one of the main window's logs as it grows. Each log has its own class, which hands in what differs.
 class LogDialog : public QDialog
@@ -26,20 +26,20 @@ protected:
     /// One of the window's logs.
     struct Source
     {
-        QStringList (MainWindow::*lines)() const;
-        void (MainWindow::*clear)();
+        QStringList (StatusWindow::*lines)() const;
+        void (StatusWindow::*clear)();
     };
 
-    LogDialog(MainWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent);
+    LogDialog(StatusWindow* newWindow, const Source& newSource, const QString& settingsKey, QWidget* parent);
     /// What the empty log says.
     void setPlaceholder(const QString& text);
     /// Connects the log's signal to appendLogLine, once however often it is called.
-    virtual void follow(MainWindow* window) = 0;
+    virtual void follow(StatusWindow* window) = 0;
 
     void showEvent(QShowEvent* event) override;
 
 private:
-    QPointer<MainWindow> mainWindow;
+    QPointer<StatusWindow> statusWindow;
     Source source;
-    QTextEdit* textEdit;
+    LineView* textEdit;
 };

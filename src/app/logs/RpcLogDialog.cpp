@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "RpcLogDialog.h"
 
-#include "MainWindow.h"
+#include "StatusWindow.h"
 
 using namespace Qt::StringLiterals;
 
-RpcLogDialog::RpcLogDialog(MainWindow* window, QWidget* parent)
-    : LogDialog(window, {&MainWindow::rpcLog, &MainWindow::clearRpcLog}, u"Dialogs/RpcLogDialog"_s, parent)
+RpcLogDialog::RpcLogDialog(StatusWindow* window, QWidget* parent)
+    : LogDialog(window, {&StatusWindow::rpcLog, &StatusWindow::clearRpcLog}, u"Dialogs/RpcLogDialog"_s, parent)
 {
     setWindowTitle(tr("Kubo RPC Log"));
     setPlaceholder(tr("No RPC commands issued yet."));
 }
 
-void RpcLogDialog::follow(MainWindow* window)
+void RpcLogDialog::follow(StatusWindow* window)
 {
-    connect(window, &MainWindow::rpcLogAppended, this, &RpcLogDialog::appendLogLine, Qt::UniqueConnection);
+    connect(window, &StatusWindow::rpcLogAppended, this, &RpcLogDialog::appendLogLine, Qt::UniqueConnection);
 }

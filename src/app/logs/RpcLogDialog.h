@@ -9,8 +9,8 @@ class RpcLogDialog : public LogDialog
     Q_OBJECT
 
 public:
-    explicit RpcLogDialog(MainWindow* window, QWidget* parent = nullptr);
+    explicit RpcLogDialog(StatusWindow* window, QWidget* parent = nullptr);
 
 private:
-    void follow(MainWindow* window) override;
+    void follow(StatusWindow* window) override;
 };

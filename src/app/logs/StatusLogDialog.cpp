@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "StatusLogDialog.h"
 
-#include "MainWindow.h"
+#include "StatusWindow.h"
 
 using namespace Qt::StringLiterals;
 
-StatusLogDialog::StatusLogDialog(MainWindow* window, QWidget* parent)
-    : LogDialog(window, {&MainWindow::statusLog, &MainWindow::clearStatusLog}, u"Dialogs/StatusLogDialog"_s, parent)
+StatusLogDialog::StatusLogDialog(StatusWindow* window, QWidget* parent)
+    : LogDialog(window, {&StatusWindow::statusLog, &StatusWindow::clearStatusLog}, u"Dialogs/StatusLogDialog"_s, parent)
 {
     setWindowTitle(tr("Status Log"));
     setPlaceholder(tr("No status messages yet."));
 }
 
-void StatusLogDialog::follow(MainWindow* window)
+void StatusLogDialog::follow(StatusWindow* window)
 {
-    connect(window, &MainWindow::statusLogAppended, this, &StatusLogDialog::appendLogLine, Qt::UniqueConnection);
+    connect(window, &StatusWindow::statusLogAppended, this, &StatusLogDialog::appendLogLine, Qt::UniqueConnection);
 }

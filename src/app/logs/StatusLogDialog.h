@@ -9,8 +9,8 @@ class StatusLogDialog : public LogDialog
     Q_OBJECT
 
 public:
-    explicit StatusLogDialog(MainWindow* window, QWidget* parent = nullptr);
+    explicit StatusLogDialog(StatusWindow* window, QWidget* parent = nullptr);
 
 private:
-    void follow(MainWindow* window) override;
+    void follow(StatusWindow* window) override;
 };

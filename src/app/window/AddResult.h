@@ -22,5 +22,15 @@ struct AddShortfall
     QString text() const;
 };
 
+/// The add that runs, or the latest one.
+struct CurrentAdd
+{
+    bool isRunning = false; ///< from the dialog's acceptance to the end of the upload
+    AddOptions options {};
+    AddShortfall shortfall {};
+    int missingPaths = 0; ///< chosen, and gone before it began
+    QString address {};   ///< of the node that it goes to
+};
+
 /// The distinct CIDs of an add: its root if there is one, then its objects in their order.
 QStringList addedCids(const QString& rootCid, const QList<AddEntry>& entries);

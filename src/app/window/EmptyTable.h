@@ -18,6 +18,16 @@ struct EmptyTable
     QString reason {};  ///< the error of a load that failed
 };
 
+/// The latest load of the table's list, and what its rows came from.
+struct ListLoad
+{
+    EmptyTable::State state = EmptyTable::NotAsked;
+    QString error {};        ///< of the latest part of the list that failed
+    bool isAnswered = false; ///< the node has answered a part of it
+    QString rowsContent {};  ///< what the rows were asked for by: content and filter; empty while there are none
+    QString rowsFilter {};
+};
+
 /// What to show in place of rows; empty if there are rows.
 QString emptyTableText(const EmptyTable& table);
 

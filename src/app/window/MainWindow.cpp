@@ -4,17 +4,14 @@
 #include "AddProgress.h"
 #include "ContentMode.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
-#include "PlainText.h"
 #include "RemotePinFlow.h"
 #include "StatsFrame.h"
-#include "WidgetBuilders.h"
+#include "UpdateCheck.h"
 
 #include <QGuiApplication>
-#include <QLabel>
 #include <QSettings>
 #include <QShortcut>
 #include <QStatusBar>
@@ -30,16 +27,14 @@ constexpr auto firstRefreshDelay = 200ms;
 constexpr auto searchDelay = 150ms;
 constexpr auto firstCountInterval = 100ms;
 constexpr auto copiedPeerIdShown = 1000ms;
-constexpr auto errorMessageShown = 8000ms;
 constexpr QSize minimumWindowSize(800, 520);
 constexpr QSize initialWindowSize(1060, 640);
 constexpr int centralSpacing = 6;
-constexpr int statusMinimumWidth = 200;
 
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent)
-    : QMainWindow(parent)
+    : ToolWindowHost(parent)
     , client(new IpfsClient(this))
     , pinModel(new PinModel(this))
     , proxyModel(new PinFilterProxyModel(this))
@@ -47,11 +42,10 @@ MainWindow::MainWindow(QWidget* parent)
     , searchDebounceTimer(new QTimer(this))
     , countUpdateTimer(new QTimer(this))
     , planTimer(new QTimer(this))
-    , statusResetTimer(new QTimer(this))
     , settings(new QSettings(u"Norvo"_s, u"settings"_s, this))
-    , toolWindows(new ToolWindows(this))
     , addProgress(new AddProgress(this))
     , remotePinFlow(new RemotePinFlow(this))
+    , updateCheck(new UpdateCheck(this))
     , values {.contentMode = ContentMode::pinned, .typeFilter = PinType::recursiveAndDirect}
 {
     updateWindowTitleForActivationState();
@@ -69,12 +63,13 @@ MainWindow::MainWindow(QWidget* parent)
     setupToolBar();
     setupCentralWidget();
     toolBar->setupOverflow();
-    setupStatusBar();
     pinTable->setFocus();
     connectClient();
     setupRemotePinFlow();
     setupTimers();
 
+    connect(updateCheck, &UpdateCheck::finished, this, &MainWindow::onUpdateCheckFinished);
+    connect(updateCheck, &UpdateCheck::cancelled, this, [this] { setStatusMessage(tr("Update check cancelled")); });
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this, &MainWindow::onApplicationStateChanged);
 
     updateEmptyText();
@@ -132,8 +127,7 @@ void MainWindow::setupCentralWidget()
     column->setContentsMargins(8, 8, 8, 4);
     column->setSpacing(centralSpacing);
 
-    notices = new NoticeArea(central);
-    column->addWidget(notices);
+    column->addWidget(noticeWidget());
     setupPinTable();
     column->addWidget(pinTable, 1);
     statsFrame = new StatsFrame(this);
@@ -154,18 +148,10 @@ void MainWindow::setupPinTable()
     connect(pinTable, &PinTable::contentsRequested, this, &MainWindow::showContents);
     connect(pinTable, &PinTable::unpinRequested, this, &MainWindow::unpin);
     connect(pinTable, &PinTable::copyRequested, this, &MainWindow::copyCids);
+    connect(pinTable, &PinTable::publishRequested, this, &MainWindow::publishToIpns);
+    connect(pinTable, &PinTable::openViaIpnsRequested, this, &MainWindow::onOpenViaIpnsClicked);
     connect(pinTable, &PinTable::gatewayRequested, this, &MainWindow::openInGateway);
     connect(pinTable, &PinTable::localGatewayRequested, this, &MainWindow::openFromLocal);
-}
-
-void MainWindow::setupStatusBar()
-{
-    statusLabel = newPlainLabel({}, this);
-    statusLabel->setObjectName(u"statusLabel"_s);
-    statusLabel->setMinimumWidth(statusMinimumWidth);
-    makeCopyable(statusLabel, tr("Copy status"));
-    statusBar()->addWidget(statusLabel, 1);
-    setStatusMessage(tr("Ready"));
 }
 
 void MainWindow::connectClient()
@@ -188,6 +174,12 @@ void MainWindow::connectClient()
     connect(client, &IpfsClient::addCompleted, this, &MainWindow::onAddCompleted);
     connect(client, &IpfsClient::addFailed, this, &MainWindow::onAddFailed);
     connect(client, &IpfsClient::rpcRequestIssued, this, &MainWindow::onRpcRequestIssued);
+    connect(client, &IpfsClient::ipnsKeysReceived, this, &MainWindow::onIpnsKeysReceived);
+    connect(client, &IpfsClient::ipnsKeysFailed, this, &MainWindow::onIpnsKeysFailed);
+    connect(client, &IpfsClient::ipnsPublished, this, &MainWindow::onIpnsPublished);
+    connect(client, &IpfsClient::ipnsPublishFailed, this, &MainWindow::onIpnsPublishFailed);
+    connect(client, &IpfsClient::ipnsResolved, this, &MainWindow::onIpnsResolved);
+    connect(client, &IpfsClient::ipnsResolveFailed, this, &MainWindow::onIpnsResolveFailed);
     connect(client, &IpfsClient::streamEntriesLoaded, this, &MainWindow::onStreamEntriesLoaded);
 }
 
@@ -202,15 +194,13 @@ void MainWindow::setupTimers()
     connect(countUpdateTimer, &QTimer::timeout, this, &MainWindow::updateCountLabels);
     planTimer->setSingleShot(true);
     connect(planTimer, &QTimer::timeout, this, &MainWindow::planNextFacts);
-    statusResetTimer->setSingleShot(true);
-    connect(statusResetTimer, &QTimer::timeout, this, [this] { setStatusMessage(tr("Ready")); });
 }
 
 void MainWindow::onConnectionStatusChanged(bool on)
 {
     connected = on;
     if (on) {
-        listAnswered = true;
+        load.isAnswered = true;
         statsFrame->setConnectionDotState(ConnectionStatusDot::Connected, tr("Connected to %1").arg(client->baseUrl()));
         return;
     }
@@ -221,8 +211,8 @@ void MainWindow::onConnectionStatusChanged(bool on)
 
 void MainWindow::onListFailed(const QString& message)
 {
-    listError = message;
-    if (!rowsContent.isEmpty() && rowsContent != values.contentMode)
+    load.error = message;
+    if (!load.rowsContent.isEmpty() && load.rowsContent != values.contentMode)
         dropRows(); // of the other view; those of this one stay
     showListState(stateAfter(message));
 }
@@ -235,26 +225,5 @@ void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 void MainWindow::onErrorOccurred(const QString& message)
 {
     setRefreshing(false);
-    notices->showNotification(message, true);
-    showStatusFor(errorMessageShown, tr("Error: ") + message);
-}
-
-/// Comes before the signals of the call that failed.
-void MainWindow::onNodeSaid(const QString& /*path*/, const QString& words)
-{
-    appendToStatusLog(notices->showNodeWords(words));
-}
-
-/// A message that replaces another ends the other's time as well.
-void MainWindow::setStatusMessage(const QString& text)
-{
-    statusResetTimer->stop();
-    statusLabel->setText(lineForLabel(text));
-    appendToStatusLog(text);
-}
-
-void MainWindow::showStatusFor(std::chrono::milliseconds time, const QString& text)
-{
-    setStatusMessage(text);
-    statusResetTimer->start(time);
+    showError(message);
 }

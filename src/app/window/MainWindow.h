@@ -5,39 +5,38 @@
 #include "AddResult.h"
 #include "ConnectionStatusDot.h"
 #include "EmptyTable.h"
+#include "IpnsReport.h"
 #include "MetadataPlan.h"
 #include "PinFilterProxyModel.h"
-#include "ToolWindows.h"
+#include "ToolWindowHost.h"
 #include "WindowSettings.h"
 
 #include <QHash>
-#include <QMainWindow>
 #include <QModelIndex>
 #include <QUrl>
 
-#include <chrono>
-
 class AddProgress;
 class IpfsClient;
-class NoticeArea;
 class PinModel;
 class PinTable;
 class PinToolBar;
 class RemotePinFlow;
+class UpdateCheck;
 class QAction;
-class QLabel;
+class QNetworkReply;
 class QSettings;
 class QTimer;
 class SettingsDialog;
 class StatsFrame;
+struct TextQuestion;
 
 /// The program's one window. It owns the client of the node, the models and the settings store, and connects them with
 /// what it is made of: the tool bar, the table, the lines below it and the tool windows.
-class MainWindow : public QMainWindow
+class MainWindow : public ToolWindowHost
 {
     Q_OBJECT
 
-    // Construction, menus and status: MainWindow.cpp, MainWindow_menus.cpp. Nothing here fails.
+    // Construction, menus and status: MainWindow.cpp, MainWindow_menus.cpp, MainWindow_update.cpp.
 public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
@@ -59,7 +58,8 @@ private slots:
     void onNodeInfoReceived(const QString& id, const QString& agent);
     void onErrorOccurred(const QString& message);
     void onListFailed(const QString& message);
-    void onNodeSaid(const QString& path, const QString& words);
+    void checkForUpdates();
+    void onUpdateCheckFinished(QNetworkReply* reply);
 
 private:
     void setupMenuBar();
@@ -70,63 +70,16 @@ private:
     void setupToolBar();
     void setupCentralWidget();
     void setupPinTable();
-    void setupStatusBar();
     void connectClient();
     void setupTimers();
     void updateWindowTitleForActivationState();
     void showAboutBox();
+    void offerUpdate(const QString& current, const QString& latest);
     void quit();
     QString quitQuestion() const;
     bool mayClose();
-    void setStatusMessage(const QString& text);
-    /// Shows a message that goes back to "Ready" after `time`, unless another has replaced it.
-    void showStatusFor(std::chrono::milliseconds time, const QString& text);
-
-    // The two logs: MainWindow_windows.cpp.
-public:
-    /// Every request that left in this run, a line each, oldest first.
-    QStringList rpcLog() const { return rpcLogLines; }
-    /// Every status message of this run, a line each, oldest first.
-    QStringList statusLog() const { return statusLogLines; }
-    /// Empty the list; nothing is emitted.
-    void clearRpcLog() { rpcLogLines.clear(); }
-    void clearStatusLog() { statusLogLines.clear(); }
-
-signals:
-    /// A line has come to the log; it is in the list already.
-    void rpcLogAppended(QString line);
-    void statusLogAppended(QString line);
-
-private slots:
-    void onRpcRequestIssued(const QString& requestDescription);
-
-private:
-    void appendToStatusLog(const QString& text);
 
     // Tool windows: MainWindow_windows.cpp.
-public:
-    using AuxWindowMode = ToolWindows::AuxWindowMode;
-    using enum ToolWindows::AuxWindowMode;
-
-    /// Open a tool window, or bring the open one to the front in `mode`. None of them blocks this window.
-    void showGcDialog(AuxWindowMode mode);
-    void showDhtStatsDialog(AuxWindowMode mode);
-    void showNetworkDialog(AuxWindowMode mode);
-    void showSwarmDialog(AuxWindowMode mode);
-    void showConfigDialog(AuxWindowMode mode);
-    void showRemoteServicesDialog(AuxWindowMode mode);
-    void showStatusLogDialog(AuxWindowMode mode);
-    void showRpcLogDialog(AuxWindowMode mode);
-
-private slots:
-    void onGcClicked();
-    void onDhtStatsClicked();
-    void onConfigClicked();
-    void onRemoteServicesClicked();
-    void onStatusLogClicked();
-    void onLogClicked();
-
-private:
     void setupToolWindows();
     template <typename Dialog> void offerNodeTool(ToolWindows::Id id);
 
@@ -225,6 +178,26 @@ private:
     void copyAddedCids(const QStringList& cids);
     void exportCids(const QStringList& cids);
 
+    // Names: MainWindow_ipns.cpp. A failure is shown, and ends what failed.
+private slots:
+    void onOpenViaIpnsClicked();
+    void onPublishToIpnsClicked();
+    void onResolveIpnsClicked();
+    void onIpnsKeysReceived(const QList<IpnsKeyEntry>& keys);
+    void onIpnsKeysFailed(const QString& message);
+    void onIpnsPublished(const IpnsPublishResult& result);
+    void onIpnsPublishFailed(const QString& message);
+    void onIpnsResolved(const IpnsResolveResult& result);
+    void onIpnsResolveFailed(const QString& message);
+
+private:
+    void publishToIpns(const QString& cid);
+    void askForIpnsKey(const TextQuestion& question);
+    void publishUnder(const QString& key);
+    void endIpnsPublish();
+    void dropIpnsChoice();
+    void showIpnsReport(const IpnsReport& report);
+
     IpfsClient* client;
     PinModel* pinModel;
     PinFilterProxyModel* proxyModel;
@@ -232,38 +205,27 @@ private:
     QTimer* searchDebounceTimer;
     QTimer* countUpdateTimer;
     QTimer* planTimer;
-    QTimer* statusResetTimer; ///< runs while the status shows a message for a time
     QSettings* settings;
-    ToolWindows* toolWindows;
 
     PinToolBar* toolBar = nullptr;
-    NoticeArea* notices = nullptr;
     PinTable* pinTable = nullptr;
     StatsFrame* statsFrame = nullptr;
-    QLabel* statusLabel = nullptr;
+    QAction* publishToIpnsAction = nullptr;
     QAction* unpinSelectedAction = nullptr;
     QAction* unpinAllAction = nullptr;
     QAction* addToIpfsAction = nullptr;
     AddProgress* addProgress;
     RemotePinFlow* remotePinFlow;
+    UpdateCheck* updateCheck;
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
     QHash<QString, int> streamCounts;
-    EmptyTable::State listState = EmptyTable::NotAsked;
-    QString listError {};      ///< of the latest part of a list that failed
-    bool listAnswered = false; ///< the node has answered a part of the load
-    QString rowsContent {};    ///< what the rows were asked for by: content and filter; empty while there are none
-    QString rowsFilter {};
+    ListLoad load;
     MetadataPlan plan;
     int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
     int listsTaken = 0;    ///< grows with each list that comes or is dropped, so that a former one finds itself late
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
-    bool addInProgress = false;        ///< from the dialog's acceptance to the end of the upload
-    AddOptions lastAddOptions {};
-    AddShortfall addShortfall {}; ///< of the latest add
-    int missingPaths = 0;         ///< of the latest add: chosen, and gone before it began
-    QString addAddress {};        ///< of the node that it went to
-    QStringList rpcLogLines;
-    QStringList statusLogLines;
+    CurrentAdd currentAdd;
+    IpnsPublishing ipns;
 };

@@ -8,7 +8,6 @@
 #include "DroppedFiles.h"
 #include "FileWriter.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinToolBar.h"
 #include "PlainText.h"
 #include "RemotePinFlow.h"
@@ -38,7 +37,7 @@ void MainWindow::setupRemotePinFlow()
     connect(remotePinFlow, &RemotePinFlow::unpinWanted, client,
             [this](const QStringList& cids) { client->unpin(cids, true); });
     connect(remotePinFlow, &RemotePinFlow::statusMessageRequested, this, &MainWindow::setStatusMessage);
-    connect(remotePinFlow, &RemotePinFlow::notificationRequested, notices, &NoticeArea::showNotification);
+    connect(remotePinFlow, &RemotePinFlow::notificationRequested, this, &MainWindow::showNotification);
 }
 
 void MainWindow::onAddToIpfsClicked()
@@ -49,7 +48,7 @@ void MainWindow::onAddToIpfsClicked()
 /// `paths` are in the dialog's list from the start.
 void MainWindow::chooseAndAdd(const QStringList& paths)
 {
-    if (addInProgress) {
+    if (currentAdd.isRunning) {
         setStatusMessage(tr("Add is already in progress…"));
         return;
     }
@@ -60,7 +59,7 @@ void MainWindow::chooseAndAdd(const QStringList& paths)
         return;
     const QList<LocalPathSelection> selections = dialog->selections();
     const AddOptions options = dialog->options();
-    missingPaths = dialog->missingPaths();
+    currentAdd.missingPaths = dialog->missingPaths();
     delete dialog;
     if (accepted)
         startAdd(selections, options);
@@ -68,22 +67,22 @@ void MainWindow::chooseAndAdd(const QStringList& paths)
 
 void MainWindow::startAdd(const QList<LocalPathSelection>& selections, const AddOptions& options)
 {
-    lastAddOptions = options;
+    currentAdd.options = options;
     if (selections.isEmpty()) {
-        notices->showNotification(tr("No valid files/folders were selected."), true);
+        showNotification(tr("No valid files/folders were selected."), true);
         return;
     }
     setAdding(true);
-    addShortfall = {.filesSkipped = missingPaths};
-    addAddress = client->baseUrl();
+    currentAdd.shortfall = {.filesSkipped = currentAdd.missingPaths};
+    currentAdd.address = client->baseUrl();
     addProgress->start();
     setStatusMessage(tr("Uploading %1 item(s) to IPFS…").arg(selections.size()));
-    client->addLocalPaths(selections, lastAddOptions);
+    client->addLocalPaths(selections, currentAdd.options);
 }
 
 void MainWindow::setAdding(bool on)
 {
-    addInProgress = on;
+    currentAdd.isRunning = on;
     toolBar->setAddEnabled(!on);
     addToIpfsAction->setEnabled(!on);
 }
@@ -102,11 +101,11 @@ void MainWindow::onAddProgress(const QString& currentName, int processedEntries,
 void MainWindow::onAddShortfall(int filesSent, int filesReported, int filesSkipped, int foldersWithinThemselves,
                                 bool rootLineMissing)
 {
-    addShortfall = {.filesSent = filesSent,
-                    .filesReported = filesReported,
-                    .filesSkipped = filesSkipped + missingPaths,
-                    .foldersWithinThemselves = foldersWithinThemselves,
-                    .rootLineMissing = rootLineMissing};
+    currentAdd.shortfall = {.filesSent = filesSent,
+                            .filesReported = filesReported,
+                            .filesSkipped = filesSkipped + currentAdd.missingPaths,
+                            .foldersWithinThemselves = foldersWithinThemselves,
+                            .rootLineMissing = rootLineMissing};
 }
 
 void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& entries)
@@ -115,23 +114,23 @@ void MainWindow::onAddCompleted(const QString& rootCid, const QList<AddEntry>& e
     addProgress->finish(true);
     if (!showsUnpinned())
         triggerRefresh(false);
-    const bool isShort = addShortfall.isShort();
-    const bool pinsRemotely = isRemoteDestination(lastAddOptions.pinDestination);
-    const bool nodeWasLeft = addAddress != client->baseUrl();
+    const bool isShort = currentAdd.shortfall.isShort();
+    const bool pinsRemotely = isRemoteDestination(currentAdd.options.pinDestination);
+    const bool nodeWasLeft = currentAdd.address != client->baseUrl();
     if (pinsRemotely && (isShort || nodeWasLeft)) {
-        addShortfall.serviceLeftOut = nodeWasLeft
+        currentAdd.shortfall.serviceLeftOut = nodeWasLeft
             ? tr("It was not pinned at the remote service: the node's address has changed.")
             : tr("It was not pinned at the remote service, since it is not complete.");
     }
     if (rootCid.isEmpty()) {
-        notices->showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
+        showNotification(tr("Added %1 object(s) to IPFS.").arg(entries.size()), isShort);
         setStatusMessage(tr("Added %1 object(s) to IPFS").arg(entries.size()));
     } else {
-        notices->showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
+        showNotification(tr("Added to IPFS successfully. Root CID: %1").arg(rootCid), isShort);
         setStatusMessage(tr("Added to IPFS: %1").arg(rootCid));
     }
-    if (pinsRemotely && addShortfall.serviceLeftOut.isEmpty())
-        remotePinFlow->start(lastAddOptions, rootCid, entries);
+    if (pinsRemotely && currentAdd.shortfall.serviceLeftOut.isEmpty())
+        remotePinFlow->start(currentAdd.options, rootCid, entries);
     showAddResult(rootCid, entries);
 }
 
@@ -142,9 +141,10 @@ void MainWindow::showAddResult(const QString& rootCid, const QList<AddEntry>& en
         : tr("Add operation completed successfully.\n\nRoot CID:\n%1").arg(messageForLabel(rootCid));
     const QStringList actions
         = rootCid.isEmpty() && entries.isEmpty() ? QStringList() : QStringList {tr("Copy CIDs"), tr("Export CIDs")};
-    QPointer<ActionBox> box = new ActionBox(addShortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
-                                            tr("Add to IPFS"), text, actions, this);
-    box->setInformativeText(addShortfall.text());
+    QPointer<ActionBox> box
+        = new ActionBox(currentAdd.shortfall.isShort() ? QMessageBox::Warning : QMessageBox::Information,
+                        tr("Add to IPFS"), text, actions, this);
+    box->setInformativeText(currentAdd.shortfall.text());
     const int choice = box->choose();
     if (!box) // it went with this window
         return;
@@ -172,14 +172,14 @@ void MainWindow::exportCids(const QStringList& cids)
     if (result.ok)
         setStatusMessage(tr("Exported %1 CID(s) to %2").arg(QString::number(cids.size()), path));
     else
-        notices->showNotification(tr("Failed to write file: %1").arg(result.reason), true);
+        showNotification(tr("Failed to write file: %1").arg(result.reason), true);
 }
 
 void MainWindow::onAddFailed(const QString& message)
 {
     setAdding(false);
     addProgress->finish(false);
-    notices->showNotification(message, true);
+    showNotification(message, true);
     setStatusMessage(tr("Error: ") + message);
     showMessageBox(QMessageBox::Critical, tr("Add to IPFS failed"), message, this);
 }

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>
@@ -48,13 +49,13 @@ void MainWindow::setupEditMenu()
     menu->addAction(tr("&Copy CID"), QKeySequence::Copy, this, &MainWindow::onCopySelectedCID);
     menu->addAction(tr("Open from &gateway"), Qt::CTRL | Qt::Key_G, this, &MainWindow::onOpenInGateway);
     menu->addAction(tr("Open from &local"), Qt::CTRL | Qt::Key_L, this, &MainWindow::onOpenFromLocal);
-    addUnavailable(menu, tr("Open via I&PNS..."));
-    addUnavailable(menu, tr("Publish to &IPNS..."));
-    addUnavailable(menu, tr("&Resolve IPNS..."));
+    menu->addAction(tr("Open via I&PNS..."), this, &MainWindow::onOpenViaIpnsClicked);
+    publishToIpnsAction = menu->addAction(tr("Publish to &IPNS..."), this, &MainWindow::onPublishToIpnsClicked);
+    menu->addAction(tr("&Resolve IPNS..."), this, &MainWindow::onResolveIpnsClicked);
     menu->addSeparator();
     unpinSelectedAction = menu->addAction(tr("Unpin selected"), this, &MainWindow::onUnpinSelected);
     unpinAllAction = menu->addAction(tr("Unpin all listed CIDs"), this, &MainWindow::onUnpinAll);
-    for (QAction* action : {unpinSelectedAction, unpinAllAction})
+    for (QAction* action : {publishToIpnsAction, unpinSelectedAction, unpinAllAction})
         action->setEnabled(false);
 }
 
@@ -75,24 +76,30 @@ void MainWindow::onActivationClicked()
 
 void MainWindow::showAboutBox()
 {
-    QMessageBox box(this);
-    box.setWindowTitle(tr("About Norvo"));
-    box.setIconPixmap(QApplication::windowIcon().pixmap(aboutIconSize, aboutIconSize));
-    box.setTextFormat(Qt::RichText);
-    box.setText(tr("<h3>Norvo %1</h3><p>A Qt-based desktop application for viewing locally pinned CIDs from a running "
-                   "<b>Kubo</b> IPFS node via its RPC API.</p><p>Supports Linux, macOS and Windows.</p>"
-                   "<p><a href=\"%2\">%2</a></p>")
-                    .arg(QApplication::applicationVersion().toHtmlEscaped(), ProductInfo::webUrl));
-    box.setStandardButtons(QMessageBox::Close);
-    box.setDefaultButton(QMessageBox::Close);
-    box.setEscapeButton(QMessageBox::Close);
-    box.addButton(tr("Check for update"), QMessageBox::ActionRole)->setEnabled(false);
-    for (QLabel* label : box.findChildren<QLabel*>()) {
+    const QPointer<QMessageBox> box = new QMessageBox(this);
+    box->setWindowTitle(tr("About Norvo"));
+    box->setIconPixmap(QApplication::windowIcon().pixmap(aboutIconSize, aboutIconSize));
+    box->setTextFormat(Qt::RichText);
+    box->setText(tr("<h3>Norvo %1</h3><p>A Qt-based desktop application for viewing locally pinned CIDs from a running "
+                    "<b>Kubo</b> IPFS node via its RPC API.</p><p>Supports Linux, macOS and Windows.</p>"
+                    "<p><a href=\"%2\">%2</a></p>")
+                     .arg(QApplication::applicationVersion().toHtmlEscaped(), ProductInfo::webUrl));
+    box->setStandardButtons(QMessageBox::Close);
+    box->setDefaultButton(QMessageBox::Close);
+    box->setEscapeButton(QMessageBox::Close);
+    const QPushButton* update = box->addButton(tr("Check for update"), QMessageBox::ActionRole);
+    for (QLabel* label : box->findChildren<QLabel*>()) {
         label->setOpenExternalLinks(true);
         if (label->text().contains("href="_L1))
             label->setTextInteractionFlags(Qt::TextBrowserInteraction); // the link is reached by Tab
     }
-    box.exec();
+    box->exec();
+    if (!box) // it went with this window
+        return;
+    const bool wantsUpdate = box->clickedButton() == update;
+    delete box;
+    if (wantsUpdate)
+        checkForUpdates();
 }
 
 /// Closes this window first: the application would close the dialogs in any order, and those end what they do.
@@ -105,7 +112,7 @@ void MainWindow::quit()
 /// Empty if nothing is under way that would be cut.
 QString MainWindow::quitQuestion() const
 {
-    if (addInProgress)
+    if (currentAdd.isRunning)
         return tr("An add is still running. Quit anyway?");
     const auto dialogs = findChildren<PinContentsDialog*>();
     return std::ranges::any_of(dialogs, &PinContentsDialog::isSaving) ? tr("A save is still running. Quit anyway?")

@@ -75,6 +75,7 @@ void MainWindow::dropPlan()
 {
     planTimer->stop();
     planPosition = -1;
+    ++listsTaken;
 }
 
 void MainWindow::onRefsReceivedForTable(const QString& rootCid, const QStringList& cids)

@@ -4,7 +4,6 @@
 #include "ContentMode.h"
 #include "Detached.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinModel.h"
 #include "PinTable.h"
 #include "PinToolBar.h"
@@ -25,6 +24,8 @@ constexpr auto loadMessageShown = 5000ms;
 constexpr int fittedRows = 1200;
 /// Longest list that is made ready for the table in one turn.
 constexpr qsizetype preparedAtOnce = 20'000;
+/// Until the former list and all that reading this one has taken are free.
+constexpr auto trimDelay = 600ms;
 
 struct ListRules
 {
@@ -90,7 +91,6 @@ void MainWindow::triggerRefresh(bool force)
 {
     if (force) {
         dropPlan();
-        ++listsTaken;
         client->cancelActiveLoading();
     } else if (toolBar->isRefreshing()) {
         return;
@@ -99,7 +99,7 @@ void MainWindow::triggerRefresh(bool force)
     lastCountLabelUpdateMs = 0;
     statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
-    notices->hideNotification();
+    hideNotification();
     const QString message = showsUnpinned() ? tr("Fetching unpinned refs from %1…") : tr("Fetching pins from %1…");
     setStatusMessage(message.arg(client->baseUrl()));
     fetchList();
@@ -108,8 +108,8 @@ void MainWindow::triggerRefresh(bool force)
 
 void MainWindow::fetchList()
 {
-    listAnswered = false;
-    listError.clear();
+    load.isAnswered = false;
+    load.error.clear();
     showListState(EmptyTable::Loading);
     if (showsUnpinned())
         client->fetchUnpinned();
@@ -138,14 +138,14 @@ void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
 /// none.
 bool MainWindow::knowsNoList() const
 {
-    const bool blocksWereRefused = showsUnpinned() && isNodesReply(listError);
-    return !listAnswered && !blocksWereRefused;
+    const bool blocksWereRefused = showsUnpinned() && isNodesReply(load.error);
+    return !load.isAnswered && !blocksWereRefused;
 }
 
 void MainWindow::dropRows()
 {
     pinModel->clear();
-    rowsContent.clear();
+    load.rowsContent.clear();
     plan.startList();
     updateCountLabels();
     onSelectionChanged();
@@ -153,8 +153,8 @@ void MainWindow::dropRows()
 
 void MainWindow::showRows(const QList<PinEntry>& list)
 {
-    rowsContent = values.contentMode;
-    rowsFilter = values.typeFilter;
+    load.rowsContent = values.contentMode;
+    load.rowsFilter = values.typeFilter;
     pinModel->setPins(list);
     planMetadata(list);
     proxyModel->setTypeFilter(values.typeFilter);
@@ -180,13 +180,16 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
 void MainWindow::takeList(const QList<PinEntry>& list, qsizetype pinsReceived)
 {
+    if (list.size() > preparedAtOnce)
+        QTimer::singleShot(trimDelay, this, [] { startDetached(nullptr, trimMemory, nullptr); });
     setRefreshing(false);
     if (pinsReceived == 0 && knowsNoList())
         return; // the errors have been reported
-    if (pinsReceived > 0 || listState == EmptyTable::Loading)
-        listState = EmptyTable::Loaded; // else a part of the list has failed
-    const PinTable::Place place
-        = rowsContent == values.contentMode && rowsFilter == values.typeFilter ? pinTable->place() : PinTable::Place();
+    if (pinsReceived > 0 || load.state == EmptyTable::Loading)
+        load.state = EmptyTable::Loaded; // else a part of the list has failed
+    const PinTable::Place place = load.rowsContent == values.contentMode && load.rowsFilter == values.typeFilter
+        ? pinTable->place()
+        : PinTable::Place();
     showRows(list);
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
@@ -206,20 +209,20 @@ void MainWindow::takeList(const QList<PinEntry>& list, qsizetype pinsReceived)
 
 void MainWindow::showListState(EmptyTable::State state)
 {
-    listState = state;
+    load.state = state;
     updateEmptyText();
 }
 
 void MainWindow::updateEmptyText()
 {
-    pinTable->setEmptyText(emptyTableText({.state = listState,
+    pinTable->setEmptyText(emptyTableText({.state = load.state,
                                            .unpinned = showsUnpinned(),
                                            .allTypes = values.typeFilter == PinType::all,
                                            .searching = !toolBar->searchText().isEmpty(),
                                            .total = pinModel->rowCount(),
                                            .shown = proxyModel->rowCount(),
                                            .address = client->baseUrl(),
-                                           .reason = listError}));
+                                           .reason = load.error}));
 }
 
 /// Runs after the event loop has had a turn. Longer lists keep the widths they have.

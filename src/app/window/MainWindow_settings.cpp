@@ -67,6 +67,7 @@ void MainWindow::leaveNode()
 {
     dropPlan();
     remotePinFlow->leaveNode();
+    dropIpnsChoice();
     client->cancelActiveLoading();
     setRefreshing(false);
     statsFrame->showNoPeer();

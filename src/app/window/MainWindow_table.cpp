@@ -5,7 +5,6 @@
 #include "Gateway.h"
 #include "IndirectPinsDialog.h"
 #include "IpfsClient.h"
-#include "NoticeArea.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "PinTable.h"
@@ -14,7 +13,6 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QGuiApplication>
-#include <QLabel>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -37,7 +35,9 @@ void showOnce(QDialog* dialog)
 void MainWindow::onSelectionChanged()
 {
     const bool pinned = values.contentMode == ContentMode::pinned;
-    unpinSelectedAction->setEnabled(pinTable->hasSelection() && pinned);
+    const bool hasPinSelected = pinned && pinTable->hasSelection();
+    unpinSelectedAction->setEnabled(hasPinSelected);
+    publishToIpnsAction->setEnabled(hasPinSelected);
     unpinAllAction->setEnabled(pinned && pinModel->rowCount() > 0);
 }
 
@@ -131,15 +131,14 @@ void MainWindow::unpin(const QStringList& cids)
 /// The list is fetched again without the refresh flag, so that the notification stays until a later refresh.
 void MainWindow::onUnpinned(const QStringList& cids)
 {
-    notices->showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
+    showNotification(tr("Unpinned %1 CID(s). Refreshing list…").arg(cids.size()), false);
     showStatusFor(unpinMessageShown, tr("Unpinned %1 CID(s)").arg(cids.size()));
     fetchList();
 }
 
 void MainWindow::onUnpinProgress(int done, int total)
 {
-    statusResetTimer->stop();
-    statusLabel->setText(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total))); // not logged
+    showProgress(tr("Unpinning %1 of %2…").arg(QString::number(done), QString::number(total)));
 }
 
 /// An unpin of several that failed may have removed some: the list is fetched again, as after one that succeeded.

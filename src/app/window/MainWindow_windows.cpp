@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "MainWindow.h"
 
-#include "LogTime.h"
+#include "ConfigDialog.h"
+#include "DhtStatsDialog.h"
+#include "GcDialog.h"
+#include "NetworkStatsDialog.h"
 #include "RemoteServicesDialog.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
+#include "SwarmDialog.h"
 
 #include <QCloseEvent>
-
-using namespace Qt::StringLiterals;
 
 /// A dialog for a facility of the node; its messages go to the status line.
 template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
@@ -22,7 +24,11 @@ template <typename Dialog> void MainWindow::offerNodeTool(ToolWindows::Id id)
 
 void MainWindow::setupToolWindows()
 {
-    connect(toolWindows, &ToolWindows::statusMessageRequested, this, &MainWindow::setStatusMessage);
+    offerNodeTool<ConfigDialog>(ToolWindows::Config);
+    offerNodeTool<NetworkStatsDialog>(ToolWindows::Network);
+    offerNodeTool<SwarmDialog>(ToolWindows::Swarm);
+    offerNodeTool<GcDialog>(ToolWindows::Gc);
+    offerNodeTool<DhtStatsDialog>(ToolWindows::DhtStats);
     offerNodeTool<RemoteServicesDialog>(ToolWindows::RemoteServices);
     toolWindows->setFactory(ToolWindows::StatusLog, [this] { return new StatusLogDialog(this, this); });
     toolWindows->setFactory(ToolWindows::RpcLog, [this] { return new RpcLogDialog(this, this); });
@@ -34,90 +40,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
-    QMainWindow::closeEvent(event);
+    ToolWindowHost::closeEvent(event);
     if (event->isAccepted())
         toolWindows->closeFreeWindows();
-}
-
-void MainWindow::onRpcRequestIssued(const QString& requestDescription)
-{
-    rpcLogLines.append(requestDescription);
-    emit rpcLogAppended(requestDescription);
-}
-
-void MainWindow::appendToStatusLog(const QString& text)
-{
-    const QString line = logTime() + u"  "_s + text;
-    statusLogLines.append(line);
-    emit statusLogAppended(line);
-}
-
-void MainWindow::showGcDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::Gc, mode);
-}
-
-void MainWindow::showDhtStatsDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::DhtStats, mode);
-}
-
-void MainWindow::showNetworkDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::Network, mode);
-}
-
-void MainWindow::showSwarmDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::Swarm, mode);
-}
-
-void MainWindow::showConfigDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::Config, mode);
-}
-
-void MainWindow::showRemoteServicesDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::RemoteServices, mode);
-}
-
-void MainWindow::showStatusLogDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::StatusLog, mode);
-}
-
-void MainWindow::showRpcLogDialog(AuxWindowMode mode)
-{
-    toolWindows->show(ToolWindows::RpcLog, mode);
-}
-
-void MainWindow::onGcClicked()
-{
-    showGcDialog(AuxNewWindow);
-}
-
-void MainWindow::onDhtStatsClicked()
-{
-    showDhtStatsDialog(AuxNewWindow);
-}
-
-void MainWindow::onConfigClicked()
-{
-    showConfigDialog(AuxNewWindow);
-}
-
-void MainWindow::onRemoteServicesClicked()
-{
-    showRemoteServicesDialog(AuxNewWindow);
-}
-
-void MainWindow::onStatusLogClicked()
-{
-    showStatusLogDialog(AuxNewWindow);
-}
-
-void MainWindow::onLogClicked()
-{
-    showRpcLogDialog(AuxNewWindow);
 }

@@ -71,8 +71,8 @@ QLabel* NoticeArea::newLine(const QString& name)
 
 void NoticeArea::showNotification(const QString& text, bool warning)
 {
-    if (turnTimer->isActive()) {
-        turnTimer->stop(); // the next one in this turn is another call's
+    if (turnTimer->isActive() && (wordsOwner.isNull() || wordsOwner == text)) {
+        wordsOwner = text; // another one in this turn is another call's
         wordsTimer->stop();
     } else if (!wordsTimer->isActive()) {
         nodeWordsLabel->hide(); // they belong to the notification that is replaced
@@ -96,6 +96,7 @@ QString NoticeArea::showNodeWords(const QString& words)
     QString line = tr("The node says: %1").arg(shortWords(words));
     nodeWordsLabel->setText(line);
     nodeWordsLabel->show();
+    wordsOwner.clear();
     turnTimer->start();
     wordsTimer->start();
     showIfFilled();

@@ -32,4 +32,5 @@ private:
     QLabel* nodeWordsLabel;
     QTimer* wordsTimer; ///< runs while the words belong to no notification
     QTimer* turnTimer;  ///< runs until the turn is over in which the words came
+    QString wordsOwner; ///< the notification of that turn that they belong to, which may be shown twice
 };

@@ -251,12 +251,12 @@ void PinTable::fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned)
         menu->addSeparator();
     }
     if (pinned) {
-        addUnavailable(menu, tr("Publish to IPNS..."));
+        menu->addAction(tr("Publish to IPNS..."), this, [this, cid] { emit publishRequested(cid); });
         menu->addAction(tr("Unpin"), this, [this, cid] { emit unpinRequested({cid}); });
         menu->addSeparator();
     }
     menu->addAction(tr("Copy CID"), this, [this, cid] { emit copyRequested({cid}); });
-    addUnavailable(menu, tr("Open via IPNS..."));
+    menu->addAction(tr("Open via IPNS..."), this, &PinTable::openViaIpnsRequested);
     menu->addAction(tr("Open from gateway"), this, [this, cid] { emit gatewayRequested(cid); });
     menu->addAction(tr("Open from local"), this, [this, cid] { emit localGatewayRequested(cid); });
 }

@@ -58,8 +58,11 @@ signals:
     // These are about the rows that the menu was opened for.
     void unpinRequested(QStringList cids);
     void copyRequested(QStringList cids);
+    void publishRequested(QString cid);
     void gatewayRequested(QString cid);
     void localGatewayRequested(QString cid);
+    /// Of a name, which is asked for then.
+    void openViaIpnsRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "LogLayout.h"
+#include "LineLayout.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -53,21 +53,21 @@ QList<QTextLayout::FormatRange> selectionsIn(const QTextBlock& block,
 
 } // namespace
 
-LogLayout::LogLayout(QTextDocument* document)
+LineLayout::LineLayout(QTextDocument* document)
     : QAbstractTextDocumentLayout(document)
 {
     setProperty("contentHasAlignment", false); // for the view: its width changes nothing
     measureFont();
 }
 
-void LogLayout::measureFont()
+void LineLayout::measureFont()
 {
     const QFontMetricsF metrics(document()->defaultFont(), paintDevice());
     lineHeight = std::ceil(metrics.lineSpacing());
     cellWidth = metrics.horizontalAdvance(u'W');
 }
 
-void LogLayout::shape(QTextLayout& layout) const
+void LineLayout::shape(QTextLayout& layout) const
 {
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
@@ -77,7 +77,7 @@ void LogLayout::shape(QTextLayout& layout) const
     layout.endLayout();
 }
 
-void LogLayout::draw(QPainter* painter, const PaintContext& context)
+void LineLayout::draw(QPainter* painter, const PaintContext& context)
 {
     const QRectF clip = context.clip.isValid() ? context.clip : QRectF({}, documentSize());
     const int last = lineAt(clip.bottom());
@@ -93,7 +93,7 @@ void LogLayout::draw(QPainter* painter, const PaintContext& context)
     }
 }
 
-int LogLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
+int LineLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
 {
     const QTextBlock block = document()->findBlockByNumber(lineAt(point.y()));
     QTextLayout ofShownText(shownText(block), document()->defaultFont(), paintDevice());
@@ -111,49 +111,52 @@ int LogLayout::hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const
 }
 
 /// Of the line nearest to `y`.
-int LogLayout::lineAt(qreal y) const
+int LineLayout::lineAt(qreal y) const
 {
     const qreal line = std::floor((y - document()->documentMargin()) / lineHeight);
     return static_cast<int>(std::clamp(line, 0.0, static_cast<qreal>(document()->blockCount() - 1)));
 }
 
-QSizeF LogLayout::documentSize() const
+QSizeF LineLayout::documentSize() const
 {
     const qreal margins = 2 * document()->documentMargin();
     return {static_cast<qreal>(mostCells) * cellWidth + margins, document()->blockCount() * lineHeight + margins};
 }
 
-QRectF LogLayout::frameBoundingRect(QTextFrame* /*frame*/) const
+QRectF LineLayout::frameBoundingRect(QTextFrame* /*frame*/) const
 {
     return {{}, documentSize()};
 }
 
-QRectF LogLayout::blockBoundingRect(const QTextBlock& block) const
+QRectF LineLayout::blockBoundingRect(const QTextBlock& block) const
 {
     const qreal margin = document()->documentMargin();
     return {margin, margin + block.blockNumber() * lineHeight, static_cast<qreal>(mostCells) * cellWidth, lineHeight};
 }
 
-void LogLayout::widenFor(QTextBlock block)
+void LineLayout::widenFor(QTextBlock block)
 {
     mostCells = std::max(mostCells, cellsOf(shownText(block)));
     block.clearLayout(); // a cursor made one when it was here
 }
 
-/// An append looks at what has come and repaints no line before it; any other change looks at all lines.
-void LogLayout::documentChanged(int from, int charsRemoved, int /*charsAdded*/)
+/// Lines that are inserted, at the end or above the others, are the only ones that are looked at; any other change
+/// looks at all lines. What is above the change is not repainted.
+void LineLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
-    const bool append = from > 0 && charsRemoved == 0;
-    if (!append) {
+    const bool whole = charsRemoved > 0 || (from == 0 && charsAdded >= document()->characterCount() - 1);
+    if (whole) {
         measureFont();
         mostCells = 0;
     }
-    QTextBlock first = document()->findBlock(append ? from : 0);
-    if (append && first.next().isValid() && from == first.next().position() - 1) { // begun at the end of this line
+    QTextBlock first = document()->findBlock(whole ? 0 : from);
+    if (from > 0 && !whole && first.next().isValid()
+        && from == first.next().position() - 1) { // begun at this line's end
         first.clearLayout();
         first = first.next();
     }
-    for (QTextBlock block = first; block.isValid(); block = block.next())
+    const QTextBlock last = whole ? QTextBlock() : document()->findBlock(from + charsAdded).next();
+    for (QTextBlock block = first; block.isValid() && block != last; block = block.next())
         widenFor(block);
     emit documentSizeChanged(documentSize());
     emit update({0, blockBoundingRect(first).top(), everything, everything});

@@ -7,12 +7,12 @@ class QTextLayout;
 
 /// Lays out a document of plain lines of one font, unwrapped, each as high as the next. Only the lines in view are ever
 /// shaped, so a log of a million lines opens and grows at the price of its text.
-class LogLayout : public QAbstractTextDocumentLayout
+class LineLayout : public QAbstractTextDocumentLayout
 {
     Q_OBJECT
 
 public:
-    explicit LogLayout(QTextDocument* document);
+    explicit LineLayout(QTextDocument* document);
 
     void draw(QPainter* painter, const PaintContext& context) override;
     int hitTest(const QPointF& point, Qt::HitTestAccuracy accuracy) const override;

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: MIT
+// What long answers cost in the windows that show them: a garbage collection of 1,000,000 blocks, and two views of a
+// DHT with 256 buckets of 20 peers each.
+
+#include "BenchSupport.h"
+#include "DhtGroups.h"
+#include "DhtStatsDialog.h"
+#include "GcDialog.h"
+#include "IpfsClient.h"
+#include "LineView.h"
+
+#include <QClipboard>
+#include <QEventLoop>
+#include <QGroupBox>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTextBlock>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int blockCount = 1'000'000;
+constexpr int viewCount = 2;
+constexpr int bucketCount = 256;
+constexpr int peerCount = 20;
+
+QString numbered(const QString& head, int number, int width)
+{
+    return head + QString::number(number).rightJustified(width, u'a');
+}
+
+QStringList manyCids()
+{
+    QStringList cids;
+    cids.reserve(blockCount);
+    for (int i = 0; i < blockCount; ++i)
+        cids.append(numbered(u"bafkreidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6g"_s, i, 8));
+    return cids;
+}
+
+QJsonArray manyBuckets(int view)
+{
+    QJsonArray buckets;
+    for (int bucket = 0; bucket < bucketCount; ++bucket) {
+        QJsonArray peers;
+        for (int peer = 0; peer < peerCount; ++peer) {
+            const int number = (view * bucketCount + bucket) * peerCount + peer;
+            peers.append(QJsonObject {{u"ID"_s, numbered(u"12D3KooWJb7Q3yVQfKpP5tYx8mWcZrTnLsDgHkEuBv"_s, number, 10)},
+                                      {u"AgentVersion"_s, u"kubo/0.%1.0/desktop"_s.arg(number % 43)},
+                                      {u"Connected"_s, number % 3 == 0},
+                                      {u"LastQueriedAt"_s, numbered(u"2026-07-24T09:59:0"_s, number, 6)},
+                                      {u"LastUsefulAt"_s, numbered(u"2026-07-24T10:00:0"_s, number, 6)}});
+        }
+        buckets.append(QJsonObject {{u"LastRefresh"_s, u"2026-07-24T10:00:00Z"_s}, {u"Peers"_s, peers}});
+    }
+    return buckets;
+}
+
+QJsonValue manyPeers()
+{
+    QJsonArray views;
+    for (int view = 0; view < viewCount; ++view)
+        views.append(QJsonObject {{u"Name"_s, numbered(u"wan"_s, view, 1)}, {u"Buckets"_s, manyBuckets(view)}});
+    return views;
+}
+
+/// Runs the event loop as the program does, which deletes what is to be deleted later.
+template <typename Condition> void turnUntil(const Condition& condition)
+{
+    QEventLoop loop;
+    QTimer timer;
+    timer.callOnTimeout(&loop, [&loop, &condition] {
+        if (condition())
+            loop.quit();
+    });
+    timer.start(5);
+    loop.exec();
+}
+
+/// Shows the dialog and waits until the call that it makes by itself has failed: there is no node.
+template <typename Dialog> std::unique_ptr<Dialog> shownDialog(IpfsClient& client)
+{
+    auto dialog = std::make_unique<Dialog>(&client);
+    dialog->show();
+    const auto* button = dialog->template findChild<QPushButton*>();
+    turnUntil([button] { return button->isEnabled(); });
+    return dialog;
+}
+
+/// Closes and deletes the dialog, as its window does.
+template <typename Dialog> double closeStallMs(Bench& bench, std::unique_ptr<Dialog>& dialog)
+{
+    bench.start();
+    dialog->close();
+    dialog.reset();
+    return bench.takeStallMs();
+}
+
+bool measureGc(Bench& bench, IpfsClient& client)
+{
+    auto dialog = shownDialog<GcDialog>(client);
+    auto* view = dialog->findChild<LineView*>();
+    QStringList cids = manyCids();
+    const double rssBefore = peakRssMiB();
+    bench.start();
+    emit client.repoGcCompleted(cids, {});
+    const bool firstLines = view->document()->blockCount() > 1000;
+    dialog->grab();
+    QJsonObject figures {{u"firstPaintSeconds"_s, bench.seconds()}, {u"rssBeforeMiB"_s, rssBefore}};
+    cids.clear();
+    turnUntil([view] { return !view->isFilling(); });
+    figures[u"fillSeconds"_s] = bench.seconds();
+    figures[u"stallMs"_s] = bench.takeStallMs();
+    figures[u"peakRssMiB"_s] = peakRssMiB();
+    view->selectAll();
+    bench.start();
+    view->copy();
+    figures[u"copyAllMs"_s] = bench.takeStallMs();
+    const bool whole = QGuiApplication::clipboard()->text().count(u'\n') == blockCount + 4;
+    figures[u"closeStallMs"_s] = closeStallMs(bench, dialog);
+    bench.result[u"gc"_s] = rounded(figures);
+    return firstLines && whole;
+}
+
+bool areInLine(const QList<QTableWidget*>& tables)
+{
+    return std::ranges::all_of(tables, [&tables](const QTableWidget* table) {
+        for (int column = 0; column < table->columnCount(); ++column) {
+            if (table->columnWidth(column) != tables.first()->columnWidth(column))
+                return false;
+        }
+        return true;
+    });
+}
+
+bool measureDht(Bench& bench, IpfsClient& client)
+{
+    auto dialog = shownDialog<DhtStatsDialog>(client);
+    const QJsonValue views = manyPeers();
+    QJsonObject figures;
+    for (const auto& name : {u"first"_s, u"again"_s}) { // the second replaces the first
+        bench.start();
+        emit client.dhtStatsReceived(views);
+        dialog->grab();
+        const double firstPaint = bench.seconds();
+        turnUntil([&dialog] { return !dialog->findChild<DhtGroups*>(); });
+        figures[name] = rounded({{u"firstPaintSeconds"_s, firstPaint},
+                                 {u"fillSeconds"_s, bench.seconds()},
+                                 {u"stallMs"_s, bench.takeStallMs()},
+                                 {u"peakRssMiB"_s, peakRssMiB()}});
+    }
+    const auto tables = dialog->findChildren<QTableWidget*>();
+    const bool whole = tables.size() == viewCount * bucketCount && areInLine(tables);
+    figures[u"closeStallMs"_s] = closeStallMs(bench, dialog);
+    bench.result[u"dht"_s] = rounded(figures);
+    return whole;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    Bench bench(argc, argv);
+    IpfsClient client;
+    client.setEndpoint(u"127.0.0.1"_s, 1);
+    const bool dhtIsRight = measureDht(bench, client);
+    const bool gcIsRight = measureGc(bench, client);
+    bench.result[u"showsAll"_s] = dhtIsRight && gcIsRight;
+    bench.print();
+    return dhtIsRight && gcIsRight ? 0 : 1;
+}

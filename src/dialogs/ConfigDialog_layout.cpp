@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "ConfigDialog.h"
+
+#include "ConfigTree.h"
+#include "ConfigValues.h"
+#include "DialogSizing.h"
+#include "IpfsClient.h"
+#include "StatusLabel.h"
+#include "WidgetBuilders.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int keyShare = 2;
+constexpr int valueShare = 3;
+constexpr int longestValue = 16 * 1024 * 1024; // characters; a field has 32,767 by itself and would cut a section off
+constexpr int presetLetters = 24;              // a long name is not to widen the dialog
+constexpr double editorShare = 0.8;            // of the dialog
+constexpr QSize smallestEditor(640, 420);
+
+QLineEdit* newConfigField(const QString& name, const QString& placeholder, QWidget* parent)
+{
+    auto* field = new QLineEdit(parent);
+    field->setAccessibleName(name);
+    field->setPlaceholderText(placeholder);
+    field->setMaxLength(longestValue);
+    return field;
+}
+
+} // namespace
+
+/// Widgets are made in the order in which they are read, which is that of the Tab key as well.
+void ConfigDialog::setupUi()
+{
+    auto* column = new QVBoxLayout(this);
+    column->addLayout(newStatusRow());
+    column->addLayout(newKeyRow());
+    column->addLayout(newPresetRow());
+    configTree = new ConfigTree(this);
+    column->addWidget(configTree, 1);
+}
+
+QLayout* ConfigDialog::newStatusRow()
+{
+    expandCollapseButton = newButton({}, &ConfigDialog::onExpandCollapseClicked);
+    expandCollapseButton->setObjectName("expandCollapseBtn"_L1);
+    statusLabel = new StatusLabel(this);
+    statusLabel->showHint(tr("Click Refresh to load config from /api/v0/config/show"));
+    auto* refreshButton = newButton(tr("&Refresh"), &ConfigDialog::onRefreshClicked);
+    idleWidgets.append(refreshButton);
+
+    auto* row = new QHBoxLayout;
+    row->addWidget(expandCollapseButton);
+    row->addWidget(statusLabel, 1); // what is left of the row: a message may be long
+    row->addWidget(refreshButton);
+    return row;
+}
+
+QLayout* ConfigDialog::newKeyRow()
+{
+    setupFields();
+    auto* getButton = newButton(tr("&Get"), &ConfigDialog::onGetKeyClicked);
+    auto* setButton = newButton(tr("&Set"), &ConfigDialog::onSetKeyClicked);
+    auto* replaceButton = newButton(tr("Re&place Config…"), &ConfigDialog::onReplaceConfigClicked);
+    restoreButton = newButton(tr("Restore &Backup"), &ConfigDialog::onRestoreBackupClicked);
+    restoreButton->setEnabled(false);
+
+    auto* row = new QHBoxLayout;
+    row->addWidget(keyEdit, keyShare);
+    row->addWidget(valueEdit, valueShare);
+    const QList<QWidget*> others {modeCombo, getButton, setButton, replaceButton, restoreButton};
+    for (QWidget* widget : others)
+        row->addWidget(widget);
+    idleWidgets += {keyEdit, valueEdit, modeCombo, getButton, setButton, replaceButton};
+    return row;
+}
+
+void ConfigDialog::setupFields()
+{
+    keyEdit = newConfigField(tr("Config key"), tr("Config key (e.g. Addresses.API)"), this);
+    valueEdit = newConfigField(tr("Value"), tr("Value"), this);
+    modeCombo = new QComboBox(this);
+    modeCombo->setAccessibleName(tr("Value mode"));
+    for (const QLatin1StringView mode : {ConfigMode::text, ConfigMode::boolean, ConfigMode::json})
+        modeCombo->addItem(mode);
+    connect(keyEdit, &QLineEdit::returnPressed, this, &ConfigDialog::onGetKeyClicked);
+    connect(valueEdit, &QLineEdit::returnPressed, this, &ConfigDialog::onSetKeyClicked);
+}
+
+QLayout* ConfigDialog::newPresetRow()
+{
+    presetCombo = new QComboBox(this);
+    presetCombo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    presetCombo->setMinimumContentsLength(presetLetters);
+    auto* row = new QHBoxLayout;
+    row->addWidget(newLabelFor(tr("Prese&ts:"), presetCombo));
+    row->addWidget(presetCombo, 1);
+    idleWidgets.append(presetCombo);
+    const QList<QPushButton*> buttons {newButton(tr("&Apply Preset"), &ConfigDialog::onApplyPresetClicked),
+                                       newButton(tr("Sa&ve Preset"), &ConfigDialog::onSavePresetClicked),
+                                       newButton(tr("&Delete Preset"), &ConfigDialog::onDeletePresetClicked),
+                                       newButton(tr("&Import Presets"), &ConfigDialog::onImportPresetsClicked),
+                                       newButton(tr("E&xport Presets"), &ConfigDialog::onExportPresetsClicked)};
+    for (QPushButton* button : buttons) {
+        row->addWidget(button);
+        idleWidgets.append(button);
+    }
+    return row;
+}
+
+/// Return belongs to the fields.
+QPushButton* ConfigDialog::newButton(const QString& text, void (ConfigDialog::*slot)())
+{
+    auto* button = new QPushButton(text, this);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, this, slot);
+    return button;
+}
+
+QDialog* ConfigDialog::newReplaceEditor()
+{
+    auto* editor = new QDialog(this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    editor->setWindowTitle(tr("Replace Kubo config"));
+    DialogSizing::attach(
+        editor,
+        {.settingsKey = u"Dialogs/ConfigDialog/ReplaceEditor"_s,
+         .minimumSize = {520, 360},
+         .preferredSize = QSize(static_cast<int>(editorShare * width()), static_cast<int>(editorShare * height()))
+                              .expandedTo(smallestEditor),
+         .maxWidthRatio = 0.8,
+         .maxHeightRatio = 0.8});
+    auto* text = new QPlainTextEdit(configForEditor(lastConfig), editor);
+    text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    text->setTabChangesFocus(true);
+    text->setAccessibleName(tr("Config JSON"));
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, editor);
+    buttons->button(QDialogButtonBox::Ok)->setText(tr("Replace"));
+    connect(buttons, &QDialogButtonBox::accepted, editor, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, editor, &QDialog::reject);
+    connect(editor, &QDialog::accepted, this, [this, text, node = client->baseUrl()] {
+        // Once the editor is through with its end: a question follows, during which it may go.
+        QMetaObject::invokeMethod(
+            this, [this, json = text->toPlainText(), node] { replaceWith(json, node); }, Qt::QueuedConnection);
+    });
+
+    auto* column = new QVBoxLayout(editor);
+    column->addWidget(
+        newWrappedLabel(tr("Paste full config JSON. This will replace the entire Kubo config file."), editor));
+    column->addWidget(text, 1);
+    column->addWidget(buttons);
+    text->setFocus();
+    return editor;
+}

@@ -1,0 +1,384 @@
+// SPDX-License-Identifier: MIT
+#include "ActionBox.h"
+#include "IpnsReport.h"
+#include "ModalAnswer.h"
+#include "SettingsDialog.h"
+#include "WindowTest.h"
+
+#include <QClipboard>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QGuiApplication>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QScreen>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray keyList = "/key/list";
+const QByteArray publishPath = "/name/publish";
+const QByteArray resolvePath = "/name/resolve";
+const QString gateway = u"https://ipfs.io"_s;
+
+/// "caption: what is copied or opened" of each button.
+QStringList buttonsOf(const IpnsReport& report)
+{
+    QStringList lines;
+    for (const IpnsAction& action : report.actions)
+        lines.append(action.caption + u": "_s + action.copied + action.url.toString(QUrl::FullyEncoded));
+    return lines;
+}
+
+} // namespace
+
+/// Rows: "r1" recursive, "d" direct.
+class tst_IpnsFlow : public WindowTest
+{
+    Q_OBJECT
+
+public slots:
+    void catchUrl(const QUrl& url) { opened.append(url.toString(QUrl::FullyEncoded)); }
+
+private slots:
+    void init()
+    {
+        failOnWarnings();
+        openAppSettings().clear();
+        setting("loadMetadata"_L1, false);
+        node = std::make_unique<FakeNode>();
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/refs", NodeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
+        node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyloose\"}\n"));
+        node->answer(
+            "/pin/ls",
+            NodeAnswer::json("{\"Cid\":\"r1\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
+        node->answer(keyList, NodeAnswer::json(R"({"Keys":[{"Name":"self","Id":"k"},{"Name":"blog","Id":"k2"}]})"));
+        node->answer(publishPath, NodeAnswer::json(R"({"Name":"k51","Value":"/ipfs/r1"})"));
+        node->answer(resolvePath, NodeAnswer::json(R"({"Path":"/ipfs/Qa/b c"})"));
+        QDesktopServices::setUrlHandler(u"https"_s, this, "catchUrl");
+        opened.clear();
+        QGuiApplication::clipboard()->setText(u"before"_s);
+    }
+    void cleanup()
+    {
+        close();
+        QDesktopServices::unsetUrlHandler(u"https"_s);
+    }
+
+    void publishReports_data()
+    {
+        QTest::addColumn<IpnsPublishResult>("result");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::newRow("usual") << IpnsPublishResult {u"blog"_s, u"k51"_s, u"/ipfs/Qa"_s}
+                               << u"IPNS publish succeeded: k51 -> /ipfs/Qa"_s
+                               << u"Key: blog\nName: k51\nValue: /ipfs/Qa"_s
+                               << QStringList {u"Copy /ipns/...: k51"_s, u"Open /ipns/...: https://ipfs.io/ipns/k51"_s,
+                                               u"Open published value: https://ipfs.io/ipfs/Qa"_s};
+        QTest::newRow("nothing") << IpnsPublishResult {} << u"IPNS publish succeeded: (unknown) -> (unknown)"_s
+                                 << u"Key: self\nName: (unknown)\nValue: (unknown)"_s << QStringList();
+        QTest::newRow("a name is published")
+            << IpnsPublishResult {u"%2"_s, u"/ipns/ k51"_s, u"/ipns/x"_s}
+            << u"IPNS publish succeeded: /ipns/ k51 -> /ipns/x"_s << u"Key: %2\nName: /ipns/ k51\nValue: /ipns/x"_s
+            << QStringList {u"Copy /ipns/...: /ipns/ k51"_s, u"Open /ipns/...: https://ipfs.io/ipns/k51"_s};
+        QTest::newRow("prefixes alone") << IpnsPublishResult {u"a"_s, u"/ipns/"_s, u"/ipfs/"_s}
+                                        << u"IPNS publish succeeded: /ipns/ -> /ipfs/"_s
+                                        << u"Key: a\nName: /ipns/\nValue: /ipfs/"_s
+                                        << QStringList {u"Copy /ipns/...: /ipns/"_s, u"Open /ipns/...: "_s,
+                                                        u"Open published value: "_s};
+    }
+    void publishReports()
+    {
+        QFETCH(const IpnsPublishResult, result);
+        const IpnsReport report = reportOf(result);
+        QTEST(report.message, "message");
+        QTEST(report.text, "text");
+        QTEST(buttonsOf(report), "buttons");
+    }
+
+    void resolveReports_data()
+    {
+        QTest::addColumn<IpnsResolveResult>("result");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::newRow("usual") << IpnsResolveResult {u"/ipns/k"_s, u"/ipfs/Qa"_s} << u"/ipns/k -> /ipfs/Qa"_s
+                               << QStringList {u"Copy IPNS name: /ipns/k"_s, u"Copy resolved path: /ipfs/Qa"_s,
+                                               u"Open resolved target: https://ipfs.io/ipfs/Qa"_s,
+                                               u"Open IPNS name: https://ipfs.io/ipns/k"_s};
+        QTest::newRow("nothing") << IpnsResolveResult {} << u"(unknown) -> (empty)"_s << QStringList();
+        QTest::newRow("on to another name") << IpnsResolveResult {u"k"_s, u"/ipns/x"_s} << u"k -> /ipns/x"_s
+                                            << QStringList {u"Copy resolved path: /ipns/x"_s};
+        QTest::newRow("characters of an address")
+            << IpnsResolveResult {u"/ipns/a#b?c%41 d"_s, {}} << u"/ipns/a#b?c%41 d -> (empty)"_s
+            << QStringList {u"Copy IPNS name: /ipns/a#b?c%41 d"_s,
+                            u"Open IPNS name: https://ipfs.io/ipns/a%23b%3Fc%2541%20d"_s};
+    }
+    void resolveReports()
+    {
+        QFETCH(const IpnsResolveResult, result);
+        QFETCH(const QString, text);
+        const IpnsReport report = reportOf(result);
+        QCOMPARE(report.text, text);
+        QCOMPARE(report.message, u"IPNS resolved: "_s + text);
+        QTEST(buttonsOf(report), "buttons");
+    }
+
+    void keyChoices()
+    {
+        QCOMPARE(ipnsKeyChoices({{u"b"_s, {}}, {u"self"_s, {}}, {{}, u"k"_s}, {u"a"_s, {}}, {u"b"_s, {}}}),
+                 QStringList({u"self"_s, u"b"_s, u"a"_s}));
+    }
+
+    void openingAName_data()
+    {
+        QTest::addColumn<QString>("typed"); // null for a dialog that is cancelled
+        QTest::addColumn<QString>("url");
+        QTest::newRow("name") << u" k51 "_s << u"/ipns/k51"_s;
+        QTest::newRow("path") << u"/ipns/ a.net"_s << u"/ipns/a.net"_s;
+        QTest::newRow("characters of an address") << u"a#b?c%41 d"_s << u"/ipns/a%23b%3Fc%2541%20d"_s;
+        QTest::newRow("prefix alone") << u"/ipns/  "_s << QString();
+        QTest::newRow("blank") << u" "_s << QString();
+        QTest::newRow("cancelled") << QString() << QString();
+    }
+    void openingAName()
+    {
+        QFETCH(const QString, typed);
+        QFETCH(const QString, url);
+        openWindow();
+        const auto logged = window->statusLog().size();
+        trigger(u"Open via IPNS..."_s);
+        QCOMPARE(answer(typed), u"Open via IPNS|IPNS name (k51..., peer id, or /ipns/...):|self"_s);
+        QCOMPARE(opened, url.isEmpty() ? QStringList() : QStringList(gateway + url));
+        QCOMPARE(window->statusLog().size() - logged, url.isEmpty() ? 0 : 1);
+        QVERIFY(node->requests(resolvePath).isEmpty());
+    }
+
+    void publishing()
+    {
+        openWindow();
+        QVERIFY(!action(u"Publish to IPNS..."_s)->isEnabled());
+        select(u"r1"_s);
+        QVERIFY(action(u"Publish to IPNS..."_s)->isEnabled());
+        const MenuAnswer menu(u"Publish to IPNS..."_s);
+        emit table()->customContextMenuRequested(
+            table()->visualRect(table()->model()->index(rowOf(u"d"_s), 0)).center());
+        QVERIFY(isLogged(u"Fetching IPNS keys for publish (d)…"_s));
+        QTRY_VERIFY(dialog());
+        const auto* choices = dialog()->findChild<QComboBox*>();
+        QCOMPARE(choices->count(), 2);
+        QCOMPARE(choices->itemText(1), u"blog"_s);
+        QTest::keyClicks(dialog()->findChild<QLineEdit*>(), u"bl"_s); // a key of its own, not the start of one
+        QCOMPARE(answer(u"bl"_s), u"Publish to IPNS|Publish CID\nd\n\nSelect key:|bl"_s);
+        QVERIFY(isLogged(u"Publishing d to IPNS key 'bl'…"_s));
+        QTRY_VERIFY(box());
+        QCOMPARE(node->requests(publishPath).constFirst().items(),
+                 (QList<std::pair<QString, QString>> {{u"arg"_s, u"/ipfs/d"_s}, {u"key"_s, u"bl"_s}}));
+        QCOMPARE(label("notification"_L1)->text(), u"IPNS publish succeeded: k51 -> /ipfs/r1"_s);
+        QCOMPARE(box()->text(), u"Key: bl\nName: k51\nValue: /ipfs/r1"_s);
+        QCOMPARE(box()->defaultButton(), box()->button(QMessageBox::Ok));
+        QVERIFY(press(u"Copy /ipns/..."_s));
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"k51"_s);
+        QCOMPARE(status(), u"Copied IPNS name: k51"_s);
+        QTRY_VERIFY(!box());
+    }
+
+    void resolving()
+    {
+        openWindow();
+        trigger(u"Resolve IPNS..."_s);
+        QCOMPARE(answer(u" k51"_s), u"Resolve IPNS|IPNS name (k51..., peer id, or /ipns/...):|"_s);
+        QVERIFY(isLogged(u"Resolving k51…"_s));
+        QTRY_VERIFY(box());
+        QVERIFY(press(u"Open resolved target"_s));
+        QCOMPARE(opened, QStringList(gateway + u"/ipfs/Qa/b%20c"_s));
+        trigger(u"Resolve IPNS..."_s);
+        answer(u" "_s);
+        node->answer(resolvePath, NodeAnswer::error("could not resolve name"));
+        trigger(u"Resolve IPNS..."_s);
+        answer(u"k"_s);
+        QTRY_VERIFY(label("nodeWordsLabel"_L1)->isVisible());
+        QCOMPARE(label("nodeWordsLabel"_L1)->text(), u"The node says: could not resolve name"_s);
+        QVERIFY(status().startsWith(u"Error: Failed to resolve IPNS name: "_s));
+        QCOMPARE(node->count(resolvePath), 2);
+    }
+
+    /// The list of keys fails, and then the key that was typed: both with the node's words.
+    void whatTheNodeRefuses()
+    {
+        node->answer(keyList, NodeAnswer::error("<b>locked"));
+        node->answer(publishPath, NodeAnswer::error("no key by the given name was found"));
+        openWindow();
+        select(u"r1"_s);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_VERIFY(dialog());
+        QCOMPARE(label("nodeWordsLabel"_L1)->text(), u"The node says: <b>locked"_s);
+        QCOMPARE(dialog()->findChild<QLabel*>()->textFormat(), Qt::PlainText);
+        const QString asked = answer(u" nokey "_s);
+        QVERIFY(
+            asked.startsWith(u"Publish to IPNS|Could not load keys automatically.\n\nFailed to list IPNS keys: "_s));
+        QVERIFY(asked.endsWith(u"\n\nEnter key name:|self"_s));
+        QTRY_COMPARE(label("nodeWordsLabel"_L1)->text(), u"The node says: no key by the given name was found"_s);
+        QVERIFY(label("nodeWordsLabel"_L1)->isVisible() && !box());
+        QCOMPARE(node->requests(publishPath).constFirst().value(u"key"_s), u"nokey"_s);
+    }
+
+    void cancelled_data()
+    {
+        QTest::addColumn<NodeAnswer>("keys");
+        QTest::newRow("with keys") << NodeAnswer::json(R"({"Keys":[]})");
+        QTest::newRow("without") << NodeAnswer::dropAt({}, 0);
+    }
+    void cancelled()
+    {
+        QFETCH(const NodeAnswer, keys);
+        node->answer(keyList, NodeAnswer::hold());
+        openWindow();
+        trigger(u"Publish to IPNS..."_s); // nothing is selected
+        select(u"r1"_s);
+        trigger(u"Publish to IPNS..."_s);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_COMPARE(node->heldCount(keyList), 2);
+        node->release(keyList, keys);
+        QTRY_VERIFY(dialog());
+        answer({});
+        QCOMPARE(status(), u"IPNS publish cancelled"_s);
+        node->release(keyList, keys);
+        QTRY_COMPARE(node->openNow(keyList), 0);
+        trigger(u"Resolve IPNS..."_s); // its answer comes after the late one
+        answer(u"k"_s);
+        QTRY_VERIFY(box());
+        QVERIFY(!dialog());
+        QCOMPARE(node->count(publishPath), 0);
+    }
+
+    /// A publish takes its time; the window and a second publish do not wait for it.
+    void twoAtATime()
+    {
+        node->answer(publishPath, NodeAnswer::hold());
+        openWindow();
+        publish(u"r1"_s, u"blog"_s);
+        QTRY_COMPARE(node->heldCount(publishPath), 1);
+        refreshButton()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(status(), u"Publishing r1 to IPNS key 'blog'…"_s, 20'000);
+        node->answer(keyList, NodeAnswer::hold());
+        select(u"d"_s);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_COMPARE(node->heldCount(keyList), 1);
+        node->release(publishPath, NodeAnswer::json(R"({"Name":"k51","Value":"/ipfs/r1"})"));
+        QTRY_VERIFY(box());
+        QVERIFY(press(u"OK"_s));
+        QTRY_VERIFY(!box());
+        node->release(keyList, NodeAnswer::json("{}"));
+        QTRY_VERIFY(dialog());
+        QVERIFY(answer(u"self"_s).contains(u"Publish CID\nd\n"_s));
+        QTRY_COMPARE(node->heldCount(publishPath), 1);
+    }
+
+    void aNodeThatIsLeft()
+    {
+        FakeNode other;
+        node->answer(keyList, NodeAnswer::hold());
+        openWindow();
+        select(u"r1"_s);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_COMPARE(node->heldCount(keyList), 1);
+        const ModalAnswer<SettingsDialog> settings([&other](SettingsDialog& settingsDialog) {
+            settingsDialog.setPort(other.port());
+            settingsDialog.accept();
+        });
+        trigger(u"Settings..."_s);
+        QVERIFY(settings.wasGiven() && isLogged(u"IPNS publish cancelled"_s));
+        node->release(keyList, NodeAnswer::json("{}"));
+        QTRY_COMPARE(node->openNow(keyList), 0);
+        QTest::qWait(50); // for what is not to come
+        QVERIFY(!dialog());
+    }
+
+    void longTextsStayOnTheScreen()
+    {
+        const QString longest(10'000, u'k');
+        node->answer(keyList, NodeAnswer::json("{\"Keys\":[{\"Name\":\"" + longest.toUtf8() + "\"}]}"));
+        node->answer(publishPath,
+                     NodeAnswer::json("{\"Name\":\"" + longest.toUtf8() + "\",\"Value\":\"/ipfs/"
+                                      + QByteArray("a\\u2028").repeated(3000) + "\"}"));
+        openWindow();
+        select(u"r1"_s);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_VERIFY(dialog());
+        QVERIFY2(isOnScreen(dialog()), qPrintable(QString::number(dialog()->width())));
+        dialog()->findChild<QComboBox*>()->setCurrentIndex(1);
+        dialog()->accept();
+        QTRY_VERIFY(box());
+        QCOMPARE(node->requests(publishPath).constFirst().value(u"key"_s), longest);
+        QVERIFY2(isOnScreen(box()), qPrintable(QString::number(box()->height())));
+        QVERIFY(press(u"Copy /ipns/..."_s));
+        QCOMPARE(QGuiApplication::clipboard()->text(), longest);
+
+        node->answer(keyList, NodeAnswer::text(500, longest.toUtf8()));
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_VERIFY(dialog());
+        QVERIFY2(isOnScreen(dialog()), qPrintable(QString::number(dialog()->width())));
+    }
+
+    /// With each of the dialogs open, the window goes.
+    void windowsThatGo()
+    {
+        for (const bool inBox : {false, true}) {
+            openWindow();
+            select(u"r1"_s);
+            trigger(u"Publish to IPNS..."_s);
+            QTRY_VERIFY(dialog());
+            if (inBox) {
+                answer(u"self"_s);
+                QTRY_VERIFY(box());
+            }
+            close();
+            QVERIFY(!QApplication::activeModalWidget());
+        }
+    }
+
+private:
+    void openWindow()
+    {
+        open(*node);
+        QVERIFY(waitForRows(2));
+    }
+    int rowOf(const QString& cid) const { return static_cast<int>(cells(0).indexOf(cid)); }
+    void select(const QString& cid) const { table()->selectRow(rowOf(cid)); }
+    static QInputDialog* dialog() { return qobject_cast<QInputDialog*>(QApplication::activeModalWidget()); }
+    static ActionBox* box() { return qobject_cast<ActionBox*>(QApplication::activeModalWidget()); }
+    /// Answers the open dialog, or cancels it; "title|label|text at first".
+    static QString answer(const QString& text)
+    {
+        QInputDialog* asking = dialog();
+        const QStringList seen {asking->windowTitle(), asking->labelText(), asking->textValue()};
+        if (text.isNull()) {
+            asking->reject();
+        } else {
+            asking->setTextValue(text);
+            asking->accept();
+        }
+        return seen.join(u'|');
+    }
+    void publish(const QString& cid, const QString& key) const
+    {
+        select(cid);
+        trigger(u"Publish to IPNS..."_s);
+        QTRY_VERIFY(dialog());
+        answer(key);
+    }
+    static bool isOnScreen(const QWidget* shown)
+    {
+        const QRect screen = shown->screen()->availableGeometry();
+        return shown->width() <= screen.width() && shown->height() <= screen.height();
+    }
+
+    QStringList opened;
+};
+
+NORVO_TEST_MAIN(QApplication, tst_IpnsFlow)
+
+#include "tst_ipnsflow.moc"
