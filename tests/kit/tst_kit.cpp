@@ -11,9 +11,11 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QTextDocument>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
