@@ -43,6 +43,16 @@ bool measureDemo(const Demo& demo)
     return good;
 }
 
+/// A line of this process's state; -1 if it can't be had.
+double memoryMiB(const char* name)
+{
+    QFile status(u"/proc/self/status"_s);
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray text = status.readAll().simplified();
+    return text.mid(text.indexOf(name)).split(' ').value(1).toDouble() / 1024;
+}
+
 } // namespace
 
 Bench::Bench(int& argc, char** argv, const QList<QCommandLineOption>& newOptions)
@@ -154,11 +164,12 @@ double cpuSeconds(clockid_t clock)
 
 double peakRssMiB()
 {
-    QFile status(u"/proc/self/status"_s);
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray text = status.readAll().simplified();
-    return text.mid(text.indexOf("VmHWM: ")).split(' ').value(1).toDouble() / 1024;
+    return memoryMiB("VmHWM: ");
+}
+
+double residentMiB()
+{
+    return memoryMiB("VmRSS: ");
 }
 
 QJsonObject rounded(QJsonObject object)

@@ -83,6 +83,8 @@ CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int ca
 double cpuSeconds(clockid_t clock);
 /// The most memory that this process has held, in MiB.
 double peakRssMiB();
+/// What it holds now, likewise.
+double residentMiB();
 /// The object with its numbers rounded to three places.
 QJsonObject rounded(QJsonObject object);
 /// Prints the message on standard error and ends the event loop with failure.

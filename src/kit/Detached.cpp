@@ -9,6 +9,10 @@
 #include <atomic>
 #include <thread>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace {
 
 std::atomic<int> running = 0;
@@ -58,6 +62,13 @@ void startDetached(QObject* context, std::function<void()> work, std::function<v
         courier->runWork();
         --running;
     }).detach();
+}
+
+void trimMemory()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
 }
 
 bool waitForDetached(std::chrono::milliseconds limit)

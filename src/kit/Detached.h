@@ -23,5 +23,15 @@ template <typename Work, typename Done> void runDetached(QObject* context, Work 
         [result, done = std::move(done)]() mutable { done(std::move(**result)); });
 }
 
+/// Frees what a value holds on a thread: half a million texts take a tenth of a second.
+template <typename Value> void discard(Value value)
+{
+    startDetached(
+        nullptr, [held = std::move(value)] {}, nullptr);
+}
+
+/// Gives memory that is free back to the system, where the C library keeps it. Takes some 30 ms after a long list.
+void trimMemory();
+
 /// Waits until no detached work runs, for at most `limit`; for the end of `main`. Returns whether all work has ended.
 bool waitForDetached(std::chrono::milliseconds limit);

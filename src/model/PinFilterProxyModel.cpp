@@ -2,45 +2,103 @@
 #include "PinFilterProxyModel.h"
 
 #include "PinModel.h"
+#include "TextSearch.h"
 
-#include <QRegularExpression>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+/// A long list takes changes together, at most so late.
+constexpr std::chrono::milliseconds placeDelay {40};
+
+bool holds(const QString& text, const QString& literal, Qt::CaseSensitivity sensitivity)
+{
+    return sensitivity == Qt::CaseInsensitive ? containsIgnoringCase(text, literal) : text.contains(literal);
+}
+
+} // namespace
 
 PinFilterProxyModel::PinFilterProxyModel(QObject* parent)
     : QSortFilterProxyModel(parent)
+    , placeTimer(new QTimer(this))
 {
+    placeTimer->setSingleShot(true);
+    placeTimer->setInterval(placeDelay);
+    connect(placeTimer, &QTimer::timeout, this, &PinFilterProxyModel::placeChangedRows);
+}
+
+/// The stock proxy is left out: it would keep an order of its own beside this one.
+void PinFilterProxyModel::setSourceModel(QAbstractItemModel* model)
+{
+    beginResetModel();
+    if (sourceModel())
+        disconnect(sourceModel(), nullptr, this, nullptr);
+    QAbstractProxyModel::setSourceModel(model);
+    pins = qobject_cast<PinModel*>(model);
+    Q_ASSERT(pins || !model);
+    if (pins) {
+        connect(pins, &PinModel::dataChanged, this, &PinFilterProxyModel::onSourceDataChanged);
+        connect(pins, &PinModel::modelAboutToBeReset, this, [this] { beginResetModel(); });
+        connect(pins, &PinModel::modelReset, this, [this] {
+            takeRows(acceptedRows());
+            endResetModel();
+        });
+    }
+    takeRows(acceptedRows());
+    endResetModel();
 }
 
 void PinFilterProxyModel::setTypeFilter(const QString& type)
 {
-    if (typeFilter == type)
-        return;
-    typeFilter = type;
-    invalidate();
+    Filter changed = filter;
+    changed.hidesIndirect = type == PinType::recursiveAndDirect;
+    changeFilter(changed);
 }
 
 void PinFilterProxyModel::setSearchMode(SearchMode mode)
 {
-    if (searchMode == mode)
-        return;
-    searchMode = mode;
-    invalidateFilter();
+    Filter changed = filter;
+    changed.searchMode = mode;
+    changeFilter(changed);
 }
 
-bool PinFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+void PinFilterProxyModel::setFilterFixedString(const QString& text)
 {
-    const QAbstractItemModel* source = sourceModel();
-    if (!source)
-        return true;
-    if (typeFilter == PinType::recursiveAndDirect
-        && source->index(sourceRow, PinModel::TypeColumn, sourceParent).data().toString() == PinType::indirect) {
+    Filter changed = filter;
+    changed.text = text;
+    changeFilter(changed);
+}
+
+void PinFilterProxyModel::setFilterCaseSensitivity(Qt::CaseSensitivity sensitivity)
+{
+    Filter changed = filter;
+    changed.sensitivity = sensitivity;
+    changeFilter(changed);
+}
+
+bool PinFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& /*sourceParent*/) const
+{
+    const PinEntry* pin = pins ? pins->pinAt(sourceRow) : nullptr;
+    return pin && accepts(*pin);
+}
+
+/// Whether no row that `other` hides can be shown.
+bool PinFilterProxyModel::Filter::isNarrowerThan(const Filter& other) const
+{
+    return hidesIndirect >= other.hidesIndirect
+        && (other.text.isEmpty()
+            || (searchMode == other.searchMode && sensitivity == other.sensitivity && text.contains(other.text)));
+}
+
+bool PinFilterProxyModel::accepts(const PinEntry& pin) const
+{
+    if (filter.hidesIndirect && pin.type == PinType::indirect)
         return false;
-    }
-    const QRegularExpression expression = filterRegularExpression();
-    if (expression.pattern().isEmpty())
-        return true;
-    const int column = searchMode == SearchByName ? PinModel::NameColumn : PinModel::CidColumn;
-    const QString text = source->index(sourceRow, column, sourceParent).data(filterRole()).toString();
-    return expression.match(text).hasMatch();
+    return filter.text.isEmpty()
+        || holds(filter.searchMode == SearchByName ? pin.name : pin.cid, filter.text, filter.sensitivity);
 }
 
 bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
@@ -58,6 +116,63 @@ bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& r
 
 const QString* PinFilterProxyModel::heldText(const QModelIndex& sourceIndex) const
 {
-    const auto* pins = qobject_cast<const PinModel*>(sourceModel());
     return pins ? pins->heldText(sourceIndex.row(), static_cast<PinModel::Column>(sourceIndex.column())) : nullptr;
+}
+
+QModelIndex PinFilterProxyModel::mapToSource(const QModelIndex& proxyIndex) const
+{
+    if (!proxyIndex.isValid() || proxyIndex.row() >= rowCount())
+        return {};
+    return sourceModel()->index(sourceRows[static_cast<size_t>(proxyIndex.row())], proxyIndex.column());
+}
+
+QModelIndex PinFilterProxyModel::mapFromSource(const QModelIndex& sourceIndex) const
+{
+    if (!sourceIndex.isValid() || static_cast<size_t>(sourceIndex.row()) >= proxyRows.size())
+        return {};
+    return index(proxyRows[static_cast<size_t>(sourceIndex.row())], sourceIndex.column());
+}
+
+QModelIndex PinFilterProxyModel::index(int row, int column, const QModelIndex& parent) const
+{
+    const bool exists = !parent.isValid() && row >= 0 && row < rowCount() && column >= 0 && column < columnCount();
+    return exists ? createIndex(row, column) : QModelIndex();
+}
+
+QModelIndex PinFilterProxyModel::sibling(int row, int column, const QModelIndex& index) const
+{
+    return index.isValid() ? this->index(row, column) : QModelIndex();
+}
+
+QModelIndex PinFilterProxyModel::parent(const QModelIndex& /*child*/) const
+{
+    return {};
+}
+
+int PinFilterProxyModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(sourceRows.size());
+}
+
+int PinFilterProxyModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || !pins ? 0 : pins->columnCount();
+}
+
+bool PinFilterProxyModel::hasChildren(const QModelIndex& parent) const
+{
+    return !parent.isValid() && !sourceRows.empty();
+}
+
+QVariant PinFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (!pins || orientation == Qt::Horizontal)
+        return pins ? pins->headerData(section, orientation, role) : QVariant();
+    const bool exists = section >= 0 && section < rowCount();
+    return exists ? pins->headerData(sourceRows[static_cast<size_t>(section)], orientation, role) : QVariant();
+}
+
+const PinEntry* PinFilterProxyModel::pinAt(int row) const
+{
+    return row >= 0 && row < rowCount() ? pins->pinAt(sourceRows[static_cast<size_t>(row)]) : nullptr;
 }

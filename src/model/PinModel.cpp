@@ -2,6 +2,7 @@
 #include "PinModel.h"
 
 #include "ByteText.h"
+#include "Detached.h"
 
 #include <QBrush>
 #include <QGuiApplication>
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +24,9 @@ constexpr std::array headers {QT_TRANSLATE_NOOP("PinModel", "CID"),
                               QT_TRANSLATE_NOOP("PinModel", "Total DAG size"),
                               QT_TRANSLATE_NOOP("PinModel", "Name")};
 static_assert(headers.size() == PinModel::ColumnCount);
+
+/// Longest list that is indexed while it is set.
+constexpr int rowsIndexedAtOnce = 20'000;
 
 struct Brushes
 {
@@ -177,14 +183,47 @@ void PinModel::setPins(const QList<PinEntry>& newPins)
 {
     beginResetModel();
     ++resets;
-    pins = newPins;
-    rowsByCid.clear();
-    rowsByCid.reserve(pins.size());
-    for (int row = 0; row < pins.size(); ++row) {
-        if (const QString& cid = pins.at(row).cid; !cid.isEmpty())
-            rowsByCid[cid].append(row);
+    QList<PinEntry> former = std::exchange(pins, newPins);
+    factsInWaiting.clear();
+    indexReady = false;
+    const auto resetsBefore = resets;
+    endResetModel(); // before the threads begin: it takes all that a processor gives
+    if (former.size() > rowsIndexedAtOnce)
+        discard(std::move(former));
+    if (resets == resetsBefore) // no slot has brought another list
+        startIndex();
+}
+
+/// A long list is indexed on a thread, with a copy that is gone before the index is used: to write into shared rows
+/// would copy them all.
+void PinModel::startIndex()
+{
+    typeCounts.reset();
+    rowsByCid = {};
+    indexReady = pins.size() <= rowsIndexedAtOnce;
+    if (indexReady) {
+        rowsByCid = PinIndex(pins);
+        return;
     }
-    endResetModel();
+    runDetached(
+        this, [copy = pins]() mutable { return PinIndex(std::exchange(copy, {})); },
+        [this, of = resets](PinIndex made) {
+            if (of == resets)
+                useIndex(std::move(made));
+        });
+}
+
+void PinModel::useIndex(PinIndex newIndex)
+{
+    rowsByCid = std::move(newIndex);
+    indexReady = true;
+    const QList<std::function<void()>> facts = std::exchange(factsInWaiting, {});
+    const auto resetsBefore = resets;
+    for (const auto& setWaiting : facts) {
+        if (resets != resetsBefore)
+            return; // a slot of dataChanged has brought another list
+        setWaiting();
+    }
 }
 
 void PinModel::clear()
@@ -196,7 +235,11 @@ template <typename Field>
 void PinModel::setFact(const QString& cid, Field PinEntry::*field, const Field& value, Column column,
                        const QList<int>& roles)
 {
-    const Rows rows = rowsByCid.value(cid); // a copy, since a slot of dataChanged may reset the model
+    if (!indexReady) {
+        factsInWaiting.append([=, this] { setFact(cid, field, value, column, roles); });
+        return;
+    }
+    const std::vector<int> rows = rowsByCid.rowsOf(cid, pins);
     const auto resetsBefore = resets;
     for (const int row : rows) {
         if (resets != resetsBefore)
@@ -238,14 +281,18 @@ const QString* PinModel::heldText(int row, Column column) const
     return pin ? textOf(*pin, column) : nullptr;
 }
 
+/// No late fact changes a type.
 PinModel::TypeCounts PinModel::countsByType() const
 {
+    if (typeCounts)
+        return *typeCounts;
     TypeCounts counts;
     for (const PinEntry& pin : pins) {
         counts.recursive += pin.type == PinType::recursive;
         counts.direct += pin.type == PinType::direct;
         counts.indirect += pin.type == PinType::indirect;
     }
+    typeCounts = counts;
     return counts;
 }
 

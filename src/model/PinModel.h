@@ -2,12 +2,14 @@
 #pragma once
 
 #include "PinEntry.h"
+#include "PinIndex.h"
 
 #include <QAbstractTableModel>
 #include <QFont>
-#include <QHash>
 #include <QList>
-#include <QVarLengthArray>
+
+#include <functional>
+#include <optional>
 
 /// The pins of one listing as a read-only table of six columns. Late facts about a CID reach their cells in constant
 /// time, however long the list is.
@@ -37,7 +39,8 @@ public:
     void setPins(const QList<PinEntry>& newPins);
     void clear();
 
-    /// Late facts. A CID that no row holds is ignored; one that several rows hold is updated in each.
+    /// Late facts. A CID that no row holds is ignored; one that several rows hold is updated in each. For the first
+    /// moments of a long list they wait.
     void setRefsCount(const QString& cid, int count);
     void setDagSize(const QString& cid, long long size);
     void setKind(const QString& cid, const QString& kind);
@@ -63,11 +66,15 @@ private:
     const QFont& fontOfCids() const;
     const QFont& fontOfHeaders() const;
 
+    void startIndex();
+    void useIndex(PinIndex newIndex);
+
     QList<PinEntry> pins;
     quint64 resets = 0; ///< how often the content was replaced
-    /// Nearly every CID has one row, so the list of its rows rarely allocates.
-    using Rows = QVarLengthArray<int, 1>;
-    QHash<QString, Rows> rowsByCid;
+    PinIndex rowsByCid;
+    bool indexReady = true;
+    QList<std::function<void()>> factsInWaiting; ///< until the index is ready
+    mutable std::optional<TypeCounts> typeCounts;
     mutable QFont cidFont;
     mutable QFont headerFont;
     mutable bool headerFontReady = false;

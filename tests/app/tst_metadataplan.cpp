@@ -63,7 +63,7 @@ private slots:
         QCOMPARE(plan.targetCount(), 3);
 
         QList<PinEntry> list {{.cid = u"a"_s}, {.cid = u"b"_s}, {.cid = u"c"_s}};
-        plan.fillIn(list);
+        plan.knownFacts().fillIn(list);
         QCOMPARE(list,
                  (QList<PinEntry> {{.cid = u"a"_s, .kind = u"File"_s, .dagSize = 0},
                                    {.cid = u"b"_s},

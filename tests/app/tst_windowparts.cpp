@@ -55,9 +55,9 @@ private slots:
         QFETCH(const bool, pinned);
         QFETCH(const QList<int>, selected);
         QFETCH(const int, under);
-        PinModel model;
-        model.setPins(pins());
-        PinTable table(&model);
+        ShownPins shown;
+        PinTable table(&shown.proxy);
+        shown.proxy.sort(-1); // as they come
         table.show();
         select(table, selected);
         const MenuAnswer menu;
@@ -68,9 +68,9 @@ private slots:
 
     void selectionAndMenu()
     {
-        PinModel model;
-        model.setPins(pins());
-        PinTable table(&model);
+        ShownPins shown;
+        PinTable table(&shown.proxy);
+        shown.proxy.sort(-1); // as they come
         select(table, {2, 0});
         QCOMPARE(table.selectedCids(), QStringList({u"d"_s, u"r1"_s})); // in the order of the selection
         QCOMPARE(table.firstSelectedCid(), u"d"_s);
@@ -254,6 +254,19 @@ private slots:
     }
 
 private:
+    /// The pins as the table gets them.
+    struct ShownPins
+    {
+        ShownPins()
+        {
+            model.setPins(pins());
+            proxy.setSourceModel(&model);
+        }
+
+        PinModel model;
+        PinFilterProxyModel proxy;
+    };
+
     static QList<PinEntry> pins()
     {
         return {{.cid = u"r1"_s, .type = PinType::recursive, .name = u"<b>one"_s},

@@ -5,13 +5,17 @@
 #include "OpenFiles.h"
 #include "PlainText.h"
 #include "TestMain.h"
+#include "TextOrder.h"
+#include "TextSearch.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QTextDocument>
 #include <QThread>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -155,6 +159,45 @@ private slots:
         shown.setHtml(widget.toolTip());
         QCOMPARE(shown.toPlainText(), text);
         QCOMPARE(newPlainLabel(text, &widget)->textFormat(), Qt::PlainText);
+    }
+
+    void sortsByText()
+    {
+        QRandomGenerator random(3);
+        const QStringList starts {QString(), u"backup-of-the-server-"_s, u"backup-of-the-desk-"_s, u"ž"_s, u"\0x"_s};
+        std::vector<QString> texts;
+        std::vector<int> rows;
+        for (int i = 0; i < 2000; ++i) {
+            texts.push_back(starts.at(random.bounded(5)) + QString(random.bounded(12), u'a')
+                            + QString::number(random.bounded(300)));
+            rows.push_back(i);
+        }
+        for (const auto order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+            std::vector<int> sorted = rows;
+            std::ranges::stable_sort(sorted, [&](int a, int b) {
+                const int sign = texts.at(static_cast<size_t>(a)).compare(texts.at(static_cast<size_t>(b)));
+                return order == Qt::AscendingOrder ? sign < 0 : sign > 0;
+            });
+            sortByText(
+                rows, [&texts](int row) { return QStringView(texts.at(static_cast<size_t>(row))); }, order);
+            if (order == Qt::AscendingOrder)
+                QCOMPARE(rows, sorted);
+            else // equal ones keep the order of the first pass
+                QVERIFY(std::ranges::equal(
+                    rows, sorted, {}, [&](int r) { return texts.at(static_cast<size_t>(r)); },
+                    [&](int r) { return texts.at(static_cast<size_t>(r)); }));
+        }
+    }
+
+    void findsInAnyCase()
+    {
+        const QStringList texts {QString(), u"bafyBEI"_s, u"Straße"_s, u"\u212A2"_s,
+                                 u"ŽLUŤ"_s, u"aab"_s,     u"[z"_s,     u"{Z"_s};
+        for (const QString& text : texts) {
+            for (const QString& part : {QString(), u"ybe"_s, u"K2"_s, u"žl"_s, u"AB"_s, u"STRASSE"_s, u"[Z"_s, u"{"_s})
+                QVERIFY2(containsIgnoringCase(text, part) == text.contains(part, Qt::CaseInsensitive),
+                         qPrintable(text + u" | "_s + part));
+        }
     }
 };
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Detached.h"
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "TestMain.h"
@@ -206,6 +207,58 @@ private slots:
         model->setDagSize(u"a"_s, 9 * 1024);
         // By the shown text, so 9.0 KB comes after 10.0 KB, on purpose.
         QCOMPARE(column(*proxy, 0), QStringList({u"b"_s, u"a"_s}));
+    }
+
+    void rowsFollowTheFilter_data()
+    {
+        QTest::addColumn<int>("rows");
+        QTest::newRow("few, one run after the other") << 300;
+        QTest::newRow("many, by a reset") << 3000;
+    }
+    void rowsFollowTheFilter()
+    {
+        QFETCH(const int, rows);
+        QRandomGenerator random(5);
+        QList<PinEntry> pins;
+        for (int i = 0; i < rows; ++i)
+            pins.append(
+                pin(u"%1%2"_s.arg(QString::number(random.generate(), 36), QString::number(i)), PinType::direct));
+        model->setPins(pins);
+        StockProxy stock;
+        stock.setSourceModel(model.get());
+        stock.setFilterCaseSensitivity(Qt::CaseInsensitive);
+        for (QSortFilterProxyModel* sorted :
+             {static_cast<QSortFilterProxyModel*>(&stock), static_cast<QSortFilterProxyModel*>(proxy.get())})
+            sorted->sort(PinModel::CidColumn, Qt::DescendingOrder);
+        for (const QString& text : {u"1"_s, u"1B"_s, u"b"_s, u"no such"_s, QString(), u"Z"_s, QString()}) {
+            const QPersistentModelIndex held = proxy->index(proxy->rowCount() / 2, 0);
+            const QString cid = held.data().toString();
+            proxy->setFilterFixedString(text);
+            stock.setFilterFixedString(text);
+            QCOMPARE(column(*proxy, 0), column(stock, 0));
+            QVERIFY(!held.isValid() || held.data().toString() == cid);
+        }
+    }
+
+    /// Rows of a long list move some at a time, and facts that come before its index is ready wait for it.
+    void factsOfALongList()
+    {
+        testers.clear(); // they look at all rows for each change
+        QList<PinEntry> pins;
+        for (int i = 0; i < 25'000; ++i)
+            pins.append(pin(QString::number(i), PinType::direct));
+        model->setPins(pins);
+        model->setDagSize(u"7"_s, 1);
+        model->setPins(pins); // what waited was meant for the list before
+        proxy->sort(PinModel::SizeColumn, Qt::AscendingOrder);
+        for (int i = 0; i < 200; ++i)
+            model->setDagSize(QString::number(i * 97), i * 977 % 1000);
+        QTRY_VERIFY(proxy->index(199, PinModel::SizeColumn).data().toString() != u"…"_s);
+        const QStringList shown = column(*proxy, PinModel::SizeColumn);
+        QVERIFY(std::ranges::is_sorted(shown));
+        QCOMPARE(shown.filter(u"…"_s).size(), 24'800);
+        QCOMPARE(model->pinAt(7)->dagSize, -1);
+        QVERIFY(waitForDetached(std::chrono::seconds(10)));
     }
 
 private:

@@ -110,11 +110,12 @@ private:
     void triggerRefresh(bool force);
     void fetchList();
     void setRefreshing(bool on);
-    QList<PinEntry> listForTable(const QList<PinEntry>& pins) const;
+    void takeList(const QList<PinEntry>& list, qsizetype pinsReceived);
     bool knowsNoList() const;
     void dropRows();
     void showRows(const QList<PinEntry>& list);
     void fitColumns();
+    template <typename Change> void changeFilter(Change change);
     void showListState(EmptyTable::State state);
     void updateEmptyText();
     bool showsUnpinned() const;
@@ -129,6 +130,7 @@ private:
     bool wantsMetadata() const;
     void planMetadata(const QList<PinEntry>& list);
     void planNextFacts();
+    int unplannedRows() const;
     void dropPlan();
     void startCountTimer();
     void updateCountLabelsSoon();
@@ -221,7 +223,8 @@ private:
     QHash<QString, int> streamCounts;
     ListLoad load;
     MetadataPlan plan;
-    int planPosition = 0;              ///< the model's first row whose metadata is not planned yet
+    int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
+    int listsTaken = 0;    ///< grows with each list that comes or is dropped, so that a former one finds itself late
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
     CurrentAdd currentAdd;
     IpnsPublishing ipns;

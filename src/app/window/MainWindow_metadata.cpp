@@ -19,7 +19,9 @@ constexpr int manyTargets = 2500;
 constexpr qint64 directUpdateMs = 1000;
 
 /// CIDs planned in one turn of the event loop.
-constexpr int planSlice = 10'000;
+constexpr int planSlice = 5'000;
+/// So many CIDs are asked about ahead: minutes of work for a node, and little to keep and to drop.
+constexpr int plannedAhead = 20'000;
 
 } // namespace
 
@@ -32,18 +34,22 @@ void MainWindow::planMetadata(const QList<PinEntry>& list)
 {
     dropPlan();
     plan.startList();
+    planPosition = 0;
     if (values.contentMode == ContentMode::pinned) {
         for (const QString& cid : plan.takeRefs(list))
             client->fetchRefs(cid);
     }
-    if (wantsMetadata())
-        planNextFacts();
+    planNextFacts();
 }
 
-/// A short list is planned at once. A long one takes a turn of the event loop for each slice, since planning hundreds
-/// of thousands of CIDs would hold up the window longer than showing them does.
+/// A short list is planned at once. A long one takes a turn of the event loop for each slice, and waits for answers
+/// before it goes far ahead, since planning hundreds of thousands of CIDs would hold up the window longer than showing
+/// them does.
 void MainWindow::planNextFacts()
 {
+    if (!wantsMetadata() || planTimer->isActive() || unplannedRows() == 0
+        || plan.targetCount() - plan.doneCount() > plannedAhead)
+        return;
     const int end = std::min(planPosition + planSlice, pinModel->rowCount());
     for (; planPosition < end; ++planPosition) {
         const QString cid = pinModel->pinAt(planPosition)->cid;
@@ -55,15 +61,21 @@ void MainWindow::planNextFacts()
         if (wanted.kind)
             client->fetchKind(cid);
     }
-    if (planPosition < pinModel->rowCount())
+    if (unplannedRows() > 0)
         planTimer->start();
     startCountTimer();
+}
+
+int MainWindow::unplannedRows() const
+{
+    return planPosition < 0 ? 0 : std::max(pinModel->rowCount() - planPosition, 0);
 }
 
 void MainWindow::dropPlan()
 {
     planTimer->stop();
-    planPosition = 0;
+    planPosition = -1;
+    ++listsTaken;
 }
 
 void MainWindow::onRefsReceivedForTable(const QString& rootCid, const QStringList& cids)
@@ -76,6 +88,7 @@ void MainWindow::onDagStatReceived(const QString& cid, long long cumulativeSize)
 {
     pinModel->setDagSize(cid, cumulativeSize);
     plan.sizeReceived(cid, cumulativeSize);
+    planNextFacts();
     updateCountLabelsSoon();
 }
 
@@ -83,6 +96,7 @@ void MainWindow::onKindReceived(const QString& cid, const QString& kind)
 {
     pinModel->setKind(cid, kind);
     plan.kindReceived(cid, kind);
+    planNextFacts();
     updateCountLabelsSoon();
 }
 
@@ -111,7 +125,7 @@ long long MainWindow::shownDagSize() const
 {
     long long sum = 0;
     for (int row = 0; row < proxyModel->rowCount(); ++row) {
-        const PinEntry* pin = pinModel->pinAt(proxyModel->mapToSource(proxyModel->index(row, 0)).row());
+        const PinEntry* pin = proxyModel->pinAt(row);
         sum = CountText::addBytes(sum, pin ? pin->dagSize : 0);
     }
     return sum;
@@ -120,13 +134,14 @@ long long MainWindow::shownDagSize() const
 void MainWindow::updateCountLabels()
 {
     const bool unpinned = showsUnpinned();
-    statsFrame->showCounts(CountText::lines({.unpinned = unpinned,
-                                             .searching = !toolBar->searchText().isEmpty(),
-                                             .total = pinModel->rowCount(),
-                                             .shown = proxyModel->rowCount(),
-                                             .types = unpinned ? PinModel::TypeCounts() : pinModel->countsByType(),
-                                             .dagSize = unpinned ? 0 : shownDagSize(),
-                                             .metadataDone = plan.doneCount(),
-                                             .metadataTargets = wantsMetadata() ? plan.targetCount() : 0}));
+    statsFrame->showCounts(
+        CountText::lines({.unpinned = unpinned,
+                          .searching = !toolBar->searchText().isEmpty(),
+                          .total = pinModel->rowCount(),
+                          .shown = proxyModel->rowCount(),
+                          .types = unpinned ? PinModel::TypeCounts() : pinModel->countsByType(),
+                          .dagSize = unpinned ? 0 : shownDagSize(),
+                          .metadataDone = plan.doneCount(),
+                          .metadataTargets = wantsMetadata() ? plan.targetCount() + unplannedRows() : 0}));
     updateEmptyText();
 }

@@ -2,6 +2,7 @@
 #include "MainWindow.h"
 
 #include "ContentMode.h"
+#include "Detached.h"
 #include "IpfsClient.h"
 #include "PinModel.h"
 #include "PinTable.h"
@@ -21,6 +22,25 @@ namespace {
 constexpr auto loadMessageShown = 5000ms;
 /// Longest list whose columns are measured.
 constexpr int fittedRows = 1200;
+/// Longest list that is made ready for the table in one turn.
+constexpr qsizetype preparedAtOnce = 20'000;
+/// Until the former list and all that reading this one has taken are free.
+constexpr auto trimDelay = 600ms;
+
+struct ListRules
+{
+    bool hidesIndirect = false;
+    MetadataPlan::KnownFacts known {};
+};
+
+/// What the table gets of a listing, with what earlier refreshes brought.
+QList<PinEntry> listForTable(QList<PinEntry> pins, const ListRules& rules)
+{
+    if (rules.hidesIndirect)
+        pins.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
+    rules.known.fillIn(pins);
+    return pins;
+}
 
 } // namespace
 
@@ -48,10 +68,22 @@ void MainWindow::onContentChanged()
     triggerRefresh(true);
 }
 
+/// Where the change comes as a reset, what was selected and is still there stays selected.
+template <typename Change> void MainWindow::changeFilter(Change change)
+{
+    const PinTable::Place place = pinTable->place();
+    bool wasReset = false;
+    const auto watch = connect(proxyModel, &PinFilterProxyModel::modelReset, this, [&wasReset] { wasReset = true; });
+    change();
+    disconnect(watch);
+    if (wasReset)
+        pinTable->restore(place);
+}
+
 void MainWindow::onFilterChanged()
 {
     values.typeFilter = toolBar->typeFilter();
-    proxyModel->setTypeFilter(values.typeFilter);
+    changeFilter([this] { proxyModel->setTypeFilter(values.typeFilter); });
     triggerRefresh(true);
 }
 
@@ -102,17 +134,6 @@ void MainWindow::onStreamEntriesLoaded(const QString& source, int count)
         setStatusMessage(tr("Entries loaded: %1").arg(highest));
 }
 
-/// What the table gets of a listing, with what earlier refreshes brought.
-QList<PinEntry> MainWindow::listForTable(const QList<PinEntry>& pins) const
-{
-    QList<PinEntry> list = pins;
-    if (values.typeFilter == PinType::recursiveAndDirect)
-        list.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
-    if (wantsMetadata())
-        plan.fillIn(list);
-    return list;
-}
-
 /// Whether an empty list means that nothing is known: the node can't be reached. Blocks that it refused to list are
 /// none.
 bool MainWindow::knowsNoList() const
@@ -139,14 +160,33 @@ void MainWindow::showRows(const QList<PinEntry>& list)
     proxyModel->setTypeFilter(values.typeFilter);
 }
 
+/// A long list is made ready on a thread.
 void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 {
+    const ListRules rules {.hidesIndirect = values.typeFilter == PinType::recursiveAndDirect,
+                           .known = wantsMetadata() ? plan.knownFacts() : MetadataPlan::KnownFacts()};
+    const int taken = ++listsTaken;
+    if (pins.size() <= preparedAtOnce) {
+        takeList(listForTable(pins, rules), pins.size());
+        return;
+    }
+    runDetached(
+        this, [pins, rules] { return listForTable(pins, rules); },
+        [this, taken, count = pins.size()](const QList<PinEntry>& list) {
+            if (taken == listsTaken)
+                takeList(list, count);
+        });
+}
+
+void MainWindow::takeList(const QList<PinEntry>& list, qsizetype pinsReceived)
+{
+    if (list.size() > preparedAtOnce)
+        QTimer::singleShot(trimDelay, this, [] { startDetached(nullptr, trimMemory, nullptr); });
     setRefreshing(false);
-    if (pins.isEmpty() && knowsNoList())
+    if (pinsReceived == 0 && knowsNoList())
         return; // the errors have been reported
-    if (!pins.isEmpty() || load.state == EmptyTable::Loading)
+    if (pinsReceived > 0 || load.state == EmptyTable::Loading)
         load.state = EmptyTable::Loaded; // else a part of the list has failed
-    const QList<PinEntry> list = listForTable(pins);
     const PinTable::Place place = load.rowsContent == values.contentMode && load.rowsFilter == values.typeFilter
         ? pinTable->place()
         : PinTable::Place();
@@ -154,7 +194,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
     if (!showsUnpinned()) {
         QTimer::singleShot(0ms, this, &MainWindow::fitColumns);
         if (list.size() > fittedRows)
-            setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pins.size()));
+            setStatusMessage(tr("Loaded %1 pin(s) — large list mode (auto-resize skipped)").arg(pinsReceived));
     }
     searchDebounceTimer->stop();
     proxyModel->setFilterFixedString(toolBar->searchText());
@@ -163,7 +203,7 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
     const QString now = QTime::currentTime().toString(u"hh:mm:ss"_s);
     const QString loaded = showsUnpinned() ? tr("Loaded %1 unpinned CID(s) — %2") : tr("Loaded %1 pin(s) — %2");
-    showStatusFor(loadMessageShown, loaded.arg(QString::number(pins.size()), now));
+    showStatusFor(loadMessageShown, loaded.arg(QString::number(pinsReceived), now));
     onSelectionChanged();
 }
 
@@ -199,12 +239,12 @@ void MainWindow::onSearchTextChanged(const QString& /*text*/)
 
 void MainWindow::onSearchDebounceTimeout()
 {
-    proxyModel->setFilterFixedString(toolBar->searchText());
+    changeFilter([this] { proxyModel->setFilterFixedString(toolBar->searchText()); });
     updateCountLabels();
 }
 
 void MainWindow::onSearchModeChanged(PinFilterProxyModel::SearchMode mode)
 {
-    proxyModel->setSearchMode(mode);
+    changeFilter([this, mode] { proxyModel->setSearchMode(mode); });
     onSearchDebounceTimeout();
 }

@@ -1,8 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "MetadataPlan.h"
 
+#include "Detached.h"
+
+#include <utility>
+
+namespace {
+
+constexpr qsizetype freedAtOnce = 20'000;
+
+} // namespace
+
 /// Facts that the list brings along cost nothing; set one by one in the table each would be sorted in by itself.
-void MetadataPlan::fillIn(QList<PinEntry>& list) const
+void MetadataPlan::KnownFacts::fillIn(QList<PinEntry>& list) const
 {
     if (dagSizeCache.isEmpty() && kindCache.isEmpty())
         return;
@@ -14,8 +24,11 @@ void MetadataPlan::fillIn(QList<PinEntry>& list) const
 
 void MetadataPlan::startList()
 {
-    for (QSet<QString>* set : {&refsPending, &metadataTargets, &dagDone, &kindDone, &metadataDone})
-        set->clear();
+    for (QSet<QString>* set : {&refsPending, &metadataTargets, &dagDone, &kindDone, &metadataDone}) {
+        QSet<QString> former = std::exchange(*set, {});
+        if (former.size() > freedAtOnce)
+            discard(std::move(former));
+    }
 }
 
 QStringList MetadataPlan::takeRefs(const QList<PinEntry>& list)
@@ -35,7 +48,7 @@ QStringList MetadataPlan::takeRefs(const QList<PinEntry>& list)
 MetadataPlan::Wanted MetadataPlan::addTarget(const QString& cid)
 {
     metadataTargets.insert(cid);
-    const Wanted wanted {.size = !dagSizeCache.contains(cid), .kind = !kindCache.contains(cid)};
+    const Wanted wanted {.size = !known.dagSizeCache.contains(cid), .kind = !known.kindCache.contains(cid)};
     if (!wanted.size)
         dagDone.insert(cid);
     if (!wanted.kind)
@@ -48,7 +61,7 @@ MetadataPlan::Wanted MetadataPlan::addTarget(const QString& cid)
 void MetadataPlan::sizeReceived(const QString& cid, long long bytes)
 {
     if (bytes >= 0)
-        dagSizeCache.insert(cid, bytes);
+        known.dagSizeCache.insert(cid, bytes);
     if (metadataTargets.contains(cid))
         dagDone.insert(cid);
     if (kindDone.contains(cid))
@@ -58,7 +71,7 @@ void MetadataPlan::sizeReceived(const QString& cid, long long bytes)
 void MetadataPlan::kindReceived(const QString& cid, const QString& kind)
 {
     if (!kind.isEmpty())
-        kindCache.insert(cid, kind);
+        known.kindCache.insert(cid, kind);
     if (metadataTargets.contains(cid))
         kindDone.insert(cid);
     if (dagDone.contains(cid))

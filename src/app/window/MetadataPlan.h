@@ -22,8 +22,16 @@ public:
         friend bool operator==(const Wanted&, const Wanted&) = default;
     };
 
-    /// Puts the sizes and kinds that earlier lists brought into their entries.
-    void fillIn(QList<PinEntry>& list) const;
+    /// What earlier lists brought.
+    struct KnownFacts
+    {
+        QHash<QString, long long> dagSizeCache {}; ///< bytes, of this run
+        QHash<QString, QString> kindCache {};
+        /// Puts the sizes and kinds into their entries.
+        void fillIn(QList<PinEntry>& list) const;
+    };
+
+    const KnownFacts& knownFacts() const { return known; }
     /// Forgets the last list. Sizes and kinds stay known for the whole run.
     void startList();
     /// The CIDs whose ref count is to be asked for, in the order of the list; they count as pending from here on.
@@ -47,7 +55,6 @@ private:
     QSet<QString> metadataTargets; ///< CIDs of the list whose size and kind are wanted
     QSet<QString> dagDone;         ///< targets whose size has come, from cache or node
     QSet<QString> kindDone;
-    QSet<QString> metadataDone;             ///< targets with both
-    QHash<QString, long long> dagSizeCache; ///< bytes, of this run
-    QHash<QString, QString> kindCache;
+    QSet<QString> metadataDone; ///< targets with both
+    KnownFacts known;
 };

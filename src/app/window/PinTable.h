@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <QTableView>
 
+class PinFilterProxyModel;
 class QMenu;
 
 /// The view of the pins: its columns, its selection and the menu of a row. What is chosen goes out as a signal.
@@ -13,8 +14,8 @@ class PinTable : public QTableView
     Q_OBJECT
 
 public:
-    /// `pins` is a PinModel or a filter of one; it opens sorted by the number of refs.
-    explicit PinTable(QAbstractItemModel* pins, QWidget* parent = nullptr);
+    /// It opens sorted by the number of refs.
+    explicit PinTable(PinFilterProxyModel* shownPins, QWidget* parent = nullptr);
 
     QString cidOf(const QModelIndex& index) const;
     /// Whether the row is a recursive pin with a CID, so that there is something below it.
@@ -67,6 +68,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QString cidAt(int row) const;
     bool hasSeveralRowsSelected() const;
     int selectedRowCount() const;
     void selectRows(const QList<int>& rows);
@@ -75,5 +77,6 @@ private:
     void openCurrentRow();
     void fillRowMenu(QMenu* menu, const QModelIndex& index, bool pinned);
 
+    PinFilterProxyModel* pins;
     QString emptyText {};
 };
