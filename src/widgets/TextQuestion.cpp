@@ -34,7 +34,7 @@ void offer(QInputDialog* dialog, const QStringList& choices)
 
 } // namespace
 
-void askForText(const TextQuestion& question, QWidget* parent, const std::function<void(const QString&)>& act)
+QDialog* askForText(const TextQuestion& question, QWidget* parent, const std::function<void(const QString&)>& act)
 {
     auto* dialog = new QInputDialog(parent);
     dialog->setWindowTitle(question.title);
@@ -48,4 +48,5 @@ void askForText(const TextQuestion& question, QWidget* parent, const std::functi
         act(result == QDialog::Accepted ? dialog->textValue().trimmed() : QString());
     });
     dialog->open();
+    return dialog;
 }

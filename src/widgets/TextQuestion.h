@@ -6,6 +6,7 @@
 
 #include <functional>
 
+class QDialog;
 class QWidget;
 
 /// A question that a line of text answers.
@@ -17,6 +18,6 @@ struct TextQuestion
     QStringList choices {}; ///< offered, if there are any; another text can be typed
 };
 
-/// Opens a dialog that blocks `parent`, and returns. `act` is called with the trimmed answer, which is empty if the
-/// dialog was cancelled. It is not called if the dialog goes with its parent.
-void askForText(const TextQuestion& question, QWidget* parent, const std::function<void(const QString&)>& act);
+/// Opens a dialog that blocks `parent`, and returns it; once closed, it is deleted. `act` is called with the trimmed
+/// answer, which is empty if the dialog was cancelled. It is not called if the dialog is deleted while it is open.
+QDialog* askForText(const TextQuestion& question, QWidget* parent, const std::function<void(const QString&)>& act);

@@ -119,9 +119,11 @@ private slots:
         row("newer", page("1.10"), newer + u"1.10\nYou are running: 1.1.3"_s, u"Update available: 1.10"_s);
         row("newer, of several lines", page("\n v1.2.3\r\nchanges: <b>9.9</b>\r\n"),
             newer + u"1.2.3\nYou are running: 1.1.3"_s, u"Update available: 1.2.3"_s);
-        row("newer, longest", page("2." + QByteArray(60'000, 'x')),
+        row("newer, longest", page("2." + QByteArray(UpdateCheck::largestAnswer - 2, 'x')),
             newer + u"2."_s + QString(98, u'x') + u"\nYou are running: 1.1.3"_s,
             u"Update available: 2."_s + QString(98, u'x'));
+        row("a byte too long", page("2." + QByteArray(UpdateCheck::largestAnswer - 1, 'x')),
+            bad + u"2."_s + QString(98, u'x'), badStatus);
         row("nothing", page({}), bad, badStatus);
         row("page", page("<!DOCTYPE html>\n9.9"), bad + u"<!DOCTYPE html>"_s, badStatus);
         row("long first line", page(QByteArray(300, 'x')), bad + QString(100, u'x'), badStatus);
@@ -200,17 +202,31 @@ private slots:
         QTRY_COMPARE(site->closed, 3);
     }
 
+    /// 64 KiB are taken, however the length of an answer is given.
+    void hugeAnswers_data()
+    {
+        QTest::addColumn<QByteArray>("head");
+        QTest::addColumn<QString>("latest");
+        QTest::newRow("length") << QByteArray("200 OK\r\nContent-Length: 104857604\r\n\r\n9.9\n") << u"9.9"_s;
+        QTest::newRow("chunks") << QByteArray("200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\n9.9\n\r\n6400000\r\n")
+                                << u"9.9"_s;
+        QTest::newRow("no length") << QByteArray("200 OK\r\nConnection: close\r\n\r\n9.9\n") << u"9.9"_s;
+        QTest::newRow("page of an error") << QByteArray("404 No\r\nConnection: close\r\n\r\n9.9\n") << QString();
+    }
     void hugeAnswers()
     {
+        QFETCH(const QByteArray, head);
+        QFETCH(const QString, latest);
         site->filler = hugeBody;
-        site->pages = {{"/latest-version.txt", "HTTP/1.1 200 OK\r\nContent-Length: 104857600\r\n\r\n9.9\n"}};
+        site->pages = {{"/latest-version.txt", "HTTP/1.1 " + head}};
         openWindow();
         check();
         QTRY_VERIFY(shown());
-        QCOMPARE(shown()->text(), u"Could not parse version information.\nCurrent: 1.1.3\nLatest: 9.9"_s);
+        QCOMPARE(shown()->text(), u"Could not parse version information.\nCurrent: 1.1.3\nLatest: "_s + latest);
         QVERIFY(isLogged(u"Update check failed: invalid version response"_s));
         QTRY_COMPARE(site->closed, 1);
-        QVERIFY2(site->sent < hugeBody / 10, qPrintable(QString::number(site->sent)));
+        // The system's buffers may have taken some 40 MB before the first of it was read.
+        QVERIFY2(site->sent < hugeBody / 2, qPrintable(QString::number(site->sent)));
     }
 
     void theAboutBox()

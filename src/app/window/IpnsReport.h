@@ -4,7 +4,9 @@
 #include "IpnsRecords.h"
 
 #include <QCoreApplication>
+#include <QDialog>
 #include <QList>
+#include <QPointer>
 #include <QStringList>
 #include <QUrl>
 
@@ -35,6 +37,7 @@ struct IpnsPublishing
     enum Choice { None, KeysAsked, KeyOffered };
 
     Choice choice = None;             ///< of the latest one's key
+    QPointer<QDialog> question {};    ///< asks for that key
     QString pendingIpnsPublishCid {}; ///< of the latest one, until it has ended
     int running = 0;                  ///< at the node
 };

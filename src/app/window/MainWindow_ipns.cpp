@@ -18,6 +18,17 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Without its answer. It may be closed already, or gone.
+void closeQuestion(QDialog* question)
+{
+    if (question)
+        question->deleteLater();
+}
+
+} // namespace
+
 /// Asks the node nothing: the gateway resolves the name.
 void MainWindow::onOpenViaIpnsClicked()
 {
@@ -49,12 +60,13 @@ void MainWindow::onPublishToIpnsClicked()
     publishToIpns(pinTable->firstSelectedCid());
 }
 
-/// A publish that runs goes on; of one whose key is still to be chosen, this takes the place.
+/// A publish that runs goes on. One whose key is still to be chosen is replaced, and its question is closed.
 void MainWindow::publishToIpns(const QString& cid)
 {
     const QString target = cid.trimmed();
     if (values.contentMode != ContentMode::pinned || target.isEmpty())
         return;
+    closeQuestion(ipns.question);
     ipns.pendingIpnsPublishCid = target;
     ipns.choice = IpnsPublishing::KeysAsked;
     setStatusMessage(tr("Fetching IPNS keys for publish (%1)…").arg(target));
@@ -82,13 +94,11 @@ void MainWindow::askForIpnsKey(const TextQuestion& question)
     ipns.choice = IpnsPublishing::KeyOffered;
     TextQuestion titled = question;
     titled.title = tr("Publish to IPNS");
-    askForText(titled, this, [this](const QString& key) { publishUnder(key); });
+    ipns.question = askForText(titled, this, [this](const QString& key) { publishUnder(key); });
 }
 
 void MainWindow::publishUnder(const QString& key)
 {
-    if (ipns.choice != IpnsPublishing::KeyOffered)
-        return; // the node has been left
     if (key.isEmpty()) {
         dropIpnsChoice();
         return;
@@ -108,6 +118,7 @@ void MainWindow::dropIpnsChoice()
         return;
     ipns.choice = IpnsPublishing::None;
     ipns.pendingIpnsPublishCid.clear();
+    closeQuestion(ipns.question);
     setStatusMessage(tr("IPNS publish cancelled"));
 }
 

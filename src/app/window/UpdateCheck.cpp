@@ -15,6 +15,12 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr int firstErrorStatus = 400;
+
+} // namespace
+
 UpdateCheck::UpdateCheck(QWidget* newParent)
     : QObject(newParent)
     , parent(newParent)
@@ -80,6 +86,8 @@ UpdateAnswer UpdateCheck::take(QNetworkReply* finishedReply)
     const bool isTooLong = body.size() > largestAnswer;
     if (!isTooLong && finishedReply->error() != QNetworkReply::NoError)
         return {.error = finishedReply->errorString()};
+    if (finishedReply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() >= firstErrorStatus)
+        body.clear(); // a page of an error, which is not shown
     UpdateAnswer answer {.versions = judgeVersions(body, QCoreApplication::applicationVersion())};
     if (isTooLong)
         answer.versions.kind = VersionVerdict::Unparsable;
