@@ -66,7 +66,7 @@ private slots:
             const QString clicked = field(0)->text();
             field(0)->clear();
             QTest::keyClick(tree(), Qt::Key_Return);
-            return clicked == field(0)->text() ? clicked : u"differs"_s;
+            return clicked == field(0)->text() ? clicked : u"?"_s;
         };
         QCOMPARE(choose({0, 0}), u"A.B"_s);
         QCOMPARE(choose({0, 1}), u"A.[0]"_s);
@@ -92,7 +92,7 @@ private slots:
         refreshWith(sample);
         QVERIFY(!row({3})->isExpanded());
         toggle->click();
-        QVERIFY(row({3})->isExpanded() && row({3, 0})->isExpanded());
+        QVERIFY(row({3, 0})->isExpanded());
         refreshWith(R"({"A":1,"B":{"c":1}})"); // with a leaf as its first row
         for (int i = 0; i < 2; ++i)
             toggle->click();
@@ -162,10 +162,10 @@ private slots:
             fill(u"k"_s, u"v"_s, json[0] == '"' ? u"String"_s : u"JSON"_s);
             field(0)->setFocus();
             QTest::keyClick(field(0), Qt::Key_Return);
-            QCOMPARE(status()->text() + dialog->focusWidget()->metaObject()->className(), u"Loading…ConfigDialog"_s);
+            QVERIFY(status()->text() == u"Loading…"_s && dialog->focusWidget() == dialog.get());
             QTRY_COMPARE(status()->text(), u"Loaded key 'Swarm.X'"_s);
             QCOMPARE(field(0)->text() + u'=' + field(1)->text(), u"Swarm.X="_s + text);
-            QVERIFY(field(0)->hasFocus());
+            QCOMPARE(dialog->focusWidget(), field(0));
             answerNext(QMessageBox::Yes, [this] { QTest::keyClick(field(1), Qt::Key_Return); });
             QTRY_COMPARE(node->requests(keyPath).constLast().values(u"arg"_s), QStringList({u"Swarm.X"_s, text}));
             QTRY_VERIFY(isIdle());
@@ -193,7 +193,6 @@ private slots:
             button("&Set")->click();
             QTRY_VERIFY(isIdle());
         }
-        QCOMPARE(tree()->topLevelItemCount(), 1);
         answerNext(
             QMessageBox::No, [this] { restore()->click(); },
             u"Restore backup|Restore the previously backed-up config snapshot?"_s);
@@ -208,9 +207,8 @@ private slots:
         restore()->click();
         QTRY_COMPARE(node->count(replacePath), 2);
         for (const NodeRequest& request : node->requests(replacePath)) {
-            const QByteArray document = documentIn(request);
-            QCOMPARE(QJsonDocument::fromJson(document), QJsonDocument::fromJson(sample));
-            QVERIFY(document.contains("\n        \"N\": 9007199254740993,\n"));
+            QCOMPARE(QJsonDocument::fromJson(documentIn(request)), QJsonDocument::fromJson(sample));
+            QVERIFY(request.body.contains("\n        \"N\": 9007199254740993,\n"));
         }
     }
 
@@ -224,7 +222,7 @@ private slots:
                 auto* edit = box.findChild<QPlainTextEdit*>();
                 QCOMPARE(QJsonDocument::fromJson(edit->toPlainText().toUtf8()), QJsonDocument::fromJson(sample));
                 edit->setPlainText(edited);
-                button(accept ? "Replace" : "&Cancel")->click();
+                accept ? button("Replace")->click() : box.reject();
             });
             button("Re&place Config…")->click();
             QTRY_VERIFY(editor.wasGiven());
@@ -300,10 +298,10 @@ private slots:
             ask();
             ++asked;
         }
-        dialog.reset();
+        dialog.reset(); // while it waits
         QTRY_COMPARE(node->headCount(path), asked);
         node->answer(showPath, NodeAnswer::json(sample));
-        open(); // anew, while the former one's call may still be open
+        open();
         QTRY_COMPARE(tree()->topLevelItemCount(), 4);
         if (node->heldCount(path) > 0)
             node->release(path, NodeAnswer::json("{}"));
@@ -323,8 +321,7 @@ private slots:
         change();
         QVERIFY(field(0)->text().isEmpty() && field(1)->text().isEmpty() && tree()->topLevelItemCount() == 0);
         QTRY_COMPARE(tree()->topLevelItemCount(), 1);
-        QTRY_VERIFY(!dialog->findChild<QPlainTextEdit*>());
-        QVERIFY(!restore()->isEnabled() && isIdle());
+        QTRY_VERIFY(!dialog->findChild<QPlainTextEdit*>() && isIdle() && !restore()->isEnabled());
 
         for (const char* asking : {"&Set", "Re&place Config…"}) {
             client->setEndpoint(u"127.0.0.1"_s, node->port());
@@ -377,9 +374,9 @@ private slots:
             const std::clock_t start = std::clock();
             act();
             tree()->repaint();
-            const double taken = double(std::clock() - start) / CLOCKS_PER_SEC; // seconds
-            qInfo("%s: %.3f s", what, taken);
-            return taken < 0.5;
+            const auto taken = (std::clock() - start) * 1000 / CLOCKS_PER_SEC;
+            qInfo("%s: %ld ms", what, taken);
+            return taken < 500;
         };
         QVERIFY(measure("fill", [&] { emit client->configReceived(config); }));
         auto* toggle = dialog->findChild<QPushButton*>(u"expandCollapseBtn"_s);
@@ -389,12 +386,6 @@ private slots:
     }
 
 private:
-    void refreshWith(const QByteArray& config)
-    {
-        node->answer(showPath, NodeAnswer::json(config));
-        button("&Refresh")->click();
-        QTRY_VERIFY(isIdle());
-    }
     QTreeWidgetItem* row(const QList<int>& path) const
     {
         QTreeWidgetItem* item = tree()->invisibleRootItem();
@@ -402,7 +393,6 @@ private:
             item = item->child(place);
         return item;
     }
-    QPushButton* restore() const { return button("Restore &Backup"); }
 };
 
 NORVO_TEST_MAIN(QApplication, tst_ConfigDialog)

@@ -110,7 +110,7 @@ private slots:
         pick("E&xport Presets", u"Export custom presets"_s, path, u"No valid custom presets to export."_s);
         QCOMPARE(contentOf(path), "old");
         const QByteArray file
-            = R"([{"name":"n","key":"k","value":" \"","mode":"JSON"},{"name":"n","key":"k2","mode":"Bool"}])";
+            = R"([{"name":"n","key":"k","value":" v","mode":"JSON"},{"name":"n","key":"k2","mode":"Bool"}])";
         pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"in.json"_s, file),
              u"Imported 2 preset(s)."_s);
         QCOMPARE(box(1)->itemText(box(1)->count() - 1), u"Custom: n"_s);

@@ -70,6 +70,12 @@ protected:
         QCOMPARE(status()->styleSheet(), QStringLiteral("color: darkred;"));
         QCOMPARE(messages.constLast(), QStringLiteral("Config error: ") + problem);
     }
+    void refreshWith(const QByteArray& config)
+    {
+        node->answer(showPath, NodeAnswer::json(config));
+        button("&Refresh")->click();
+        QTRY_VERIFY(isIdle());
+    }
     /// Answers the question that `act` raises, which is `expected`, as its title and its text.
     template <typename Act>
     void answerNext(QMessageBox::StandardButton choice, const Act& act, const QString& expected = {})
@@ -106,6 +112,7 @@ protected:
         const auto all = dialog->findChildren<QPushButton*>();
         return *std::ranges::find(all, QString::fromUtf8(text), &QPushButton::text);
     }
+    QPushButton* restore() const { return button("Restore &Backup"); }
 
     std::unique_ptr<FakeNode> node;
     std::unique_ptr<IpfsClient> client;
