@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!value.isString() && (!parseJsonValueText(sent, &again) || again != value))
         std::abort();
     if (value.isDouble() && jsonValueToDisplayString(value).toDouble() != value.toDouble()
-        && jsonNumberBehindDisplay(value) != sent)
+        && jsonNumberInFull(value) != sent)
         std::abort();
     return 0;
 }

@@ -263,10 +263,12 @@ void ConfigDialog::onRestoreBackupClicked()
         onError(tr("No backup is available."));
         return;
     }
+    // As it is now: while the question is open the node may change twice, and the snapshot is gone then.
+    const QByteArray json = QJsonDocument(backupConfig).toJson(QJsonDocument::Indented);
     if (!confirms(tr("Restore backup"), tr("Restore the previously backed-up config snapshot?"), client->baseUrl()))
         return; // perhaps with the dialog gone
     setLoading(true);
-    client->replaceConfig(QJsonDocument(backupConfig).toJson(QJsonDocument::Indented));
+    client->replaceConfig(json);
 }
 
 void ConfigDialog::onConfigReplaceSucceeded()

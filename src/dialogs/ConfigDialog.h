@@ -8,6 +8,7 @@
 
 class ConfigTree;
 class IpfsClient;
+class QBoxLayout;
 class QComboBox;
 class QLayout;
 class QLineEdit;
@@ -32,6 +33,7 @@ signals:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private slots:
     void onConfigReceived(const QJsonObject& config);
@@ -61,6 +63,7 @@ private:
     QLayout* newKeyRow();
     QLayout* newPresetRow();
     QPushButton* newButton(const QString& text, void (ConfigDialog::*slot)());
+    QLayout* newFoldingRow(QLayout* fields, const QList<QWidget*>& buttons);
     QDialog* newReplaceEditor();
     void connectClient();
 
@@ -93,5 +96,6 @@ private:
     QComboBox* presetCombo = nullptr;
     QPushButton* restoreButton = nullptr;
     QList<QWidget*> idleWidgets {}; ///< enabled while no request runs
+    QList<QBoxLayout*> foldingRows {};
     ConfigTree* configTree = nullptr;
 };

@@ -18,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -77,14 +78,12 @@ QLayout* ConfigDialog::newKeyRow()
     restoreButton = newButton(tr("Restore &Backup"), &ConfigDialog::onRestoreBackupClicked);
     restoreButton->setEnabled(false);
 
-    auto* row = new QHBoxLayout;
-    row->addWidget(keyEdit, keyShare);
-    row->addWidget(valueEdit, valueShare);
-    const QList<QWidget*> others {modeCombo, getButton, setButton, replaceButton, restoreButton};
-    for (QWidget* widget : others)
-        row->addWidget(widget);
+    auto* fields = new QHBoxLayout;
+    fields->addWidget(keyEdit, keyShare);
+    fields->addWidget(valueEdit, valueShare);
+    fields->addWidget(modeCombo);
     idleWidgets += {keyEdit, valueEdit, modeCombo, getButton, setButton, replaceButton};
-    return row;
+    return newFoldingRow(fields, {getButton, setButton, replaceButton, restoreButton});
 }
 
 void ConfigDialog::setupFields()
@@ -104,20 +103,44 @@ QLayout* ConfigDialog::newPresetRow()
     presetCombo = new QComboBox(this);
     presetCombo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     presetCombo->setMinimumContentsLength(presetLetters);
-    auto* row = new QHBoxLayout;
-    row->addWidget(newLabelFor(tr("Prese&ts:"), presetCombo));
-    row->addWidget(presetCombo, 1);
-    idleWidgets.append(presetCombo);
-    const QList<QPushButton*> buttons {newButton(tr("&Apply Preset"), &ConfigDialog::onApplyPresetClicked),
-                                       newButton(tr("Sa&ve Preset"), &ConfigDialog::onSavePresetClicked),
-                                       newButton(tr("&Delete Preset"), &ConfigDialog::onDeletePresetClicked),
-                                       newButton(tr("&Import Presets"), &ConfigDialog::onImportPresetsClicked),
-                                       newButton(tr("E&xport Presets"), &ConfigDialog::onExportPresetsClicked)};
-    for (QPushButton* button : buttons) {
-        row->addWidget(button);
-        idleWidgets.append(button);
-    }
+    auto* choice = new QHBoxLayout;
+    choice->addWidget(newLabelFor(tr("Prese&ts:"), presetCombo));
+    choice->addWidget(presetCombo, 1);
+    const QList<QWidget*> buttons {newButton(tr("&Apply Preset"), &ConfigDialog::onApplyPresetClicked),
+                                   newButton(tr("Sa&ve Preset"), &ConfigDialog::onSavePresetClicked),
+                                   newButton(tr("&Delete Preset"), &ConfigDialog::onDeletePresetClicked),
+                                   newButton(tr("&Import Presets"), &ConfigDialog::onImportPresetsClicked),
+                                   newButton(tr("E&xport Presets"), &ConfigDialog::onExportPresetsClicked)};
+    idleWidgets += presetCombo;
+    idleWidgets += buttons;
+    return newFoldingRow(choice, buttons);
+}
+
+/// Where the dialog is too narrow for one line, its buttons are in a second.
+QLayout* ConfigDialog::newFoldingRow(QLayout* fields, const QList<QWidget*>& buttons)
+{
+    auto* line = new QHBoxLayout;
+    for (QWidget* button : buttons)
+        line->addWidget(button);
+    auto* row = new QBoxLayout(QBoxLayout::LeftToRight);
+    row->addLayout(fields, 1);
+    row->addLayout(line);
+    row->setAlignment(line, Qt::AlignRight);
+    foldingRows.append(row);
     return row;
+}
+
+/// All rows fold at once.
+void ConfigDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    int wanted = 0; // pixels
+    for (const QBoxLayout* row : std::as_const(foldingRows))
+        wanted = std::max(wanted,
+                          row->itemAt(0)->sizeHint().width() + row->spacing() + row->itemAt(1)->sizeHint().width());
+    const bool fits = wanted <= layout()->contentsRect().width();
+    for (QBoxLayout* row : std::as_const(foldingRows))
+        row->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
 /// Return belongs to the fields.

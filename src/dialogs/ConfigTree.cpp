@@ -21,16 +21,15 @@ constexpr qsizetype mostInACell = 60; // characters; more than these may be cut 
 constexpr int arrayItem = QTreeWidgetItem::UserType;
 constexpr auto arraySuffix = " []"_L1;
 
-/// Shows the head of a very long text: a megabyte would be shaped anew, for most of a second, each time it is painted.
-class ShortTexts : public QStyledItemDelegate
+/// Shows a text in one line, and the middle of a very long one not at all: a megabyte would be shaped anew, for most of
+/// a second, each time it is painted, and one text of many lines in the first row would make every row as high.
+class LineTexts : public QStyledItemDelegate
 {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
-    QString displayText(const QVariant& value, const QLocale& locale) const override
+    QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
     {
-        constexpr qsizetype mostShown = 2000; // characters; wider than any screen
-        const QString text = QStyledItemDelegate::displayText(value, locale);
-        return text.size() > mostShown ? text.first(mostShown) + u'…' : text;
+        return lineForLabel(value.toString());
     }
 };
 
@@ -58,7 +57,7 @@ QTreeWidgetItem* newConfigLeaf(const QString& key, const QJsonValue& value)
 {
     const QString text = jsonValueToDisplayString(value);
     auto* item = new QTreeWidgetItem({key, text});
-    if (const QString number = jsonNumberBehindDisplay(value); !number.isEmpty())
+    if (const QString number = jsonNumberInFull(value); !number.isEmpty())
         item->setToolTip(1, number);
     else if (text.size() > mostInACell)
         item->setToolTip(1, plainToolTip(messageForLabel(text)));
@@ -103,10 +102,11 @@ ConfigTree::ConfigTree(QWidget* parent)
     setAnimated(true);
     setExpandsOnDoubleClick(true);
     setUniformRowHeights(true); // thousands of rows are laid out without being measured
-    setItemDelegate(new ShortTexts(this));
+    setItemDelegate(new LineTexts(this));
     setAccessibleName(tr("Configuration"));
     copyCellsOnRequest(this);
     connect(this, &QTreeWidget::itemClicked, this, &ConfigTree::chooseKey);
+    connect(this, &QTreeWidget::itemActivated, this, &ConfigTree::chooseKey); // by the keyboard
     connect(this, &QTreeWidget::itemExpanded, this, &ConfigTree::reportToggle);
     connect(this, &QTreeWidget::itemCollapsed, this, &ConfigTree::reportToggle);
 }

@@ -22,8 +22,8 @@ public:
     std::optional<bool> firstRowExpanded() const;
 
 signals:
-    /// A row without others below it was clicked; its dotted key, of an element that of its array. Not emitted for what
-    /// a dotted key can't name.
+    /// A row without others below it was clicked, or Return pressed on it; its dotted key, of an element that of its
+    /// array. Not emitted for what a dotted key can't name.
     void keyChosen(QString key);
     /// The first row was expanded or collapsed, by itself or with all others.
     void firstRowToggled();

@@ -74,7 +74,7 @@ QString jsonValueToCompactString(const QJsonValue& value)
 {
     if (value.isNull())
         return u"null"_s;
-    const QString missing = jsonNumberBehindDisplay(value);
+    const QString missing = jsonNumberInFull(value);
     return missing.isEmpty() ? jsonValueToDisplayString(value) : missing;
 }
 
@@ -95,7 +95,7 @@ QString jsonValueToDisplayString(const QJsonValue& value)
     }
 }
 
-QString jsonNumberBehindDisplay(const QJsonValue& value)
+QString jsonNumberInFull(const QJsonValue& value)
 {
     if (!value.isDouble() || isWholeNumber(sixDigits(value.toDouble()), value))
         return {};

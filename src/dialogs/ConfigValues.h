@@ -19,8 +19,8 @@ inline constexpr QLatin1StringView json {"JSON"};
 QString jsonValueToCompactString(const QJsonValue& value);
 /// A value as the tree shows it: null as nothing, numbers with six digits.
 QString jsonValueToDisplayString(const QJsonValue& value);
-/// The number that jsonValueToDisplayString only shows the first digits of; empty for any other value.
-QString jsonNumberBehindDisplay(const QJsonValue& value);
+/// All digits of a number that jsonValueToDisplayString shortens; empty for any other value.
+QString jsonNumberInFull(const QJsonValue& value);
 
 /// Reads any JSON value, a bare scalar included, into `out`. False for text that is no JSON, and `out` stays.
 bool parseJsonValueText(const QString& text, QJsonValue* out);
