@@ -25,6 +25,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto dhtArgKey = "DhtStatsDialog/dhtArg"_L1;
+constexpr auto dhtPath = "/stats/dht"_L1;
 constexpr int comboWidth = 140;
 
 } // namespace
@@ -32,7 +33,6 @@ constexpr int comboWidth = 140;
 DhtStatsDialog::DhtStatsDialog(IpfsClient* newClient, QWidget* parent)
     : QDialog(parent)
     , client(newClient)
-    , nodeWords(new NodeWords(newClient, u"/stats/dht"_s, this))
 {
     setWindowTitle(tr("DHT stats"));
     DialogSizing::attach(this,
@@ -49,6 +49,8 @@ void DhtStatsDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
     column->addLayout(newHeaderRow());
+    nodeWords = new NodeWords(client, {{.path = dhtPath}}, this);
+    column->addWidget(nodeWords);
     column->addWidget(newScrollArea(), 1);
 }
 
@@ -151,7 +153,8 @@ void DhtStatsDialog::onDhtStatsReceived(const QJsonValue& answer)
     setLoading(false);
     clearContent();
     buildContentFromValue(answer);
-    statusLabel->showProgress(nodeWords->takeBelow(tr("Loaded from /api/v0/stats/dht")));
+    statusLabel->showProgress(tr("Loaded from /api/v0/stats/dht"));
+    nodeWords->showFor(dhtPath);
     emit statusMessageRequested(tr("DHT stats loaded"));
     DialogSizing::requestRefit(this);
 }
@@ -160,7 +163,8 @@ void DhtStatsDialog::onError(const QString& message)
 {
     setLoading(false);
     clearContent();
-    statusLabel->showFailure(nodeWords->takeBelow(message));
+    statusLabel->showFailure(message);
+    nodeWords->showFor(dhtPath);
     emit statusMessageRequested(tr("DHT stats error: %1").arg(message));
     DialogSizing::requestRefit(this);
 }
@@ -174,6 +178,7 @@ void DhtStatsDialog::onEndpointChanged()
         return;
     }
     setLoading(false);
+    nodeWords->forget();
     statusLabel->showHint(tr("Click Refresh to load /api/v0/stats/dht"));
 }
 

@@ -51,9 +51,9 @@ private:
     void buildContentFromValue(const QJsonValue& value);
 
     IpfsClient* client;
-    NodeWords* nodeWords;
     QComboBox* dhtCombo = nullptr;
     StatusLabel* statusLabel = nullptr;
+    NodeWords* nodeWords = nullptr;
     QPushButton* refreshButton = nullptr;
     QWidget* content = nullptr;
     QVBoxLayout* contentLayout = nullptr; ///< its last item is a stretch

@@ -4,7 +4,7 @@
 #include "DhtStatsDialog.h"
 #include "FakeNode.h"
 #include "IpfsClient.h"
-#include "StatusLabel.h"
+#include "NodeWords.h"
 #include "TestMain.h"
 
 #include <QApplication>
@@ -179,12 +179,16 @@ private slots:
     void theNodesWordsAreShown()
     {
         answerHeld(NodeAnswer::error("this command must be run in online mode. Try running 'ipfs daemon' first"));
-        QTRY_VERIFY(status().endsWith(u"\nThe node says: this command must be run in online mode. Try running "
-                                      "'ipfs daemon' first"_s));
+        QTRY_COMPARE(nodeWords()->text(),
+                     u"The node says: this command must be run in online mode. Try running 'ipfs daemon' first"_s);
+        QVERIFY(nodeWords()->isVisible() && nodeWords()->textFormat() == Qt::PlainText);
+        QVERIFY(status().startsWith(u"Failed to get DHT stats: "_s) && !status().contains(u'\n'));
         button()->click();
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
+        QVERIFY(!nodeWords()->isVisible());
         answerHeld(NodeAnswer::brokenOff(wanAndLan, "no LAN client found"));
-        QTRY_COMPARE(status(), u"Loaded from /api/v0/stats/dht\nThe node says: no LAN client found"_s);
+        QTRY_COMPARE(status(), u"Loaded from /api/v0/stats/dht"_s);
+        QCOMPARE(nodeWords()->text(), u"The node says: no LAN client found"_s);
         QVERIFY(!titles().isEmpty());
     }
 
@@ -237,6 +241,7 @@ private:
         return cells.join(u'|');
     }
     QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
+    NodeWords* nodeWords() const { return dialog->findChild<NodeWords*>(); }
     QComboBox* combo() const { return dialog->findChild<QComboBox*>(); }
     QPushButton* button() const { return dialog->findChild<QPushButton*>(); }
 
