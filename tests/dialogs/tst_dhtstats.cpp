@@ -134,6 +134,29 @@ private slots:
         }
     }
 
+    /// A table is there when all of its rows are, and scrolls by itself if it is taller than a widget can be.
+    void aLargeBucketComesInTurns()
+    {
+        constexpr int rows = 100'000;
+        QJsonArray peers;
+        for (int i = 0; i < rows; ++i)
+            peers.append(QJsonObject {{u"ID"_s, u"p%1"_s.arg(i)}});
+        const QJsonObject bucket {{u"Peers"_s, peers}};
+        const QJsonObject view {{u"Buckets"_s, QJsonArray {bucket, QJsonObject()}}};
+        emit client->dhtStatsReceived(view);
+        QVERIFY(!isComplete() && !tables().first()->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(isComplete(), 20'000);
+        QCOMPARE(titles().last(), u"Bucket 1 — Last refresh:  (no peers)"_s);
+        QTableWidget* table = tables().first();
+        QCOMPARE(table->rowCount(), rows);
+        QCOMPARE(rowOf(*table, 0) + rowOf(*table, rows - 1), u"p0||No||p99999||No||"_s);
+        QTRY_VERIFY(table->isVisible() && table->verticalScrollBar()->maximum() > 0);
+        emit client->dhtStatsReceived(view);
+        emit client->dhtStatsReceived(manyBuckets(1)); // before the table is whole
+        QTRY_COMPARE_WITH_TIMEOUT(titles().size(), 2, 20'000);
+        QCOMPARE(tables().size(), 1);
+    }
+
     void fillingEndsWithWhatFollows()
     {
         emit client->dhtStatsReceived(manyBuckets(150));

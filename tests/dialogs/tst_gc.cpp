@@ -72,6 +72,7 @@ private slots:
         row("numbers that 64 bits don't hold", R"({"RepoSize":1e300,"NumObjects":-1e300})",
             u"NumObjects: —\nRepoSize: —"_s);
         row("limit of letters", R"({"StorageMax":"ten"})", empty + u"\nStorageMax: 0 B (0 B)"_s);
+        row("limit that is only a text", R"({"StorageMax":null})", u"StorageMax: \n"_s + empty);
         row("limit of no kind", R"({"StorageMax":{"a":1},"RepoPath":7})", empty);
     }
     void statLines()

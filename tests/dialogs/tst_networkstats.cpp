@@ -241,7 +241,6 @@ private slots:
                 return;
             inSight = view()->isFilling() ? view()->toPlainText() : QString();
             button("Copy JSON"_L1)->click();
-            view()->selectAll();
         });
         answer(1);
         answer(2);
@@ -252,7 +251,6 @@ private slots:
         QVERIFY(!inSight.isEmpty() && inSight.size() < copied.size() && copied.startsWith(inSight));
         QTRY_VERIFY_WITH_TIMEOUT(!view()->isFilling(), 30'000);
         QCOMPARE(view()->toPlainText(), copied);
-        QVERIFY(view()->textCursor().hasSelection());
         QCOMPARE(snapshot()["swarm"_L1]["peers"_L1][10'000]["addr"_L1].toString(), u"/ip4/203.0.113.7/tcp/9999"_s);
 
         emit client->swarmPeersReceived({}); // a short one ends the turns of a long one
