@@ -122,13 +122,22 @@ void DhtStatsDialog::hideEvent(QHideEvent* event)
     QDialog::hideEvent(event);
 }
 
+/// While its widget is disabled, the focus waits at the dialog itself: one goes through the choices with the arrow
+/// keys.
 void DhtStatsDialog::setLoading(bool on)
 {
+    if (on && !loading) {
+        focusBefore = focusWidget();
+        if (focusBefore == dhtCombo || focusBefore == refreshButton)
+            setFocus();
+    }
     loading = on;
     refreshButton->setEnabled(!on);
     dhtCombo->setEnabled(!on);
     if (on)
         statusLabel->showProgress(tr("Loading…"));
+    else if (focusWidget() == this && focusBefore)
+        focusBefore->setFocus();
 }
 
 void DhtStatsDialog::onDhtChosen()

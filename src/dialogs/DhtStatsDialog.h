@@ -58,5 +58,6 @@ private:
     QWidget* content = nullptr;
     QVBoxLayout* contentLayout = nullptr; ///< its last item is a stretch
     QPointer<DhtGroups> groups {};        ///< while they are being built
+    QPointer<QWidget> focusBefore {};     ///< where the focus was when a request began
     bool loading = false;
 };

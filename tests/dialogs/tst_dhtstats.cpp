@@ -185,10 +185,14 @@ private slots:
         QVERIFY(!combo()->isEnabled() && !button()->isEnabled());
         node->release(dhtPath, NodeAnswer::json("[]"));
         QTRY_VERIFY(combo()->isEnabled() && button()->isEnabled());
+        combo()->setFocus();
         combo()->setCurrentIndex(4);
+        QVERIFY(dialog->focusWidget() == dialog.get());
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
         QCOMPARE(messages.last(), u"Fetching DHT stats (lanserver)…"_s);
         QCOMPARE(node->requests(dhtPath).first().rawQuery + node->requests(dhtPath).last().rawQuery, "arg=lanserver");
+        node->release(dhtPath, NodeAnswer::json("[]"));
+        QTRY_COMPARE(dialog->focusWidget(), combo());
         messages.clear();
         open();
         QCOMPARE(combo()->currentData(), u"lanserver"_s);
