@@ -120,10 +120,9 @@ private slots:
         row("bad bad bad",
             {u"connectivity poor Connected peers: 0"_s, u"routing degraded Connected DHT peers: 0"_s,
              u"exchange degraded Bitswap peers: 0, wantlist: 0"_s});
-        row("good failed failed", {swarm, u"routing degraded no DHT"_s, u"exchange degraded no bitswap"_s});
-        row("failed bad failed",
-            {u"connectivity poor no swarm"_s, u"routing degraded Connected DHT peers: 0"_s,
-             u"exchange degraded no bitswap"_s});
+        row("failed failed good",
+            {u"connectivity poor no swarm"_s, u"routing degraded no DHT"_s,
+             u"exchange good Bitswap peers: 3, wantlist: 0"_s});
         row("failed failed failed",
             {u"connectivity unknown no swarm"_s, u"routing unknown no DHT"_s, u"exchange unknown no bitswap"_s});
     }
