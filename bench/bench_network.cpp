@@ -2,8 +2,8 @@
 // How the network window takes the three answers of a node with 10,000 connections and a full DHT.
 
 #include "BenchSupport.h"
-#include "GradualText.h"
 #include "IpfsClient.h"
+#include "LineView.h"
 #include "NetworkStatsDialog.h"
 
 #include <QJsonArray>
@@ -49,23 +49,24 @@ QJsonArray routingTables()
 /// From an answer to the first screen of its snapshot, and to the last line; false if that takes too long.
 bool measure(Bench& bench, const NetworkStatsDialog& dialog, const QString& answer, const std::function<void()>& arrive)
 {
-    const auto* text = dialog.findChild<GradualText*>();
-    const qsizetype before = text->text().size();
+    const auto* view = dialog.findChild<LineView*>();
+    const auto letters = [view] { return view->document()->characterCount(); };
+    const int before = letters();
     bench.start();
     arrive();
-    while (text->text().size() == before && bench.seconds() < longestSeconds)
+    while (letters() == before && bench.seconds() < longestSeconds)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 1);
     const double shownMs = bench.seconds() * 1000;
-    while (!text->isComplete() && bench.seconds() < longestSeconds)
+    while (view->isFilling() && bench.seconds() < longestSeconds)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 1);
     bench.result = {{u"answer"_s, answer},
-                    {u"characters"_s, text->text().size()},
+                    {u"characters"_s, letters()},
                     {u"shownMs"_s, shownMs},
                     {u"completeMs"_s, bench.seconds() * 1000},
                     {u"stallMs"_s, bench.takeStallMs()},
                     {u"peakRssMiB"_s, peakRssMiB()}};
     bench.print();
-    return text->isComplete() && text->text().size() != before;
+    return !view->isFilling() && letters() != before;
 }
 
 } // namespace

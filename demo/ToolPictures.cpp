@@ -4,7 +4,6 @@
 #include "DhtGroups.h"
 #include "DhtStatsDialog.h"
 #include "GcDialog.h"
-#include "GradualText.h"
 #include "LineView.h"
 #include "MainWindow.h"
 #include "NetworkStatsDialog.h"
@@ -60,7 +59,7 @@ void takeToolPictures(MainWindow& window, const std::function<void(QWidget*, QLa
     awaitThat(
         [&] {
             return window.statusLog().constLast().endsWith(u"  Network diagnostics loaded"_s)
-                && network->findChild<GradualText*>()->isComplete();
+                && !network->findChild<LineView*>()->isFilling();
         },
         u"no network came"_s);
     take(network, "network-stats"_L1);

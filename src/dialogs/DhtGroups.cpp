@@ -25,6 +25,8 @@ constexpr int firstTurnMs = 60;
 constexpr int turnMs = 15;
 constexpr int agentColumn = 1;
 constexpr int widestAgent = 300;
+constexpr int tallestTable = 1'000'000; // pixels; a widget ends at 16 millions, and so does all that the dialog shows
+constexpr int rowsInAStep = 100;        // less than 1 ms; a real bucket has 20
 
 /// A box for foreign text, which is not to name a key or to widen the dialog.
 QGroupBox* newBox(const QString& title, const QString& style, QWidget* parent)
@@ -39,6 +41,16 @@ QGroupBox* newBox(const QString& title, const QString& style, QWidget* parent)
 int wholeHeight(const QTableWidget& table)
 {
     return table.horizontalHeader()->sizeHint().height() + table.verticalHeader()->length() + 2 * table.frameWidth();
+}
+
+/// Removes some rows of a table with many; false if there is none.
+bool shortenTable(const QWidget& box)
+{
+    auto* table = box.findChild<QTableWidget*>();
+    if (!table || table->rowCount() <= rowsInAStep)
+        return false;
+    table->setRowCount(table->rowCount() - rowsInAStep);
+    return true;
 }
 
 } // namespace
@@ -73,7 +85,9 @@ void DhtGroups::work(int milliseconds)
 /// The next piece of the work; false if there is none.
 bool DhtGroups::step()
 {
-    if (nextBucket < buckets.size())
+    if (table)
+        addRows();
+    else if (nextBucket < buckets.size())
         addBucket();
     else if (!views.isEmpty())
         beginView();
@@ -109,18 +123,18 @@ void DhtGroups::addBucket()
                             u"QGroupBox { font-weight: normal; margin-top: 6px; } "
                             "QGroupBox::title { subcontrol-origin: margin; left: 8px; padding: 0 4px; }"_s,
                             group);
-    if (const QJsonArray peers = bucket.value("Peers"_L1).toArray(); !peers.isEmpty()) {
-        QTableWidget* table = newTable(peers, box);
-        table->setAccessibleName(title);
-        box->layout()->addWidget(table);
-        tables.append(table);
-    }
     group->layout()->addWidget(box);
+    peers = bucket.value("Peers"_L1).toArray();
+    nextRow = 0;
+    if (!peers.isEmpty()) {
+        beginTable(box);
+        table->setAccessibleName(title);
+    }
 }
 
-QTableWidget* DhtGroups::newTable(const QJsonArray& peers, QWidget* parent)
+void DhtGroups::beginTable(QWidget* box)
 {
-    auto* table = new QTableWidget(static_cast<int>(peers.size()), columns, parent);
+    table = new QTableWidget(static_cast<int>(peers.size()), columns, box);
     table->setHorizontalHeaderLabels(dhtPeerColumns());
     table->setAlternatingRowColors(true);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -129,22 +143,37 @@ QTableWidget* DhtGroups::newTable(const QJsonArray& peers, QWidget* parent)
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(false);
     copyCellsOnRequest(table);
-    for (int row = 0; row < table->rowCount(); ++row) {
-        const QStringList cells = dhtPeerCells(peers.at(row).toObject());
-        for (int column = 0; column < columns; ++column)
-            table->setItem(row, column, new QTableWidgetItem(cells.at(column)));
-        table->item(row, agentColumn)->setToolTip(plainToolTip(cells.at(agentColumn))); // the widest are cut
-    }
-    measure(table);
-    alignTable(table); // with the tables before it; with all others in the end
-    // The dialog scrolls as a whole, not the table in it.
-    table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table->setFixedHeight(wholeHeight(*table));
-    return table;
 }
 
-void DhtGroups::measure(QTableWidget* table)
+void DhtGroups::addRows()
+{
+    const int end = std::min(nextRow + rowsInAStep, table->rowCount());
+    for (; nextRow < end; ++nextRow) {
+        const QStringList cells = dhtPeerCells(peers.at(nextRow).toObject());
+        for (int column = 0; column < columns; ++column)
+            table->setItem(nextRow, column, new QTableWidgetItem(cells.at(column)));
+        table->item(nextRow, agentColumn)->setToolTip(plainToolTip(cells.at(agentColumn))); // the widest are cut
+    }
+    if (nextRow == table->rowCount())
+        showTable();
+}
+
+void DhtGroups::showTable()
+{
+    measure();
+    alignTable(table); // with the tables before it; with all others in the end
+    // The dialog scrolls as a whole, not the table in it.
+    table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    const int height = wholeHeight(*table);
+    if (height <= tallestTable)
+        table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    table->setFixedHeight(std::min(height, tallestTable));
+    table->parentWidget()->layout()->addWidget(table);
+    tables.append(table);
+    table = nullptr;
+}
+
+void DhtGroups::measure()
 {
     table->resizeColumnsToContents();
     for (int column = 0; column < columns; ++column) {
@@ -155,14 +184,14 @@ void DhtGroups::measure(QTableWidget* table)
 }
 
 /// The last column takes what is left, and never less than its cells need: the dialog scrolls sideways then.
-void DhtGroups::alignTable(QTableWidget* table) const
+void DhtGroups::alignTable(QTableWidget* shown) const
 {
-    QHeaderView* header = table->horizontalHeader();
+    QHeaderView* header = shown->horizontalHeader();
     for (int column = 0; column < columns - 1; ++column)
-        table->setColumnWidth(column, widths.at(static_cast<size_t>(column)));
+        shown->setColumnWidth(column, widths.at(static_cast<size_t>(column)));
     header->setSectionResizeMode(QHeaderView::Fixed);
     header->setSectionResizeMode(columns - 1, QHeaderView::Stretch);
-    table->setMinimumWidth(std::accumulate(widths.begin(), widths.end(), 2 * table->frameWidth()));
+    shown->setMinimumWidth(std::accumulate(widths.begin(), widths.end(), 2 * shown->frameWidth()));
 }
 
 void deleteInTurns(QWidget* group)
@@ -174,7 +203,8 @@ void deleteInTurns(QWidget* group)
         QElapsedTimer time;
         time.start();
         while (auto* box = group->findChild<QGroupBox*>(QString(), Qt::FindDirectChildrenOnly)) {
-            delete box;
+            if (!shortenTable(*box))
+                delete box;
             if (time.elapsed() >= turnMs)
                 return;
         }

@@ -38,9 +38,11 @@ private:
     bool step();
     void beginView();
     void addBucket();
-    QTableWidget* newTable(const QJsonArray& peers, QWidget* parent);
-    void measure(QTableWidget* table);
-    void alignTable(QTableWidget* table) const;
+    void beginTable(QWidget* box);
+    void addRows();
+    void showTable();
+    void measure();
+    void alignTable(QTableWidget* shown) const;
 
     QList<QJsonObject> views; ///< those that are not begun yet
     QVBoxLayout* layout;
@@ -48,11 +50,15 @@ private:
     QGroupBox* group = nullptr; ///< of the view that is being built
     QJsonArray buckets {};      ///< of that view
     qsizetype nextBucket = 0;
+    QTableWidget* table = nullptr; ///< of the bucket that is being built, not shown before it has all of its rows
+    QJsonArray peers {};           ///< of that bucket
+    int nextRow = 0;
     QList<QTableWidget*> tables {}; ///< of all views
     qsizetype nextToAlign = 0;
     std::array<int, columns> widths {}; ///< of all tables, in pixels
     QTimer turn;
 };
 
-/// Hides a view's group at once and deletes it later, one bucket after the other in turns of the event loop.
+/// Hides a view's group at once and deletes it later, in turns of the event loop: one bucket after the other, and of a
+/// large one some rows after others.
 void deleteInTurns(QWidget* group);

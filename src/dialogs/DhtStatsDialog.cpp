@@ -25,6 +25,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto dhtArgKey = "DhtStatsDialog/dhtArg"_L1;
+constexpr auto dhtPath = "/stats/dht"_L1;
 constexpr int comboWidth = 140;
 
 } // namespace
@@ -32,7 +33,6 @@ constexpr int comboWidth = 140;
 DhtStatsDialog::DhtStatsDialog(IpfsClient* newClient, QWidget* parent)
     : QDialog(parent)
     , client(newClient)
-    , nodeWords(new NodeWords(newClient, u"/stats/dht"_s, this))
 {
     setWindowTitle(tr("DHT stats"));
     DialogSizing::attach(this,
@@ -49,6 +49,8 @@ void DhtStatsDialog::setupUi()
 {
     auto* column = new QVBoxLayout(this);
     column->addLayout(newHeaderRow());
+    nodeWords = new NodeWords(client, {{.path = dhtPath}}, this);
+    column->addWidget(nodeWords);
     column->addWidget(newScrollArea(), 1);
 }
 
@@ -120,13 +122,22 @@ void DhtStatsDialog::hideEvent(QHideEvent* event)
     QDialog::hideEvent(event);
 }
 
+/// While its widget is disabled, the focus waits at the dialog itself: one goes through the choices with the arrow
+/// keys.
 void DhtStatsDialog::setLoading(bool on)
 {
+    if (on && !loading) {
+        focusBefore = focusWidget();
+        if (focusBefore == dhtCombo || focusBefore == refreshButton)
+            setFocus();
+    }
     loading = on;
     refreshButton->setEnabled(!on);
     dhtCombo->setEnabled(!on);
     if (on)
         statusLabel->showProgress(tr("Loading…"));
+    else if (focusWidget() == this && focusBefore)
+        focusBefore->setFocus();
 }
 
 void DhtStatsDialog::onDhtChosen()
@@ -151,7 +162,8 @@ void DhtStatsDialog::onDhtStatsReceived(const QJsonValue& answer)
     setLoading(false);
     clearContent();
     buildContentFromValue(answer);
-    statusLabel->showProgress(nodeWords->takeBelow(tr("Loaded from /api/v0/stats/dht")));
+    statusLabel->showProgress(tr("Loaded from /api/v0/stats/dht"));
+    nodeWords->showFor(dhtPath);
     emit statusMessageRequested(tr("DHT stats loaded"));
     DialogSizing::requestRefit(this);
 }
@@ -160,7 +172,8 @@ void DhtStatsDialog::onError(const QString& message)
 {
     setLoading(false);
     clearContent();
-    statusLabel->showFailure(nodeWords->takeBelow(message));
+    statusLabel->showFailure(message);
+    nodeWords->showFor(dhtPath);
     emit statusMessageRequested(tr("DHT stats error: %1").arg(message));
     DialogSizing::requestRefit(this);
 }
@@ -174,6 +187,7 @@ void DhtStatsDialog::onEndpointChanged()
         return;
     }
     setLoading(false);
+    nodeWords->forget();
     statusLabel->showHint(tr("Click Refresh to load /api/v0/stats/dht"));
 }
 

@@ -51,12 +51,13 @@ private:
     void buildContentFromValue(const QJsonValue& value);
 
     IpfsClient* client;
-    NodeWords* nodeWords;
     QComboBox* dhtCombo = nullptr;
     StatusLabel* statusLabel = nullptr;
+    NodeWords* nodeWords = nullptr;
     QPushButton* refreshButton = nullptr;
     QWidget* content = nullptr;
     QVBoxLayout* contentLayout = nullptr; ///< its last item is a stretch
     QPointer<DhtGroups> groups {};        ///< while they are being built
+    QPointer<QWidget> focusBefore {};     ///< where the focus was when a request began
     bool loading = false;
 };

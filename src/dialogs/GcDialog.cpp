@@ -16,11 +16,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr auto statPath = "/repo/stat"_L1;
+constexpr auto gcPath = "/repo/gc"_L1;
+
+} // namespace
+
 GcDialog::GcDialog(IpfsClient* newClient, QWidget* parent)
     : QDialog(parent)
     , client(newClient)
-    , statWords(new NodeWords(newClient, u"/repo/stat"_s, this))
-    , gcWords(new NodeWords(newClient, u"/repo/gc"_s, this))
 {
     setWindowTitle(tr("Repo stats"));
     DialogSizing::attach(this,
@@ -53,6 +58,8 @@ void GcDialog::setupUi()
     row->addWidget(gcButton);
     auto* column = new QVBoxLayout(this);
     column->addLayout(row);
+    nodeWords = new NodeWords(client, {{.path = statPath}, {.path = gcPath}}, this);
+    column->addWidget(nodeWords);
     column->addWidget(textView, 1);
 }
 
@@ -86,6 +93,7 @@ void GcDialog::start(const QString& progress, const QString& statusMessage)
 {
     setLoading(true);
     textView->clearLines();
+    nodeWords->forget();
     statusLabel->showProgress(progress);
     emit statusMessageRequested(statusMessage);
 }
@@ -93,14 +101,12 @@ void GcDialog::start(const QString& progress, const QString& statusMessage)
 void GcDialog::onRepoStatsClicked()
 {
     start(tr("Loading repo stats..."), tr("Fetching repo stats..."));
-    statWords->forget();
     client->fetchRepoStat();
 }
 
 void GcDialog::onRunGcClicked()
 {
     start(tr("Running GC..."), tr("Running repo garbage collection..."));
-    gcWords->forget();
     gcRuns = true;
     client->runRepoGc();
 }
@@ -121,6 +127,7 @@ void GcDialog::onRepoStatReceived(const QJsonObject& stat)
 {
     showText({{.lines = repoStatLines(stat, logTime())}});
     statusLabel->showProgress(tr("Repo stats loaded"));
+    nodeWords->showFor(statPath);
     emit statusMessageRequested(tr("Repo stats loaded"));
     setLoading(false);
 }
@@ -128,7 +135,8 @@ void GcDialog::onRepoStatReceived(const QJsonObject& stat)
 void GcDialog::onRepoStatFailed(const QString& message)
 {
     setLoading(false);
-    showFailure(statWords->takeBelow(message));
+    showFailure(message);
+    nodeWords->showFor(statPath);
     emit statusMessageRequested(tr("Repo stats error: %1").arg(message));
 }
 
@@ -148,8 +156,8 @@ void GcDialog::onRepoGcCompleted(const QStringList& collectedCids, const QString
     if (!isFormer || !loading) {
         setLoading(false);
         showText(gcReportParts(collectedCids, errors, logTime()));
-        statusLabel->showProgress(isFormer ? tr("GC completed at the former node")
-                                           : gcWords->takeBelow(tr("GC completed")));
+        statusLabel->showProgress(isFormer ? tr("GC completed at the former node") : tr("GC completed"));
+        nodeWords->showFor(gcPath);
     }
     emit statusMessageRequested(tr("Repo GC finished: %1 collected, %2 errors")
                                     .arg(QString::number(collectedCids.size()), QString::number(errors.size())));
@@ -159,7 +167,8 @@ void GcDialog::onRepoGcFailed(const QString& message)
 {
     if (!takeFormerGc() || !loading) {
         setLoading(false);
-        showFailure(gcWords->takeBelow(message));
+        showFailure(message);
+        nodeWords->showFor(gcPath);
     }
     emit statusMessageRequested(tr("Repo GC error: %1").arg(message));
 }
@@ -174,5 +183,6 @@ void GcDialog::onEndpointChanged()
     }
     setLoading(false);
     textView->clearLines();
+    nodeWords->forget();
     statusLabel->showHint(tr("Repo stats"));
 }

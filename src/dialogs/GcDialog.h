@@ -46,9 +46,8 @@ private:
     bool takeFormerGc();
 
     IpfsClient* client;
-    NodeWords* statWords;
-    NodeWords* gcWords;
     StatusLabel* statusLabel = nullptr;
+    NodeWords* nodeWords = nullptr;
     QPushButton* statsButton = nullptr;
     QPushButton* gcButton = nullptr;
     LineView* textView = nullptr;

@@ -263,7 +263,9 @@ SnapshotView viewOfSnapshot(const QJsonObject& snapshot)
     const QJsonObject dht = snapshot.value("dht"_L1).toObject();
     const QJsonObject bitswap = snapshot.value("bitswap"_L1).toObject();
     const QJsonObject health = snapshot.value("health"_L1).toObject();
-    return {.json = QString::fromUtf8(QJsonDocument(snapshot).toJson()),
+    const QString json = QString::fromUtf8(QJsonDocument(snapshot).toJson());
+    return {.json = json,
+            .jsonLines = json.split(u'\n'),
             .signalLines = {Texts::tr("Connectivity: swarm peers = %1").arg(countText(swarm, "count"_L1)),
                             Texts::tr("Routing: DHT peers = %1, DHT views = %2")
                                 .arg(countText(dht, "connected_peers"_L1), countText(dht, "total_dhts"_L1)),

@@ -35,6 +35,7 @@ QJsonObject buildSnapshot(const NetworkFacts& facts, const QDateTime& timestamp)
 struct SnapshotView
 {
     QString json {};            ///< the document, indented
+    QStringList jsonLines {};   ///< the same
     QStringList signalLines {}; ///< connectivity, routing, exchange
 };
 SnapshotView viewOfSnapshot(const QJsonObject& snapshot);

@@ -4,8 +4,9 @@
 #include "Detached.h"
 #include "DialogSizing.h"
 #include "FileWriter.h"
-#include "GradualText.h"
 #include "IpfsClient.h"
+#include "LineView.h"
+#include "NodeWords.h"
 #include "PlainText.h"
 #include "StatusLabel.h"
 
@@ -13,10 +14,10 @@
 #include <QBoxLayout>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QPushButton>
 #include <QShowEvent>
-#include <QTextEdit>
 #include <QTime>
 
 #include <algorithm>
@@ -77,11 +78,13 @@ void NetworkStatsDialog::setupUi()
         label->setStyleSheet(u"font-weight: bold;"_s);
         column->addWidget(label);
     }
-    causeLabel = newPlainLabel({}, this);
-    causeLabel->setWordWrap(true);
-    causeLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    column->addWidget(causeLabel);
-    setupView();
+    QList<NodeWords::Call> calls;
+    calls.reserve(networkCalls.size());
+    for (const NetworkCall& call : networkCalls)
+        calls.append({.path = call.path, .line = tr(call.cause)});
+    causes = new NodeWords(client, calls, this);
+    column->addWidget(causes);
+    jsonView = newView();
     column->addWidget(jsonView, 1);
     jsonView->setFocus(); // "Refresh" is disabled at first
 }
@@ -106,14 +109,13 @@ QPushButton* NetworkStatsDialog::newButton(const QString& text, void (NetworkSta
     return button;
 }
 
-void NetworkStatsDialog::setupView()
+LineView* NetworkStatsDialog::newView()
 {
-    jsonView = new QTextEdit(this);
-    jsonView->setAccessibleName(tr("Network snapshot"));
-    jsonView->setPlaceholderText(tr("Network snapshot JSON will appear here."));
-    jsonView->setLineWrapMode(QTextEdit::NoWrap);
-    jsonView->setTabChangesFocus(true);
-    jsonText = new GradualText(jsonView);
+    auto* view = new LineView(this);
+    view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    view->setAccessibleName(tr("Network snapshot"));
+    view->setPlaceholderText(tr("Network snapshot JSON will appear here."));
+    return view;
 }
 
 void NetworkStatsDialog::connectClient()
@@ -124,7 +126,6 @@ void NetworkStatsDialog::connectClient()
     connect(client, &IpfsClient::dhtStatsFailed, this, &NetworkStatsDialog::onDhtStatsFailed);
     connect(client, &IpfsClient::bitswapStatReceived, this, &NetworkStatsDialog::onBitswapStatReceived);
     connect(client, &IpfsClient::bitswapStatFailed, this, &NetworkStatsDialog::onBitswapStatFailed);
-    connect(client, &IpfsClient::nodeSaid, this, &NetworkStatsDialog::onNodeSaid);
     connect(client, &IpfsClient::endpointChanged, this, &NetworkStatsDialog::onEndpointChanged);
 }
 
@@ -132,7 +133,7 @@ void NetworkStatsDialog::connectClient()
 void NetworkStatsDialog::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
-    if (!event->spontaneous() && jsonText->text().isEmpty())
+    if (!event->spontaneous() && json.isEmpty())
         onRefreshClicked();
 }
 
@@ -141,8 +142,7 @@ void NetworkStatsDialog::dropFacts()
     ++refreshCount;
     outdated = false;
     facts = {};
-    nodeWords = {};
-    causes = {};
+    causes->forget();
 }
 
 /// As before the first refresh.
@@ -156,8 +156,7 @@ void NetworkStatsDialog::forget()
     for (const NetworkCall& call : networkCalls)
         lines.append(tr(call.noSignal));
     showSignalLines(lines);
-    showCauses();
-    jsonText->setText({});
+    showJson({}, {});
 }
 
 void NetworkStatsDialog::setLoading(bool loading)
@@ -217,26 +216,15 @@ void NetworkStatsDialog::onBitswapStatFailed(const QString& message)
     markEndpointDone(u"bitswap"_s, false, message);
 }
 
-/// Comes before the call's own signal. An error's text may leave the node's reason out, and wraps it in JSON otherwise.
-void NetworkStatsDialog::onNodeSaid(const QString& path, const QString& words)
-{
-    for (size_t i = 0; i < networkCalls.size(); ++i) {
-        if (networkCalls.at(i).path == path)
-            nodeWords.at(i) = words;
-    }
-}
-
 void NetworkStatsDialog::markEndpointDone(const QString& endpoint, bool ok, const QString& error)
 {
-    for (size_t i = 0; i < networkCalls.size(); ++i) {
-        const NetworkCall& call = networkCalls.at(i);
+    for (const NetworkCall& call : networkCalls) {
         if (call.endpoint != endpoint)
             continue;
         facts.*call.done = true;
         facts.*call.ok = ok;
         facts.*call.error = error;
-        causes.at(i) = nodeWords.at(i).isEmpty() ? error : nodeWords.at(i);
-        nodeWords.at(i).clear();
+        causes->showFor(call.path, error);
     }
     refreshView();
 }
@@ -267,30 +255,23 @@ void NetworkStatsDialog::refreshView()
 
 void NetworkStatsDialog::showSnapshot(const SnapshotView& shown)
 {
-    jsonText->setText(shown.json);
+    showJson(shown.json, shown.jsonLines);
     showSignalLines(shown.signalLines);
-    showCauses();
     if (facts.allDone())
         reportEnd();
     DialogSizing::requestRefit(this);
+}
+
+void NetworkStatsDialog::showJson(const QString& text, const QStringList& lines)
+{
+    json = text;
+    jsonView->setLines({{.lines = lines}}, LineView::From::Start);
 }
 
 void NetworkStatsDialog::showSignalLines(const QStringList& lines)
 {
     for (size_t i = 0; i < signalLabels.size(); ++i)
         signalLabels.at(i)->setText(lines.value(static_cast<qsizetype>(i)));
-}
-
-void NetworkStatsDialog::showCauses()
-{
-    QStringList lines;
-    lines.reserve(static_cast<qsizetype>(causes.size()));
-    for (size_t i = 0; i < causes.size(); ++i) {
-        if (!causes.at(i).isEmpty())
-            lines.append(tr(networkCalls.at(i).cause).arg(lineForLabel(causes.at(i))));
-    }
-    causeLabel->setText(lines.join(u'\n'));
-    causeLabel->setVisible(!lines.isEmpty());
 }
 
 void NetworkStatsDialog::reportEnd()
@@ -308,9 +289,9 @@ void NetworkStatsDialog::reportEnd()
 
 void NetworkStatsDialog::onCopyJsonClicked()
 {
-    if (jsonText->text().isEmpty())
+    if (json.isEmpty())
         return;
-    QApplication::clipboard()->setText(jsonText->text());
+    QApplication::clipboard()->setText(json);
     statusLabel->showProgress(tr("Copied network snapshot JSON to clipboard."));
     emit statusMessageRequested(tr("Network snapshot JSON copied"));
 }
@@ -319,7 +300,6 @@ void NetworkStatsDialog::onCopyJsonClicked()
 /// when the button was pressed.
 void NetworkStatsDialog::onSaveJsonClicked()
 {
-    const QString json = jsonText->text();
     if (json.isEmpty())
         return;
     auto* picker = new QFileDialog(this, tr("Save network snapshot"));
@@ -328,15 +308,15 @@ void NetworkStatsDialog::onSaveJsonClicked()
     picker->setNameFilter(tr("JSON files (*.json);;All files (*)"));
     picker->setSupportedSchemes({u"file"_s});
     picker->selectFile(u"network-snapshot-%1.json"_s.arg(QDateTime::currentDateTime().toString(u"yyyyMMdd-hhmmss"_s)));
-    connect(picker, &QFileDialog::fileSelected, this, [this, json](const QString& path) { save(path, json); });
+    connect(picker, &QFileDialog::fileSelected, this, [this, shown = json](const QString& path) { save(path, shown); });
     picker->open();
 }
 
-void NetworkStatsDialog::save(const QString& path, const QString& json)
+void NetworkStatsDialog::save(const QString& path, const QString& text)
 {
     if (path.isEmpty())
         return;
-    if (const WriteResult written = writeFile(path, json.toUtf8()); !written.ok) {
+    if (const WriteResult written = writeFile(path, text.toUtf8()); !written.ok) {
         statusLabel->showFailure(tr("Failed to save snapshot: %1").arg(written.reason));
         emit statusMessageRequested(tr("Failed to save network snapshot"));
         return;

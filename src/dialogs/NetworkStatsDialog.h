@@ -7,12 +7,12 @@
 
 #include <array>
 
-class GradualText;
 class IpfsClient;
+class LineView;
+class NodeWords;
 class QLabel;
 class QLayout;
 class QPushButton;
-class QTextEdit;
 class StatusLabel;
 
 /// Asks the node for its peers, its DHT and its exchange of blocks at once, and shows what has come as one JSON
@@ -40,14 +40,13 @@ private slots:
     void onDhtStatsFailed(const QString& message);
     void onBitswapStatReceived(const QJsonObject& stat);
     void onBitswapStatFailed(const QString& message);
-    void onNodeSaid(const QString& path, const QString& words);
     void onEndpointChanged();
 
 private:
     void setupUi();
     QLayout* newHeaderRow();
     QPushButton* newButton(const QString& text, void (NetworkStatsDialog::*slot)());
-    void setupView();
+    LineView* newView();
     void connectClient();
 
     void dropFacts();
@@ -56,22 +55,20 @@ private:
     void markEndpointDone(const QString& endpoint, bool ok, const QString& error);
     void refreshView();
     void showSnapshot(const SnapshotView& shown);
+    void showJson(const QString& text, const QStringList& lines);
     void showSignalLines(const QStringList& lines);
-    void showCauses();
     void reportEnd();
-    void save(const QString& path, const QString& json);
+    void save(const QString& path, const QString& text);
 
     IpfsClient* client;
     NetworkFacts facts {};
-    std::array<QString, 3> nodeWords {}; ///< for the calls in their order; empty for none
-    std::array<QString, 3> causes {};    ///< why a call brought nothing, or not all
-    quint64 refreshCount = 0;            ///< a snapshot of an earlier refresh isn't shown any more
-    bool building = false;               ///< on a thread
-    bool outdated = false;               ///< more has come since that began
+    QString json {};          ///< all of the snapshot, whether or not the view has it yet
+    quint64 refreshCount = 0; ///< a snapshot of an earlier refresh isn't shown any more
+    bool building = false;    ///< on a thread
+    bool outdated = false;    ///< more has come since that began
     StatusLabel* statusLabel = nullptr;
     QPushButton* refreshButton = nullptr;
     std::array<QLabel*, 3> signalLabels {};
-    QLabel* causeLabel = nullptr;
-    QTextEdit* jsonView = nullptr;
-    GradualText* jsonText = nullptr;
+    NodeWords* causes = nullptr; ///< why a call brought nothing, or not all
+    LineView* jsonView = nullptr;
 };

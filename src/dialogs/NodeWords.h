@@ -1,23 +1,43 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QObject>
+#include "StatusLabel.h"
+
+#include <QList>
+#include <QString>
 
 class IpfsClient;
 
-/// What the node itself said of the last call to one path, kept until the call's own answer is shown.
-class NodeWords : public QObject
+/// A label for what the node itself said of a dialog's calls, which their messages leave out. Hidden without any.
+class NodeWords : public StatusLabel
 {
     Q_OBJECT
 
 public:
-    NodeWords(const IpfsClient* client, const QString& newPath, QObject* parent);
+    /// One call of the dialog, and the line that shows its words as %1; "The node says: %1" if it is empty.
+    struct Call
+    {
+        QString path {};
+        QString line {};
+    };
 
-    /// The message, with the node's words in a line below it if there are any; they are forgotten then.
-    QString takeBelow(const QString& message);
-    void forget() { words.clear(); }
+    NodeWords(const IpfsClient* client, const QList<Call>& calls, QWidget* parent);
+
+    /// Empties the label before calls are made.
+    void forget();
+    /// Shows what the node said of the call to `path` that has ended, or else `cause`; no line if both are empty.
+    void showFor(const QString& path, const QString& cause = {});
 
 private:
-    QString path;
-    QString words {};
+    struct Row
+    {
+        Call call {};
+        QString said {};  ///< since the call's last answer
+        QString shown {}; ///< empty for none
+    };
+
+    void onNodeSaid(const QString& path, const QString& words);
+    void showRows();
+
+    QList<Row> rows {};
 };

@@ -66,7 +66,7 @@ private slots:
         QCOMPARE(textOf(*rpc).count(u"while open"_s), 3);
     }
 
-    void linesAreShownAsTheyStand()
+    void linesAreShownAsTheyAre()
     {
         for (const QString& line : {u"<b>x</b><br>y"_s, u"<html><body>404</body></html>"_s, u"a &amp; b &lt;"_s,
                                     u"  a   b\tc "_s, u"a\nb\n\nc"_s}) {

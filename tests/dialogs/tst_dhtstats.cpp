@@ -4,7 +4,7 @@
 #include "DhtStatsDialog.h"
 #include "FakeNode.h"
 #include "IpfsClient.h"
-#include "StatusLabel.h"
+#include "NodeWords.h"
 #include "TestMain.h"
 
 #include <QApplication>
@@ -134,6 +134,29 @@ private slots:
         }
     }
 
+    /// A table is there when all of its rows are, and scrolls by itself if it is taller than a widget can be.
+    void aLargeBucketComesInTurns()
+    {
+        constexpr int rows = 100'000;
+        QJsonArray peers;
+        for (int i = 0; i < rows; ++i)
+            peers.append(QJsonObject {{u"ID"_s, u"p%1"_s.arg(i)}});
+        const QJsonObject bucket {{u"Peers"_s, peers}};
+        const QJsonObject view {{u"Buckets"_s, QJsonArray {bucket, QJsonObject()}}};
+        emit client->dhtStatsReceived(view);
+        QVERIFY(!isComplete() && !tables().first()->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(isComplete(), 20'000);
+        QCOMPARE(titles().last(), u"Bucket 1 — Last refresh:  (no peers)"_s);
+        QTableWidget* table = tables().first();
+        QCOMPARE(table->rowCount(), rows);
+        QCOMPARE(rowOf(*table, 0) + rowOf(*table, rows - 1), u"p0||No||p99999||No||"_s);
+        QTRY_VERIFY(table->isVisible() && table->verticalScrollBar()->maximum() > 0);
+        emit client->dhtStatsReceived(view);
+        emit client->dhtStatsReceived(manyBuckets(1)); // before the table is whole
+        QTRY_COMPARE_WITH_TIMEOUT(titles().size(), 2, 20'000);
+        QCOMPARE(tables().size(), 1);
+    }
+
     void fillingEndsWithWhatFollows()
     {
         emit client->dhtStatsReceived(manyBuckets(150));
@@ -162,10 +185,14 @@ private slots:
         QVERIFY(!combo()->isEnabled() && !button()->isEnabled());
         node->release(dhtPath, NodeAnswer::json("[]"));
         QTRY_VERIFY(combo()->isEnabled() && button()->isEnabled());
+        combo()->setFocus();
         combo()->setCurrentIndex(4);
+        QVERIFY(dialog->focusWidget() == dialog.get());
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
         QCOMPARE(messages.last(), u"Fetching DHT stats (lanserver)…"_s);
         QCOMPARE(node->requests(dhtPath).first().rawQuery + node->requests(dhtPath).last().rawQuery, "arg=lanserver");
+        node->release(dhtPath, NodeAnswer::json("[]"));
+        QTRY_COMPARE(dialog->focusWidget(), combo());
         messages.clear();
         open();
         QCOMPARE(combo()->currentData(), u"lanserver"_s);
@@ -179,12 +206,16 @@ private slots:
     void theNodesWordsAreShown()
     {
         answerHeld(NodeAnswer::error("this command must be run in online mode. Try running 'ipfs daemon' first"));
-        QTRY_VERIFY(status().endsWith(u"\nThe node says: this command must be run in online mode. Try running "
-                                      "'ipfs daemon' first"_s));
+        QTRY_COMPARE(nodeWords()->text(),
+                     u"The node says: this command must be run in online mode. Try running 'ipfs daemon' first"_s);
+        QVERIFY(nodeWords()->isVisible() && nodeWords()->textFormat() == Qt::PlainText);
+        QVERIFY(status().startsWith(u"Failed to get DHT stats: "_s) && !status().contains(u'\n'));
         button()->click();
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
+        QVERIFY(!nodeWords()->isVisible());
         answerHeld(NodeAnswer::brokenOff(wanAndLan, "no LAN client found"));
-        QTRY_COMPARE(status(), u"Loaded from /api/v0/stats/dht\nThe node says: no LAN client found"_s);
+        QTRY_COMPARE(status(), u"Loaded from /api/v0/stats/dht"_s);
+        QCOMPARE(nodeWords()->text(), u"The node says: no LAN client found"_s);
         QVERIFY(!titles().isEmpty());
     }
 
@@ -237,6 +268,7 @@ private:
         return cells.join(u'|');
     }
     QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
+    NodeWords* nodeWords() const { return dialog->findChild<NodeWords*>(); }
     QComboBox* combo() const { return dialog->findChild<QComboBox*>(); }
     QPushButton* button() const { return dialog->findChild<QPushButton*>(); }
 

@@ -4,7 +4,7 @@
 #include "GcDialog.h"
 #include "GcReportText.h"
 #include "IpfsClient.h"
-#include "StatusLabel.h"
+#include "NodeWords.h"
 #include "TestMain.h"
 
 #include <QApplication>
@@ -72,6 +72,7 @@ private slots:
         row("numbers that 64 bits don't hold", R"({"RepoSize":1e300,"NumObjects":-1e300})",
             u"NumObjects: —\nRepoSize: —"_s);
         row("limit of letters", R"({"StorageMax":"ten"})", empty + u"\nStorageMax: 0 B (0 B)"_s);
+        row("limit that is only a text", R"({"StorageMax":null})", u"StorageMax: \n"_s + empty);
         row("limit of no kind", R"({"StorageMax":{"a":1},"RepoPath":7})", empty);
     }
     void statLines()
@@ -116,11 +117,14 @@ private slots:
     {
         node->release("/repo/stat", NodeAnswer::error("<b>locked"));
         QTRY_VERIFY(button(0)->isEnabled());
-        QVERIFY(status().endsWith(u"\nThe node says: <b>locked"_s));
+        QCOMPARE(nodeWords(), u"The node says: <b>locked"_s);
+        QVERIFY(status().startsWith(u"Failed to get repo stat: "_s));
         QCOMPARE(text(), status());
         QVERIFY(dialog->findChild<StatusLabel*>()->styleSheet().contains(u"darkred"_s));
         emit client->repoGcFailed(u"<b>x"_s);
-        QCOMPARE(text() + status(), u"<b>x<b>x"_s); // without words of an earlier call
+        QCOMPARE(text() + status(), u"<b>x<b>x"_s);
+        button(1)->click();
+        QCOMPARE(nodeWords(), QString()); // those of an earlier call
         QVERIFY(messages.value(1).startsWith(u"Repo stats error: "_s));
         QCOMPARE(messages.value(2), u"Repo GC error: <b>x"_s);
     }
@@ -216,6 +220,7 @@ private:
     LineView* view() const { return dialog->findChild<LineView*>(); }
     QString text() const { return view()->toPlainText(); }
     QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
+    QString nodeWords() const { return dialog->findChild<NodeWords*>()->text(); }
     QPushButton* button(int index) const { return dialog->findChildren<QPushButton*>().value(index); }
 
     std::unique_ptr<FakeNode> node;
