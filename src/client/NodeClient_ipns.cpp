@@ -44,10 +44,11 @@ void NodeClient::publishIpns(const QString& target, const QString& key)
 
 void NodeClient::onIpnsPublishReplyFinished(QNetworkReply* reply)
 {
-    if (const auto answer = goodObject(reply, tr("publish to IPNS"), &NodeClient::ipnsPublishFailed))
+    if (const auto answer = goodObject(reply, tr("publish to IPNS"), &NodeClient::ipnsPublishFailed)) {
         emit ipnsPublished({.key = reply->property(ReplyProperty::ipnsPublishKey).toString(),
                             .name = answer->value("Name"_L1).toString().trimmed(),
                             .value = answer->value("Value"_L1).toString().trimmed()});
+    }
 }
 
 void NodeClient::resolveIpns(const QString& name)

@@ -158,10 +158,11 @@ PresetFile readPresetFile(const QString& path)
     if (file.error() != QFileDevice::NoError)
         return {.error
                 = ofConfigDialog(QT_TRANSLATE_NOOP("ConfigDialog", "Could not open file: %1")).arg(file.errorString())};
-    if (content.size() > largestPresetFile)
+    if (content.size() > largestPresetFile) {
         return {.error = noPresetListText(),
                 .detail = ofConfigDialog(QT_TRANSLATE_NOOP("ConfigDialog", "The file has %1; at most %2 are read."))
                               .arg(byteText(file.size()), byteText(largestPresetFile))};
+    }
     return {.content = content};
 }
 

@@ -36,7 +36,7 @@ void PinFilterProxyModel::setSourceModel(QAbstractItemModel* model)
     beginResetModel();
     if (sourceModel())
         disconnect(sourceModel(), nullptr, this, nullptr);
-    QAbstractProxyModel::setSourceModel(model);
+    QAbstractProxyModel::setSourceModel(model); // NOLINT(bugprone-parent-virtual-call)
     pins = qobject_cast<PinModel*>(model);
     Q_ASSERT(pins || !model);
     if (pins) {

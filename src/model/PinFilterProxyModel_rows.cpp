@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
-#include <ranges>
 #include <utility>
 
 namespace {
@@ -188,7 +187,7 @@ void PinFilterProxyModel::placeChangedRows()
     Rows placed = std::exchange(changedRows, {});
     std::erase_if(placed, [this](int row) { return proxyRows[at(row)] < 0; }); // the filter may have hidden it
     std::ranges::sort(placed, {}, [this](int row) { return proxyRows[at(row)]; });
-    placed.erase(std::ranges::unique(placed).begin(), placed.end());
+    placed.erase(std::unique(placed.begin(), placed.end()), placed.end());
     if (placed.empty())
         return;
     changeLayout([this, &placed] {
@@ -271,9 +270,9 @@ void PinFilterProxyModel::showRows(Rows all, const Rows& going)
         endResetModel();
         return;
     }
-    for (const Run& run : std::views::reverse(removed)) {
-        beginRemoveRows({}, run.first, run.last);
-        sourceRows.erase(sourceRows.begin() + run.first, sourceRows.begin() + run.last + 1);
+    for (auto run = removed.rbegin(); run != removed.rend(); ++run) {
+        beginRemoveRows({}, run->first, run->last);
+        sourceRows.erase(sourceRows.begin() + run->first, sourceRows.begin() + run->last + 1);
         noteProxyRows();
         endRemoveRows();
     }

@@ -4,6 +4,7 @@
 #include <QHashFunctions>
 
 #include <algorithm>
+#include <utility>
 
 PinIndex::PinIndex(const QList<PinEntry>& pins)
 {
@@ -12,15 +13,18 @@ PinIndex::PinIndex(const QList<PinEntry>& pins)
         if (const QString& cid = pins.at(row).cid; !cid.isEmpty())
             sorted.push_back({.hash = hashOf(cid), .row = row});
     }
-    std::ranges::sort(sorted);
+    std::ranges::sort(sorted, {}, [](const Slot& slot) { return std::pair(slot.hash, slot.row); });
 }
 
 std::vector<int> PinIndex::rowsOf(const QString& cid, const QList<PinEntry>& pins) const
 {
     std::vector<int> rows;
-    for (const Slot& slot : std::ranges::equal_range(sorted, hashOf(cid), {}, &Slot::hash)) {
-        if (pins.at(slot.row).cid == cid)
-            rows.push_back(slot.row);
+    const quint32 hash = hashOf(cid);
+    for (auto slot = std::ranges::lower_bound(sorted, hash, {}, &Slot::hash); slot != sorted.end(); ++slot) {
+        if (slot->hash != hash)
+            break;
+        if (pins.at(slot->row).cid == cid)
+            rows.push_back(slot->row);
     }
     return rows;
 }

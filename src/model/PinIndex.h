@@ -25,7 +25,6 @@ private:
     {
         quint32 hash = 0;
         int row = 0;
-        friend auto operator<=>(const Slot&, const Slot&) = default;
     };
     static quint32 hashOf(const QString& cid);
 

@@ -16,7 +16,7 @@ void row(const char* name, const QByteArray& path, const QStringList& arguments,
 }
 
 /// A node's error, as it is in its body.
-QString bodyOf(const NodeAnswer& error)
+QString errorBodyOf(const NodeAnswer& error)
 {
     return QString::fromUtf8(error.chunks.constFirst().bytes).trimmed();
 }
@@ -88,7 +88,7 @@ private slots:
         const NodeAnswer noKey = NodeAnswer::error("no key by the given name was found");
         row("unknown key", publish, {u"Qa"_s, u"k"_s}, "arg=%2Fipfs%2FQa&key=k", noKey,
             QStringList(u"said /name/publish no key by the given name was found"_s)
-                + failure(bodyOf(noKey), u"not published"_s, u"publish to IPNS"_s));
+                + failure(errorBodyOf(noKey), u"not published"_s, u"publish to IPNS"_s));
 
         const NodeAnswer resolved = NodeAnswer::json(R"({"Path":" /ipfs/Qa "})");
         row("bare name", resolve, {u" example.net "_s}, "arg=%2Fipns%2Fexample.net", resolved,
@@ -100,7 +100,7 @@ private slots:
         const NodeAnswer noName = NodeAnswer::error("could not resolve name");
         row("no record", resolve, {u"k"_s}, "arg=%2Fipns%2Fk", noName,
             QStringList(u"said /name/resolve could not resolve name"_s)
-                + failure(bodyOf(noName), u"not resolved"_s, u"resolve IPNS name"_s));
+                + failure(errorBodyOf(noName), u"not resolved"_s, u"resolve IPNS name"_s));
     }
     void calls()
     {
