@@ -29,5 +29,5 @@ bool containsIgnoringCase(QStringView text, QStringView part)
     if (!isAscii(part) || !isAscii(text)) // where some letters equal others in ways of their own
         return text.contains(part, Qt::CaseInsensitive);
     const auto equal = [](QChar a, QChar b) { return inLowerCase(a) == inLowerCase(b); };
-    return part.isEmpty() || std::ranges::search(text, part, equal).begin() != text.end();
+    return part.isEmpty() || std::search(text.begin(), text.end(), part.begin(), part.end(), equal) != text.end();
 }
