@@ -270,9 +270,10 @@ void PinFilterProxyModel::showRows(Rows all, const Rows& going)
         endResetModel();
         return;
     }
-    for (auto run = removed.rbegin(); run != removed.rend(); ++run) {
-        beginRemoveRows({}, run->first, run->last);
-        sourceRows.erase(sourceRows.begin() + run->first, sourceRows.begin() + run->last + 1);
+    for (size_t left = removed.size(); left > 0; --left) { // from the last one, so that the others stay where they are
+        const Run& run = removed[left - 1];
+        beginRemoveRows({}, run.first, run.last);
+        sourceRows.erase(sourceRows.begin() + run.first, sourceRows.begin() + run.last + 1);
         noteProxyRows();
         endRemoveRows();
     }
