@@ -128,6 +128,7 @@ std::optional<QList<ConfigPreset>> presetsFromJson(const QByteArray& json)
         return std::nullopt;
     QList<ConfigPreset> presets;
     const QJsonArray elements = document.array();
+    presets.reserve(elements.size());
     for (const auto& element : elements) {
         const ConfigPreset preset = presetOf(element.toObject());
         if (preset.isComplete() && isMode(preset.mode))

@@ -237,6 +237,8 @@ void PinFilterProxyModel::changeFilter(Filter changed)
     placeChangedRows();
     Rows all;
     Rows going;
+    all.reserve(sourceRows.size());
+    going.reserve(sourceRows.size());
     for (int row = 0; row < rowCount(); ++row) {
         const int sourceRow = sourceRows[at(row)];
         if (accepts(*pins->pinAt(sourceRow)))

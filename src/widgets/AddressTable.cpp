@@ -171,8 +171,9 @@ void AddressTable::restore(const Place& old)
 }
 
 /// Rows side by side become one range: the selection's cost grows with the square of their number.
-void AddressTable::select(QList<Span> spans)
+void AddressTable::select(const QList<Span>& unordered)
 {
+    QList<Span> spans = unordered;
     std::ranges::sort(spans, {}, [](const Span& span) { return std::tuple(span.left, span.right, span.row); });
     QItemSelection selection;
     for (qsizetype first = 0; first < spans.size();) {

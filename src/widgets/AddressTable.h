@@ -29,7 +29,7 @@ private:
     struct Place;
     Place place() const;
     void restore(const Place& old);
-    void select(QList<Span> spans);
+    void select(const QList<Span>& unordered);
     void fill(const QList<QStringList>& newRows);
     void fitRow(int row);
     void hideOthers();

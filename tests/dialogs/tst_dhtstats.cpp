@@ -103,7 +103,10 @@ private slots:
         QCOMPARE(rowOf(*table, 1), u"r||No||"_s);
         QCOMPARE(table->editTriggers(), QAbstractItemView::NoEditTriggers);
         table->setRangeSelected({0, 0, 1, 1}, true);
+        dialog->activateWindow(); // else the shortcut is nobody's
+        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
         table->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), table);
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(QGuiApplication::clipboard()->text(), u"<b>p\tkubo\nr\t"_s);
         QCOMPARE(messages, QStringList({u"Fetching DHT stats…"_s, u"DHT stats loaded"_s}));
