@@ -105,6 +105,7 @@ private slots:
         table->setRangeSelected({0, 0, 1, 1}, true);
         dialog->activateWindow(); // else the shortcut is nobody's
         QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        QTRY_VERIFY(table->isVisible()); // a turn after it has been put in
         table->setFocus();
         QTRY_COMPARE(QApplication::focusWidget(), table);
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
