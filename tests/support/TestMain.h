@@ -34,11 +34,11 @@ void failOnWarnings();
     } while (false)
 #define QTRY_VERIFY2(condition, message)                                                                               \
     do {                                                                                                               \
-        NORVO_WAIT_FOR(condition, 5000);                                                                               \
+        NORVO_WAIT_FOR(condition, 20000);                                                                              \
         QVERIFY2(condition, message);                                                                                  \
     } while (false)
-#define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 5000)
-#define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 5000)
+#define QTRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 20000)
+#define QTRY_COMPARE(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 20000)
 
 /// A main for `Class` with an application of type `App`.
 #define NORVO_TEST_MAIN(App, Class)                                                                                    \
