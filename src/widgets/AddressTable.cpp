@@ -158,7 +158,7 @@ void AddressTable::restore(const Place& old)
         if (const int row = rowNow(span.row); row >= 0)
             spans.append({.row = row, .left = span.left, .right = span.right});
     }
-    select(std::move(spans));
+    select(spans);
     const QModelIndex current = model()->index(rowNow(old.currentRow), old.currentColumn);
     selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     for (int row = old.topRow; row >= 0 && row < old.rows.size(); ++row) {
