@@ -200,9 +200,8 @@ void PinModel::startIndex()
 {
     typeCounts.reset();
     rowsByCid = {};
-    indexReady = pins.size() <= rowsIndexedAtOnce;
-    if (indexReady) {
-        rowsByCid = PinIndex(pins);
+    if (pins.size() <= rowsIndexedAtOnce) {
+        useIndex(PinIndex(pins)); // a slot of the reset may have brought facts
         return;
     }
     runDetached(

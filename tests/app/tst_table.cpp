@@ -124,6 +124,29 @@ private slots:
         QCOMPARE(enabled(), QList<bool>({false, false}));
     }
 
+    /// Of a long list, whose rows go and come by a reset.
+    void theSelectionFollowsTheSearch()
+    {
+        QByteArray pins;
+        for (int i = 0; i < 3000; ++i)
+            pins += "{\"Cid\":\"c" + QByteArray::number(i) + "\",\"Type\":\"direct\"}\n";
+        node->answer("/pin/ls", NodeAnswer::json(pins));
+        open(*node);
+        QVERIFY(waitForRows(3000));
+        table()->selectRow(static_cast<int>(cells(0).indexOf(u"c7"_s)));
+        const auto search = [this](const QString& text, int shown) {
+            window->findChild<QLineEdit*>()->setText(text);
+            QTRY_COMPARE(rows(), shown);
+        };
+        search(u"7"_s, 813);
+        QVERIFY(selectedEnabled());
+        QCOMPARE(table()->currentIndex().siblingAtColumn(0).data().toString(), u"c7"_s);
+        search({}, 3000);
+        QVERIFY(selectedEnabled());
+        search(u"99"_s, 57);
+        QVERIFY(!selectedEnabled()); // it is hidden, and not unpinned unseen
+    }
+
     void aFailedUnpinIsShown()
     {
         node->answer("/cid/format", NodeAnswer::error("no"));

@@ -76,8 +76,10 @@ template <typename Change> void MainWindow::changeFilter(Change change)
     const auto watch = connect(proxyModel, &PinFilterProxyModel::modelReset, this, [&wasReset] { wasReset = true; });
     change();
     disconnect(watch);
-    if (wasReset)
-        pinTable->restore(place);
+    if (!wasReset)
+        return;
+    pinTable->restore(place);
+    onSelectionChanged(); // a reset takes a selection away without a word
 }
 
 void MainWindow::onFilterChanged()
