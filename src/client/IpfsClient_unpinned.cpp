@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "IpfsClient.h"
 
+#include "Detached.h"
 #include "LineBuffer.h"
+#include "PinLists.h"
 #include "RefsParser.h"
 #include "ReplyProperties.h"
 
 #include <QNetworkReply>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -33,7 +37,7 @@ void IpfsClient::fetchUnpinned()
 /// Adds the CID of one line; returns how many lines named one.
 int IpfsClient::takeLocalRef(QByteArrayView line)
 {
-    const QString cid = refFromLine(line);
+    const QByteArray cid = refFromLine(line);
     if (cid.isEmpty())
         return 0;
     load.addLocalRef(cid);
@@ -116,9 +120,16 @@ void IpfsClient::onRefsLocalReplyFailed(const QNetworkReply* reply)
     reportFailure(message, &IpfsClient::pinsReceived, QList<PinEntry>());
 }
 
-/// Whichever half ends last does the work.
+/// Whichever half ends last starts the join. The state is at rest before the signal, whose listener may fetch again.
 void IpfsClient::finishUnpinnedFetch()
 {
-    if (const auto unpinned = load.takeUnpinned()) // at rest before the signal, whose listener may fetch again
-        emit pinsReceived(*unpinned);
+    auto halves = load.takeUnpinnedHalves();
+    if (!halves)
+        return;
+    runDetached(
+        this, [both = std::move(*halves)]() mutable { return unpinnedEntries(std::move(both)); },
+        [this, epoch = load.pinsEpoch](const QList<PinEntry>& unpinned) {
+            if (epoch == load.pinsEpoch)
+                emit pinsReceived(unpinned);
+        });
 }

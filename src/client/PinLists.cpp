@@ -67,6 +67,23 @@ QString textOfVersion0(Cid cid)
     return encodeCid(cid);
 }
 
+/// Which of `refs` are none of `pinned` and none of the refs before.
+std::vector<qsizetype> indexesOfUnpinned(const TextBlock& pinned, const TextBlock& refs)
+{
+    QSet<QByteArrayView> known;
+    known.reserve(pinned.size() + refs.size());
+    for (qsizetype i = 0; i < pinned.size(); ++i)
+        known.insert(pinned.at(i));
+    std::vector<qsizetype> unpinned;
+    for (qsizetype i = 0; i < refs.size(); ++i) {
+        const qsizetype before = known.size();
+        known.insert(refs.at(i));
+        if (known.size() > before)
+            unpinned.push_back(i);
+    }
+    return unpinned;
+}
+
 } // namespace
 
 void sortPinsByCid(QList<PinEntry>& entries)
@@ -120,22 +137,32 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
     return merged;
 }
 
-QSet<QString> textsAccountedFor(const QList<PinEntry>& entries)
+TextBlock textsAccountedFor(const QList<PinEntry>& entries)
 {
-    QSet<QString> texts;
-    texts.reserve(2 * entries.size());
+    TextBlock texts;
     for (const PinEntry& entry : entries) {
         if (entry.cid.isEmpty())
             continue;
-        texts.insert(entry.cid);
+        texts.append(entry.cid.toUtf8());
         auto cid = decodeCid(entry.cid);
         if (!cid)
             continue;
-        texts.insert(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}));
+        texts.append(encodeCid({.version = 1, .codec = Cid::rawCodec, .multihash = cid->multihash}).toLatin1());
         if (const QString text = textOfVersion0(*cid); cid->version == 1 && !text.isEmpty())
-            texts.insert(text);
+            texts.append(text.toLatin1());
     }
     return texts;
+}
+
+QList<PinEntry> unpinnedEntries(UnpinnedHalves halves)
+{
+    const std::vector<qsizetype> unpinned = indexesOfUnpinned(halves.pinned, halves.localRefs);
+    halves.pinned = {};
+    QList<PinEntry> entries;
+    entries.reserve(static_cast<qsizetype>(unpinned.size()));
+    for (const qsizetype index : unpinned)
+        entries.append({.cid = QString::fromUtf8(halves.localRefs.at(index))});
+    return entries;
 }
 
 QSet<QString> indirectCidsOf(const QList<PinEntry>& entries)

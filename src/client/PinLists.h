@@ -2,6 +2,7 @@
 #pragma once
 
 #include "PinListParser.h"
+#include "TextBlock.h"
 
 #include <QList>
 #include <QSet>
@@ -13,8 +14,15 @@
 struct ParsedPins
 {
     PinList list {};
-    QSet<QString> accountedFor {}; ///< by textsAccountedFor
+    TextBlock accountedFor {};     ///< by textsAccountedFor
     QSet<QString> indirectCids {}; ///< by indirectCidsOf
+};
+
+/// What the view of unpinned blocks is made of.
+struct UnpinnedHalves
+{
+    TextBlock pinned {};    ///< by textsAccountedFor
+    TextBlock localRefs {}; ///< CIDs as the node lists them
 };
 
 /// Sorts by CID, case-sensitively, and leaves out entries without one; of equal CIDs the one that came last stays.
@@ -25,7 +33,11 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);
 
 /// The CIDs of the entries, and for each that decodes the CIDs under which a node may list its block: same multihash,
 /// version 1, codec raw, base32; and version 0 where there is one.
-QSet<QString> textsAccountedFor(const QList<PinEntry>& entries);
+TextBlock textsAccountedFor(const QList<PinEntry>& entries);
+
+/// An entry for each local ref whose text is none of the pinned ones, in the order of the refs; one for a ref that
+/// comes several times. Takes a second for a million refs, and frees on the way what it no longer needs.
+QList<PinEntry> unpinnedEntries(UnpinnedHalves halves);
 
 /// The CIDs of the entries of type "indirect" that no entry of another type has as well: lifted to version 1, a pin of
 /// version 0 reads like a block below another pin.

@@ -1,16 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PinLoad.h"
 
-#include "PinLists.h"
-
 #include <utility>
-
-namespace {
-
-/// A set of half a million that has to grow holds everything up for a tenth of a second. Room for this many costs 5 MB.
-constexpr qsizetype expectedRefs = 2'000'000;
-
-} // namespace
 
 void PinLoad::beginPins(bool composite)
 {
@@ -24,7 +15,6 @@ void PinLoad::beginUnpinned()
     ++pinsEpoch;
     resetUnpinnedState();
     unpinnedFetchActive = true;
-    unpinnedLocalRefs.reserve(expectedRefs);
 }
 
 void PinLoad::cancel()
@@ -43,23 +33,20 @@ std::optional<QList<PinEntry>> PinLoad::takeCompositeHalf(QList<PinEntry> entrie
     return compositePending == 0 ? std::optional(std::exchange(compositePins, {})) : std::nullopt;
 }
 
-void PinLoad::takePinnedCids(QSet<QString> cids)
+void PinLoad::takePinnedCids(TextBlock cids)
 {
     unpinnedPinnedCids = std::move(cids);
     unpinnedPinsDone = true;
 }
 
-std::optional<QList<PinEntry>> PinLoad::takeUnpinned()
+std::optional<UnpinnedHalves> PinLoad::takeUnpinnedHalves()
 {
     if (!unpinnedFetchActive || !unpinnedPinsDone || !unpinnedRefsDone)
         return std::nullopt;
-    QList<PinEntry> unpinned;
-    for (const QString& cid : std::as_const(unpinnedLocalRefs)) {
-        if (!unpinnedPinnedCids.contains(cid))
-            unpinned.append({.cid = cid});
-    }
+    UnpinnedHalves halves {.pinned = std::exchange(unpinnedPinnedCids, {}),
+                           .localRefs = std::exchange(unpinnedLocalRefs, {})};
     resetUnpinnedState();
-    return unpinned;
+    return halves;
 }
 
 void PinLoad::resetUnpinnedState()
@@ -67,6 +54,6 @@ void PinLoad::resetUnpinnedState()
     unpinnedFetchActive = false;
     unpinnedPinsDone = false;
     unpinnedRefsDone = false;
-    unpinnedPinnedCids.clear();
-    unpinnedLocalRefs.clear();
+    unpinnedPinnedCids = {};
+    unpinnedLocalRefs = {};
 }

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "PinEntry.h"
+#include "PinLists.h"
 
 #include <QList>
-#include <QSet>
-#include <QString>
 
 #include <optional>
 
@@ -25,11 +23,11 @@ public:
     std::optional<QList<PinEntry>> takeCompositeHalf(QList<PinEntry> entries);
 
     bool isUnpinnedActive() const { return unpinnedFetchActive; }
-    void addLocalRef(const QString& cid) { unpinnedLocalRefs.insert(cid); }
+    void addLocalRef(QByteArrayView cid) { unpinnedLocalRefs.append(cid); }
     void endLocalRefs() { unpinnedRefsDone = true; }
-    void takePinnedCids(QSet<QString> cids);
-    /// The local refs that no pin accounts for, once both halves are in; the state is at rest then.
-    std::optional<QList<PinEntry>> takeUnpinned();
+    void takePinnedCids(TextBlock cids);
+    /// Both halves, once they are in; the state is at rest then.
+    std::optional<UnpinnedHalves> takeUnpinnedHalves();
     void resetUnpinnedState();
 
 private:
@@ -39,6 +37,6 @@ private:
     bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
     bool unpinnedPinsDone = false;
     bool unpinnedRefsDone = false;
-    QSet<QString> unpinnedPinnedCids; ///< all that the pin list accounts for
-    QSet<QString> unpinnedLocalRefs;
+    TextBlock unpinnedPinnedCids; ///< all that the pin list accounts for
+    TextBlock unpinnedLocalRefs;
 };

@@ -145,6 +145,23 @@ private slots:
         QCOMPARE(log->outcome(), QStringList({u"connected"_s, u"pins new:"_s}));
     }
 
+    void aJoinThatIsCancelledIsSilent()
+    {
+        QVERIFY(fetchHeld());
+        node->release(pinsPath, NodeAnswer::json("{\"Cid\":\"a\"}\n"));
+        QTRY_COMPARE(log->count("connected"_L1), 1);
+        QVERIFY(waitForDetached(10s));
+        QCoreApplication::processEvents();
+        connect( // comes before the outcome of the join, which this count's sender starts
+            client.get(), &IpfsClient::streamEntriesLoaded, client.get(), &IpfsClient::cancelActiveLoading,
+            Qt::QueuedConnection);
+        node->release(refsPath, NodeAnswer::json(ref("b")));
+        QTRY_COMPARE(log->count("loaded refs/local"_L1), 1);
+        QVERIFY(waitForDetached(10s));
+        QTest::qWait(20);
+        QCOMPARE(log->count("pins"_L1), 0);
+    }
+
     void aNodesPinnedBlocksAreNotListed()
     {
         DemoNode demo({.port = 0, .pins = 30});

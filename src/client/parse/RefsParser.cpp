@@ -21,7 +21,7 @@ QString refOf(const QJsonObject& line)
 }
 
 /// The text under "Ref" of a line as a node writes it; nothing means that the line is the JSON parser's to judge.
-std::optional<QString> plainRef(QByteArrayView line)
+std::optional<QLatin1StringView> plainRef(QByteArrayView line)
 {
     std::optional<QLatin1StringView> ref;
     const bool plain = readPlainLine(line, [&ref](QLatin1StringView key, QLatin1StringView value) {
@@ -29,24 +29,23 @@ std::optional<QString> plainRef(QByteArrayView line)
             return key == "Err"_L1;
         return !std::exchange(ref, value).has_value();
     });
-    return plain && ref ? std::optional(QString(*ref)) : std::nullopt;
+    return plain ? ref : std::nullopt;
 }
 
 } // namespace
 
-QString refFromLine(QByteArrayView line)
+QByteArray refFromLine(QByteArrayView line)
 {
     const QByteArrayView trimmed = line.trimmed();
     if (trimmed.isEmpty())
         return {};
     if (const auto ref = plainRef(trimmed))
-        return *ref;
+        return {ref->data(), ref->size()};
     const auto object = parseJsonLine(trimmed);
     if (object && object->contains(refKey))
-        return object->value(refKey).toString();
-    const QString text = QString::fromUtf8(trimmed).trimmed();
-    const bool looksLikeCid = text.startsWith("Qm"_L1) || text.startsWith("ba"_L1);
-    return looksLikeCid ? text : QString();
+        return object->value(refKey).toString().toUtf8();
+    const QByteArray text = QString::fromUtf8(trimmed).trimmed().toUtf8();
+    return text.startsWith("Qm") || text.startsWith("ba") ? text : QByteArray();
 }
 
 QStringList parseRefs(const QByteArray& body)
@@ -54,7 +53,7 @@ QStringList parseRefs(const QByteArray& body)
     QStringList cids;
     forEachLine(body, [&cids](QByteArrayView line) {
         const auto plain = plainRef(line);
-        const QString cid = plain ? *plain : refOf(parseJsonLine(line).value_or(QJsonObject()));
+        const QString cid = plain ? QString(*plain) : refOf(parseJsonLine(line).value_or(QJsonObject()));
         if (!cid.isEmpty())
             cids.append(cid);
     });
