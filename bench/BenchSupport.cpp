@@ -2,6 +2,7 @@
 #include "BenchSupport.h"
 
 #include "AppSettings.h"
+#include "Detached.h"
 #include "IpfsClient.h"
 #include "MainWindow.h"
 #include "NodeAccessManager.h"
@@ -57,6 +58,7 @@ double memoryMiB(const char* name)
 
 Bench::Bench(int& argc, char** argv, const QList<QCommandLineOption>& newOptions)
 {
+    returnLargeBlocks(); // as the program does
     qputenv("QT_QPA_PLATFORM", "offscreen");
     app = std::make_unique<QApplication>(argc, argv);
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());

@@ -35,7 +35,7 @@ private:
         column = options.value(u"sort"_s).toInt();
         table->sortByColumn(column, Qt::AscendingOrder);
         connect(client, &IpfsClient::streamEntriesLoaded, this, [this] { takeStallMs(); });
-        connect(client, &IpfsClient::pinsReceived, this,
+        connect(model, &PinModel::modelReset, this,
                 [this] { QTimer::singleShot(settle, this, &TableBench::onListShown); });
         result[u"sortedBy"_s] = model->headerData(column, Qt::Horizontal).toString();
     }

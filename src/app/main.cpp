@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 
 int main(int argc, char* argv[])
 {
+    returnLargeBlocks();
     disableWindowTabbing();
     raiseOpenFileLimit();
     const QApplication app(argc, argv);

@@ -42,6 +42,7 @@ void IpfsClient::endWith(QObject* owner, QNetworkReply* reply)
 void IpfsClient::cancelActiveLoading()
 {
     load.cancel();
+    knownCids.endLoad();
     ++cancelCount;
     for (MetadataQueue* queue : {&dagStatRequests, &kindRequests, &refsRequests})
         queue->clear();

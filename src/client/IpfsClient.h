@@ -2,6 +2,7 @@
 #pragma once
 
 #include "AddRecords.h"
+#include "KnownCids.h"
 #include "LsEntry.h"
 #include "MetadataQueue.h"
 #include "NodeClient.h"
@@ -66,6 +67,7 @@ private:
     void startPinsParse(QNetworkReply* reply);
     void deliverPins(ParsedPins pins, const PinsReply& context);
     void onPinsReplyFailed(const QNetworkReply* reply);
+    void deliverList(QList<PinEntry> entries);
     void deliverCompositeHalf(QList<PinEntry> entries);
 
     // Unpinned blocks: IpfsClient_unpinned.cpp. A failure of the refs is errorOccurred, then an empty pinsReceived.
@@ -259,6 +261,7 @@ private:
                           const QString& service);
 
     PinLoad load;
+    KnownCids knownCids;
     int cancelCount = 0; ///< a metadata list parsed across a cancel is stale
     QSet<QNetworkReply*> activeLoadReplies;
     MetadataQueue dagStatRequests;

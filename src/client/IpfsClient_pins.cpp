@@ -27,6 +27,18 @@ struct IpfsClient::PinsReply
 
 namespace {
 
+/// Longest list that is joined from two without a thread.
+constexpr qsizetype mergedAtOnce = 20'000;
+
+QStringList cidsOf(const QList<PinEntry>& entries)
+{
+    QStringList cids;
+    cids.reserve(entries.size());
+    for (const PinEntry& entry : entries)
+        cids.append(entry.cid);
+    return cids;
+}
+
 /// Moves what the reply holds to the end of `body`, with no copy between, and returns it. A node next door hands over
 /// tens of megabytes at once.
 QByteArrayView takeAvailable(QNetworkReply* reply, QByteArray& body)
@@ -47,6 +59,7 @@ void IpfsClient::fetchPins(const QString& type, const QString& cidBase, bool upg
 {
     const bool composite = type == PinType::recursiveAndDirect;
     load.beginPins(composite);
+    knownCids.beginLoad();
     if (composite) {
         startPinsRequest(PinType::recursive, cidBase, upgradeCidV0, true);
         startPinsRequest(PinType::direct, cidBase, upgradeCidV0, true);
@@ -131,9 +144,11 @@ void IpfsClient::startPinsParse(QNetworkReply* reply)
                              .epoch = load.pinsEpoch};
     runDetached(
         this,
-        [body, context] {
-            ParsedPins pins {.list = parsePinList(body)};
+        [body = std::move(body), context, former = knownCids.ofFormerList()]() mutable {
+            ParsedPins pins {.list = parsePinList(std::exchange(body, {}), former)};
             QList<PinEntry>& entries = pins.list.entries;
+            if (entries.size() >= KnownCids::fewestWorthSharing && !context.forUnpinned)
+                pins.cids = cidsOf(entries);
             if (context.composite)
                 sortPinsByCid(entries);
             if (context.forUnpinned)
@@ -155,21 +170,42 @@ void IpfsClient::deliverPins(ParsedPins pins, const PinsReply& context)
             return;
     }
     indirectCids = std::move(pins.indirectCids);
+    knownCids.note(context.epoch, std::move(pins.cids));
     if (context.forUnpinned) {
         load.takePinnedCids(std::move(pins.accountedFor));
         finishUnpinnedFetch();
     } else if (context.composite) {
         deliverCompositeHalf(std::move(pins.list.entries));
     } else {
-        emit pinsReceived(pins.list.entries);
+        deliverList(std::move(pins.list.entries));
     }
 }
 
-/// One of the two streams has delivered or failed; the last one hands out what both gave.
+void IpfsClient::deliverList(QList<PinEntry> entries)
+{
+    knownCids.endLoad();
+    emit pinsReceived(std::move(entries));
+}
+
+/// One of the two streams has delivered or failed; the last one hands out what both gave, long lists by way of a
+/// thread.
 void IpfsClient::deliverCompositeHalf(QList<PinEntry> entries)
 {
-    if (const auto pins = load.takeCompositeHalf(std::move(entries)))
-        emit pinsReceived(*pins);
+    auto halves = load.takeCompositeHalf(std::move(entries));
+    if (!halves)
+        return;
+    auto& [first, second] = *halves;
+    if (first.isEmpty() || second.isEmpty() || first.size() + second.size() <= mergedAtOnce) {
+        deliverList(mergePinsByCid(std::move(first), std::move(second)));
+        return;
+    }
+    runDetached(
+        this,
+        [both = std::move(*halves)]() mutable { return mergePinsByCid(std::move(both.first), std::move(both.second)); },
+        [this, epoch = load.pinsEpoch](QList<PinEntry> merged) {
+            if (epoch == load.pinsEpoch)
+                deliverList(std::move(merged));
+        });
 }
 
 void IpfsClient::onPinsReplyFailed(const QNetworkReply* reply)

@@ -13,11 +13,11 @@
 
 namespace {
 
-/// Where an entry belongs by CID: the next 16 characters after what all CIDs have in common, then its row.
+/// Where an entry belongs by CID: the next 8 characters after what all CIDs have in common, then its row.
 struct SortKey
 {
-    std::array<quint64, 2> head {};
-    qsizetype row = 0;
+    quint64 head = 0;
+    int row = 0;
 };
 
 qsizetype commonPrefix(const QList<PinEntry>& entries)
@@ -32,18 +32,55 @@ qsizetype commonPrefix(const QList<PinEntry>& entries)
 
 /// The next characters in the order of their codes. From the first one above 254 on all count as equal, so that the
 /// whole CIDs decide.
-SortKey sortKeyOf(QStringView cid, qsizetype prefix, qsizetype row)
+SortKey sortKeyOf(QStringView cid, qsizetype prefix, int row)
 {
     constexpr quint64 beyond = 0xff;
     SortKey key {.row = row};
     quint64 code = 0;
-    for (qsizetype i = 0; i < 16; ++i) {
+    for (qsizetype i = prefix; i < prefix + 8; ++i) {
         if (code != beyond)
-            code = prefix + i < cid.size() ? std::min<quint64>(cid.at(prefix + i).unicode(), beyond) : 0;
-        quint64& word = key.head.at(static_cast<size_t>(i / 8));
-        word = (word << 8) | code;
+            code = i < cid.size() ? std::min<quint64>(cid.at(i).unicode(), beyond) : 0;
+        key.head = (key.head << 8) | code;
     }
     return key;
+}
+
+/// Puts in each place the entry that its key names, and the place into the key. A second list would take as much
+/// memory again as the first.
+void permute(QList<PinEntry>& entries, std::vector<SortKey>& keys)
+{
+    PinEntry* const list = entries.data();
+    for (size_t first = 0; first < keys.size(); ++first) {
+        if (keys[first].row == static_cast<int>(first))
+            continue;
+        PinEntry held = std::move(list[first]);
+        size_t place = first;
+        for (auto from = static_cast<size_t>(keys[place].row); from != first;
+             from = static_cast<size_t>(keys[place].row)) {
+            list[place] = std::move(list[from]);
+            keys[place].row = static_cast<int>(place);
+            place = from;
+        }
+        list[place] = std::move(held);
+        keys[place].row = static_cast<int>(place);
+    }
+}
+
+/// Of sorted entries, leaves out those without a CID, and of equal CIDs all but the last.
+void keepLastOfEach(QList<PinEntry>& entries, const std::vector<SortKey>& keys)
+{
+    PinEntry* const list = entries.data();
+    size_t kept = 0;
+    for (size_t i = 0; i < keys.size(); ++i) {
+        if (list[i].cid.isEmpty())
+            continue;
+        const bool again = kept > 0 && keys[i].head == keys[i - 1].head && list[i].cid == list[kept - 1].cid;
+        if (!again)
+            ++kept;
+        if (kept - 1 != i)
+            list[kept - 1] = std::move(list[i]);
+    }
+    entries.resize(static_cast<qsizetype>(kept));
 }
 
 /// No bytes, or an object that is no error.
@@ -94,7 +131,7 @@ void sortPinsByCid(QList<PinEntry>& entries)
     const qsizetype prefix = commonPrefix(entries);
     std::vector<SortKey> keys;
     keys.reserve(static_cast<size_t>(entries.size()));
-    for (qsizetype row = 0; row < entries.size(); ++row)
+    for (int row = 0; row < entries.size(); ++row)
         keys.push_back(sortKeyOf(entries.at(row).cid, prefix, row));
     std::ranges::sort(keys, [&entries](const SortKey& a, const SortKey& b) {
         if (a.head != b.head)
@@ -103,38 +140,35 @@ void sortPinsByCid(QList<PinEntry>& entries)
         return order != 0 ? order < 0 : a.row < b.row;
     });
 
-    QList<PinEntry> sorted;
-    sorted.reserve(entries.size());
-    std::array<quint64, 2> lastHead {};
-    for (const SortKey& key : keys) {
-        PinEntry& entry = entries[key.row];
-        const bool again = key.head == lastHead && !sorted.isEmpty() && sorted.constLast().cid == entry.cid;
-        lastHead = key.head;
-        if (again)
-            sorted.last() = std::move(entry);
-        else if (!entry.cid.isEmpty())
-            sorted.append(std::move(entry));
-    }
-    entries = std::move(sorted);
+    permute(entries, keys);
+    keepLastOfEach(entries, keys);
 }
 
 QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
 {
-    if (earlier.isEmpty() || later.isEmpty())
-        return earlier.isEmpty() ? later : earlier;
-    QList<PinEntry> merged;
-    merged.reserve(earlier.size() + later.size());
-    auto left = earlier.begin();
-    auto right = later.begin();
-    while (left != earlier.end() && right != later.end()) {
-        const int order = left->cid.compare(right->cid);
-        merged.append(std::move(order < 0 ? *left++ : *right++));
-        if (order == 0)
-            ++left;
+    const bool longIsLater = later.size() > earlier.size();
+    QList<PinEntry>& merged = longIsLater ? later : earlier;
+    QList<PinEntry>& other = longIsLater ? earlier : later;
+    qsizetype left = merged.size();
+    qsizetype free = left + other.size(); // from the end, so that nothing is overwritten
+    merged.resize(free);
+    PinEntry* const list = merged.data();
+    while (!other.isEmpty()) {
+        const int order = left > 0 ? list[left - 1].cid.compare(other.constLast().cid) : -1;
+        if (order > 0) {
+            list[--free] = std::move(list[--left]);
+            continue;
+        }
+        PinEntry taken = other.takeLast();
+        if (order == 0) {
+            --left;
+            if (longIsLater)
+                taken = std::move(list[left]);
+        }
+        list[--free] = std::move(taken);
     }
-    std::move(left, earlier.end(), std::back_inserter(merged));
-    std::move(right, later.end(), std::back_inserter(merged));
-    return merged;
+    merged.remove(left, free - left); // as many as were in both
+    return std::move(merged);
 }
 
 TextBlock textsAccountedFor(const QList<PinEntry>& entries)

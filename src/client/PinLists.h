@@ -14,6 +14,7 @@
 struct ParsedPins
 {
     PinList list {};
+    QStringList cids {};           ///< in the order of the reply; none of a short list
     TextBlock accountedFor {};     ///< by textsAccountedFor
     QSet<QString> indirectCids {}; ///< by indirectCidsOf
 };
@@ -28,7 +29,8 @@ struct UnpinnedHalves
 /// Sorts by CID, case-sensitively, and leaves out entries without one; of equal CIDs the one that came last stays.
 void sortPinsByCid(QList<PinEntry>& entries);
 
-/// Joins two lists sorted by sortPinsByCid; of equal CIDs the one of `later` stays. Linear.
+/// Joins two lists sorted by sortPinsByCid; of equal CIDs the one of `later` stays. Linear, and in the room of the
+/// longer one.
 QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later);
 
 /// The CIDs of the entries, and for each that decodes the CIDs under which a node may list its block: same multihash,

@@ -25,12 +25,14 @@ void PinLoad::cancel()
     compositePending = 0;
 }
 
-std::optional<QList<PinEntry>> PinLoad::takeCompositeHalf(QList<PinEntry> entries)
+std::optional<PinLoad::CompositeHalves> PinLoad::takeCompositeHalf(QList<PinEntry> entries)
 {
-    compositePins = mergePinsByCid(std::move(compositePins), std::move(entries));
     if (compositePending > 0)
         --compositePending;
-    return compositePending == 0 ? std::optional(std::exchange(compositePins, {})) : std::nullopt;
+    if (compositePending == 0)
+        return CompositeHalves(std::exchange(compositePins, {}), std::move(entries));
+    compositePins = std::move(entries);
+    return std::nullopt;
 }
 
 void PinLoad::takePinnedCids(TextBlock cids)

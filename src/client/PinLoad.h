@@ -6,6 +6,7 @@
 #include <QList>
 
 #include <optional>
+#include <utility>
 
 /// What the client keeps of the load under way: its epoch, and what the halves of a load of two replies have brought.
 class PinLoad
@@ -18,9 +19,11 @@ public:
     void beginUnpinned();
     void cancel();
 
-    /// One half of a composite load has brought `entries`, sorted by CID, or none if it failed. All of them, once both
-    /// halves are in.
-    std::optional<QList<PinEntry>> takeCompositeHalf(QList<PinEntry> entries);
+    using CompositeHalves = std::pair<QList<PinEntry>, QList<PinEntry>>;
+
+    /// One half of a composite load has brought `entries`, sorted by CID, or none if it failed. Both of them in the
+    /// order in which they came, once they are in.
+    std::optional<CompositeHalves> takeCompositeHalf(QList<PinEntry> entries);
 
     bool isUnpinnedActive() const { return unpinnedFetchActive; }
     void addLocalRef(QByteArrayView cid) { unpinnedLocalRefs.append(cid); }
@@ -31,8 +34,8 @@ public:
     void resetUnpinnedState();
 
 private:
-    QList<PinEntry> compositePins;
-    int compositePending = 0; ///< halves still to come
+    QList<PinEntry> compositePins; ///< the half that came first
+    int compositePending = 0;      ///< halves still to come
 
     bool unpinnedFetchActive = false; ///< an unpinned fetch is collecting
     bool unpinnedPinsDone = false;

@@ -64,6 +64,13 @@ void startDetached(QObject* context, std::function<void()> work, std::function<v
     }).detach();
 }
 
+void returnLargeBlocks()
+{
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 1024 * 1024); // a fixed threshold; the usual one grows with the blocks that are freed
+#endif
+}
+
 void trimMemory()
 {
 #ifdef __GLIBC__

@@ -30,6 +30,10 @@ template <typename Value> void discard(Value value)
         nullptr, [held = std::move(value)] {}, nullptr);
 }
 
+/// Has each block of a megabyte or more go back to the system as soon as it is freed, where the C library would keep
+/// it; for the start of `main`. Long lists come and go with every refresh.
+void returnLargeBlocks();
+
 /// Gives memory that is free back to the system, where the C library keeps it. Takes some 30 ms after a long list.
 void trimMemory();
 

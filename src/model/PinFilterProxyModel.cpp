@@ -97,8 +97,12 @@ bool PinFilterProxyModel::accepts(const PinEntry& pin) const
 {
     if (filter.hidesIndirect && pin.type == PinType::indirect)
         return false;
-    return filter.text.isEmpty()
-        || holds(filter.searchMode == SearchByName ? pin.name : pin.cid, filter.text, filter.sensitivity);
+    return filter.text.isEmpty() || holds(searchedText(pin), filter.text, filter.sensitivity);
+}
+
+const QString& PinFilterProxyModel::searchedText(const PinEntry& pin) const
+{
+    return filter.searchMode == SearchByName ? pin.name : pin.cid;
 }
 
 bool PinFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const

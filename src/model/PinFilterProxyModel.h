@@ -76,6 +76,7 @@ private:
     };
 
     bool accepts(const PinEntry& pin) const;
+    const QString& searchedText(const PinEntry& pin) const;
     void onSourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QList<int>& roles);
     void placeChangedRows();
     void changeFilter(Filter changed);

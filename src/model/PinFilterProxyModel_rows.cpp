@@ -4,6 +4,7 @@
 
 #include "PinModel.h"
 #include "TextOrder.h"
+#include "TextSearch.h"
 
 #include <QTimer>
 
@@ -20,6 +21,7 @@ constexpr size_t fewRows = 10'000;
 constexpr int mostRuns = 50;
 /// Up to this many rows any number of runs is cheap, and keeps the selection.
 constexpr size_t rowsOfAnyRuns = 2'000;
+constexpr int searchedAhead = 12;
 
 size_t at(int row)
 {
@@ -241,6 +243,7 @@ void PinFilterProxyModel::changeFilter(Filter changed)
     going.reserve(sourceRows.size());
     for (int row = 0; row < rowCount(); ++row) {
         const int sourceRow = sourceRows[at(row)];
+        fetchAhead(searchedText(*pins->pinAt(sourceRows[at(std::min(row + searchedAhead, rowCount() - 1))])));
         if (accepts(*pins->pinAt(sourceRow)))
             all.push_back(sourceRow);
         else

@@ -342,6 +342,8 @@ private slots:
         const QList<PinEntry> later {entry(u"b"_s, u"new"_s), entry(u"c"_s, u"new"_s), entry(u"e"_s, u"new"_s)};
         QCOMPARE(shown(mergePinsByCid(earlier, later)),
                  QStringList({u"a:old"_s, u"b:new"_s, u"c:new"_s, u"d:old"_s, u"e:new"_s}));
+        QCOMPARE(shown(mergePinsByCid({earlier.at(1), earlier.at(2)}, later)),
+                 QStringList({u"b:new"_s, u"c:new"_s, u"d:old"_s, u"e:new"_s})); // the later one is the longer one
         QCOMPARE(mergePinsByCid(earlier, {}), earlier);
         QCOMPARE(mergePinsByCid({}, later), later);
     }

@@ -91,6 +91,41 @@ private slots:
         QVERIFY(lines.entries.at(1).type.constData() == storage && keys.entries.at(0).type.constData() == storage);
     }
 
+    /// The second list of a node, with one pin more and one less, and then one in another order.
+    void cidsShareTheStorageOfTheFormerList()
+    {
+        const QByteArray a = "{\"Cid\":\"a\"}\n";
+        const QByteArray b = "{\"Cid\":\"b\"}\n";
+        const QByteArray c = "{\"Cid\":\"c\"}\n";
+        const QStringList former {u"a"_s, u"b"_s, u"c"_s};
+        const auto shares = [&former](const QByteArray& body) {
+            QList<bool> shared;
+            for (const PinEntry& pin : parsePinList(body, former).entries)
+                shared.append(std::ranges::any_of(
+                    former, [&](const QString& cid) { return cid.constData() == pin.cid.constData(); }));
+            return shared;
+        };
+        QCOMPARE(shares(a + b + c), QList({true, true, true}));
+        QCOMPARE(shares("{\"Cid\":\"new\"}\n" + a + c), QList({false, true, true}));
+        QCOMPARE(shares(c + a), QList({true, false}));
+    }
+
+    /// Longer than the pieces that it is read in.
+    void longListsComeWhole()
+    {
+        QByteArray body;
+        QStringList cids;
+        for (int i = 0; i < 60'000; ++i) {
+            cids.append(u"cid-%1"_s.arg(i));
+            body += "{\"Cid\":\"" + cids.constLast().toLatin1() + "\",\"Name\":\"" + QByteArray(100, 'n') + "\"}\n";
+        }
+        body += QByteArray(5'000'000, ' ') + "{\"Cid\":\"last\"}";
+        cids.append(u"last"_s);
+        const PinList list = parsePinList(body);
+        QVERIFY(list.hasOpenLine);
+        QVERIFY(std::ranges::equal(list.entries, cids, {}, &PinEntry::cid));
+    }
+
     void lineFeedsAloneTakeNoMemory()
     {
         QVERIFY(parsePinList(QByteArray(1'000'000, '\n')).entries.capacity() < 20'000);

@@ -110,6 +110,8 @@ private:
     void triggerRefresh(bool force);
     void fetchList();
     void setRefreshing(bool on);
+    struct ListRules;
+    void prepareList(QList<PinEntry> pins, const ListRules& rules, int taken);
     void takeList(const QList<PinEntry>& list, qsizetype pinsReceived);
     bool knowsNoList() const;
     void dropRows();

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -27,22 +28,22 @@ constexpr qsizetype preparedAtOnce = 20'000;
 /// Until the former list and all that reading this one has taken are free.
 constexpr auto trimDelay = 600ms;
 
-struct ListRules
+} // namespace
+
+struct MainWindow::ListRules
 {
     bool hidesIndirect = false;
     MetadataPlan::KnownFacts known {};
+
+    /// What the table gets of a listing, with what earlier refreshes brought.
+    QList<PinEntry> appliedTo(QList<PinEntry> pins) const
+    {
+        if (hidesIndirect)
+            pins.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
+        known.fillIn(pins);
+        return pins;
+    }
 };
-
-/// What the table gets of a listing, with what earlier refreshes brought.
-QList<PinEntry> listForTable(QList<PinEntry> pins, const ListRules& rules)
-{
-    if (rules.hidesIndirect)
-        pins.removeIf([](const PinEntry& pin) { return pin.type == PinType::indirect; });
-    rules.known.fillIn(pins);
-    return pins;
-}
-
-} // namespace
 
 void MainWindow::onRefreshClicked()
 {
@@ -169,12 +170,23 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
                            .known = wantsMetadata() ? plan.knownFacts() : MetadataPlan::KnownFacts()};
     const int taken = ++listsTaken;
     if (pins.size() <= preparedAtOnce) {
-        takeList(listForTable(pins, rules), pins.size());
+        takeList(rules.appliedTo(pins), pins.size());
         return;
     }
+    // In a turn of its own: with the sender's list gone, the rows are written without a copy.
+    QMetaObject::invokeMethod(
+        this, [this, list = pins, rules, taken]() mutable { prepareList(std::move(list), rules, taken); },
+        Qt::QueuedConnection);
+}
+
+void MainWindow::prepareList(QList<PinEntry> pins, const ListRules& rules, int taken)
+{
+    if (taken != listsTaken)
+        return;
+    const qsizetype count = pins.size();
     runDetached(
-        this, [pins, rules] { return listForTable(pins, rules); },
-        [this, taken, count = pins.size()](const QList<PinEntry>& list) {
+        this, [pins = std::move(pins), rules]() mutable { return rules.appliedTo(std::move(pins)); },
+        [this, taken, count](const QList<PinEntry>& list) {
             if (taken == listsTaken)
                 takeList(list, count);
         });

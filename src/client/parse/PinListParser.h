@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QStringList>
 
 #include <optional>
 
@@ -20,5 +21,6 @@ struct PinList
 std::optional<PinEntry> parsePinLine(QByteArrayView line);
 
 /// The body of "/pin/ls" in the whole-document form ("Keys", also inside "PinLsList") or as a stream of lines.
-/// What does not parse is passed over.
-PinList parsePinList(const QByteArray& body);
+/// What does not parse is passed over. Of a stream the CIDs that are in `formerCids` as well, in nearly the same order,
+/// share their storage with those. Frees the body, if nobody else has it, as it goes.
+PinList parsePinList(QByteArray body, const QStringList& formerCids = {});
