@@ -17,14 +17,15 @@ int main(int argc, char* argv[])
     disableWindowTabbing();
     raiseOpenFileLimit();
     const QApplication app(argc, argv);
-    QApplication::setApplicationName(u"Norvo"_s);
+    QApplication::setApplicationName(ProductInfo::name);
     QApplication::setApplicationVersion(ProductInfo::version);
     QApplication::setOrganizationName(u"Norvo"_s);
     QApplication::setOrganizationDomain(ProductInfo::organizationDomain);
+    QApplication::setDesktopFileName(u"norvo"_s); // a Wayland desktop finds the icon by it
     QApplication::setWindowIcon(QIcon(u":/icons/app-icon.png"_s));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Norvo - IPFS pin management GUI"_s);
+    parser.setApplicationDescription(u"%1 - %2"_s.arg(ProductInfo::name, ProductInfo::description));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.process(app);
