@@ -37,7 +37,8 @@ said(version "^[A-Za-z]+ ([0-9.]+)\n$" --version)
 said(description "\n${name} - ([^\n]+)\n" --help)
 
 file(GLOB metainfo ${prefix}/share/metainfo/*.metainfo.xml)
-expect(${metainfo} "<name>${name}</name>" "<summary>${description}</summary>" "<release version=\"${version}\" "
+expect(${metainfo} "<id>example.norvo.norvo</id>" "<name>${name}</name>" "<summary>${description}</summary>"
+    "<release version=\"${version}\" "
     "<project_license>${LICENCE}</project_license>" "<url type=\"homepage\">${WEB_URL}</url>"
     "<developer_name>${HOLDER}</developer_name>" "<update_contact>${CONTACT}</update_contact>"
     "<launchable type=\"desktop-id\">norvo.desktop</launchable>")
