@@ -9,26 +9,57 @@
 #include <QCommandLineParser>
 #include <QIcon>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using namespace std::string_view_literals;
+
+namespace {
+
+void setProductInfo()
+{
+    QCoreApplication::setApplicationName(ProductInfo::name);
+    QCoreApplication::setApplicationVersion(ProductInfo::version);
+    QCoreApplication::setOrganizationName(u"Norvo"_s);
+    QCoreApplication::setOrganizationDomain(ProductInfo::organizationDomain);
+}
+
+/// Ends the program if it is only asked what it is, or does not know an option.
+void processArguments(const QCoreApplication& app)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"%1 - %2"_s.arg(ProductInfo::name, ProductInfo::description));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.process(app);
+}
+
+bool asksForText(int argc, char* argv[])
+{
+    constexpr std::array questions {"-h"sv, "--help"sv, "-v"sv, "--version"sv};
+    return std::any_of(argv, argv + argc, [&questions](std::string_view argument) {
+        return std::ranges::find(questions, argument) != questions.end();
+    });
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
+    setProductInfo();
+    if (asksForText(argc, argv)) // needs no display
+        processArguments(QCoreApplication(argc, argv));
+
     returnLargeBlocks();
     disableWindowTabbing();
     raiseOpenFileLimit();
     const QApplication app(argc, argv);
-    QApplication::setApplicationName(u"Norvo"_s);
-    QApplication::setApplicationVersion(ProductInfo::version);
-    QApplication::setOrganizationName(u"Norvo"_s);
-    QApplication::setOrganizationDomain(ProductInfo::organizationDomain);
+    QApplication::setDesktopFileName(u"norvo"_s); // a Wayland desktop finds the icon by it
     QApplication::setWindowIcon(QIcon(u":/icons/app-icon.png"_s));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(u"Norvo - IPFS pin management GUI"_s);
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.process(app);
+    processArguments(app);
 
     applyFusionLook();
     int code = 0;
