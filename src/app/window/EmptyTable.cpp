@@ -23,13 +23,12 @@ public:
             return tr("Loading the list from %1…").arg(table.address);
         case EmptyTable::NoNode:
             return tr("No node answers at %1.\n\nStart the node (\"ipfs daemon\"), or set its address in File, "
-                      "Settings.")
+                      "Settings.\n\nThe user guide (F1) shows how to set up a node.")
                 .arg(table.address);
         case EmptyTable::Refused:
             return tr("The node at %1 refuses requests (403).\n\nSwitch off \"Send Origin header\" in File, Settings, "
-                      "or "
-                      "add the header's value to the node's API.HTTPHeaders.Access-Control-Allow-Origin and restart "
-                      "it.")
+                      "or add the header's value to the node's API.HTTPHeaders.Access-Control-Allow-Origin and "
+                      "restart it.")
                 .arg(table.address);
         case EmptyTable::Failed:
             return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason));
@@ -44,8 +43,9 @@ private:
     {
         if (table.unpinned)
             return tr("Every block in the node's store belongs to a pin.");
-        return table.allTypes ? tr("The node has no pins.")
-                              : tr("The node has no pins of this type.\n\nFilter, All types, lists the others.");
+        return table.hasAnyType ? tr("The node has no pins.\n\nAdd to IPFS adds files and pins them. The user guide "
+                                     "(F1) shows the first steps.")
+                                : tr("The node has no pins of this type.\n\nFilter, All types, lists the others.");
     }
 
 public:
