@@ -9,6 +9,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Whether an error is a reply that a node's API does not give to a list, as that of a gateway or a web server.
+bool isOfAnotherServer(const QString& error)
+{
+    return isNodesReply(error) && !error.endsWith("server replied: Internal Server Error"_L1);
+}
+
 struct Texts
 {
     Q_DECLARE_TR_FUNCTIONS(EmptyTable)
@@ -31,7 +37,8 @@ public:
                       "restart it.")
                 .arg(table.address);
         case EmptyTable::Failed:
-            return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason));
+            return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason))
+                + (isOfAnotherServer(table.reason) ? ofAnotherServer() : QString());
         case EmptyTable::Loaded:
             break;
         }
@@ -39,6 +46,11 @@ public:
     }
 
 private:
+    static QString ofAnotherServer()
+    {
+        return tr("\n\nIf this is not the address of a Kubo node's RPC API, set it in File, Settings.");
+    }
+
     static QString ofList(const EmptyTable& table)
     {
         if (table.unpinned)
