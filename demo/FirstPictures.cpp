@@ -25,7 +25,7 @@ namespace {
 
 constexpr quint16 usualPort = 5001;
 
-void show(MainWindow& window)
+void showActive(MainWindow& window)
 {
     window.show();
     window.activateWindow(); // nobody else does where there is no window manager
@@ -53,7 +53,7 @@ void addFirstFile(MainWindow& window, const QString& path)
     awaitThat([&isDone] { return isDone; }, u"the file was not added"_s);
     const auto* counts = window.findChild<QLabel*>(u"countLabel"_s);
     awaitThat([counts] { return counts->text().contains("Metadata loaded: 1/1 "_L1); }, u"its row did not come"_s);
-    show(window); // a table that is not active is not painted
+    showActive(window); // a table that is not active is not painted
 }
 
 } // namespace
@@ -74,7 +74,7 @@ void takeFirstPictures(const PictureFolder& folder)
     openAppSettings().setValue("port"_L1, port);
     {
         MainWindow window;
-        show(window);
+        showActive(window);
         awaitThat([&window] { return window.statusLog().filter(u"  Error: "_s).size() == 3; }, u"no errors came"_s);
         folder.take(&window, "no-node"_L1);
 
