@@ -8,11 +8,12 @@
 #include "ConfigPictures.h"
 #include "DemoNode.h"
 #include "Detached.h"
+#include "FirstPictures.h"
 #include "IndirectPinsDialog.h"
 #include "IpnsPictures.h"
 #include "LogDialog.h"
 #include "MainWindow.h"
-#include "PicturePalette.h"
+#include "PictureFolder.h"
 #include "PictureSample.h"
 #include "PictureSteps.h"
 #include "PinContentsDialog.h"
@@ -25,9 +26,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -40,7 +39,6 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTreeWidget>
-#include <QWindow>
 
 #include <algorithm>
 #include <cstdio>
@@ -52,12 +50,8 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr QSize windowSize(1280, 800);
-constexpr quint16 usualPort = 5001; // so that the pictures show what most people see
 constexpr int pinCount = 60;
 constexpr int looseBlocks = 12;
-constexpr auto repaintTime = 50ms;            // after it sizes and scroll bars have settled
-constexpr qint64 largestPicture = 150 * 1024; // bytes
-constexpr int strongestCompression = 0;       // as a quality
 
 constexpr auto album = "photos summer 2024"_L1;
 constexpr auto archive = "photo archive"_L1;
@@ -68,7 +62,7 @@ constexpr auto archive = "photo archive"_L1;
 class Screenshots
 {
 public:
-    explicit Screenshots(const QString& newFolder)
+    explicit Screenshots(const PictureFolder& newFolder)
         : folder(newFolder)
         , node(newNode())
     {
@@ -79,11 +73,11 @@ public:
     void run()
     {
         openWindow();
-        for (const auto picture :
-             {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
-              &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
-              &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog, &Screenshots::error,
-              &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::tools}) {
+        for (const auto picture : {&Screenshots::mainWindow, &Screenshots::contextMenu, &Screenshots::indirectPins,
+                                   &Screenshots::pinContents, &Screenshots::pinContentsSaving, &Screenshots::notPinned,
+                                   &Screenshots::statusLog, &Screenshots::rpcLog, &Screenshots::settingsDialog,
+                                   &Screenshots::about, &Screenshots::error, &Screenshots::unpinFailed,
+                                   &Screenshots::addDialog, &Screenshots::addProgress, &Screenshots::tools}) {
             QCursor::setPos(windowSize.width() - 1, windowSize.height() - 1); // over nothing that would light up
             (this->*picture)();
         }
@@ -94,7 +88,6 @@ public:
 private:
     void openWindow()
     {
-        need(QDir().mkpath(folder), u"the folder can't be made"_s);
         need(node->port() != 0, u"the demo node can't listen"_s);
         window->show();
         window->activateWindow(); // nobody else does where there is no window manager
@@ -110,7 +103,7 @@ private:
     void mainWindow()
     {
         select(album);
-        take(window.get(), "main-window"_L1);
+        folder.take(window.get(), "main-window"_L1);
     }
 
     void contextMenu()
@@ -123,7 +116,7 @@ private:
             menu.close();
         });
         rightClick(album);
-        keep(picture, "context-menu"_L1);
+        folder.keep(picture, "context-menu"_L1);
     }
 
     void indirectPins()
@@ -132,7 +125,7 @@ private:
         auto* list = dialog->findChild<QTableView*>();
         awaitThat([list] { return list->model()->rowCount() > 1; }, u"the indirect pins did not come"_s);
         list->selectRow(2);
-        take(dialog, "indirect-pins"_L1);
+        folder.take(dialog, "indirect-pins"_L1);
         close<IndirectPinsDialog>();
     }
 
@@ -142,7 +135,7 @@ private:
         awaitThat([this] { return saveButton()->isEnabled(); }, u"the contents did not come"_s);
         auto* root = dialog->findChild<QTreeWidget*>()->topLevelItem(0);
         root->child(1)->setExpanded(true);
-        take(dialog, "pin-contents"_L1);
+        folder.take(dialog, "pin-contents"_L1);
     }
 
     /// In the window that pinContents has opened. The folder is not in the picture.
@@ -166,7 +159,7 @@ private:
         });
         saveButton()->click();
         awaitThat([&] { return !picture.isNull() && saveButton()->isEnabled(); }, u"the files were not saved"_s);
-        keep(picture, "pin-contents-saving"_L1);
+        folder.keep(picture, "pin-contents-saving"_L1);
         close<PinContentsDialog>();
     }
 
@@ -176,7 +169,7 @@ private:
         content->setCurrentIndex(1);
         awaitThat([this] { return status().startsWith(u"Loaded "_s); }, u"the blocks did not come"_s);
         table()->sortByColumn(PinModel::CidColumn, Qt::AscendingOrder);
-        take(window.get(), "not-pinned"_L1);
+        folder.take(window.get(), "not-pinned"_L1);
         content->setCurrentIndex(0);
         awaitRows();
         table()->sortByColumn(PinModel::NameColumn, Qt::DescendingOrder);
@@ -201,12 +194,21 @@ private:
                 if (button->text() == u"Restore Defaults"_s)
                     button->click(); // the port is the usual one, whatever the demo node has
             }
-            take(&dialog, "settings"_L1);
+            folder.take(&dialog, "settings"_L1);
             dialog.reject();
         });
         menuEntry([](const QAction* action) {
             return action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Comma);
         })->trigger();
+    }
+
+    void about()
+    {
+        inNext<QMessageBox>([this](QMessageBox& box) {
+            folder.take(&box, "about"_L1);
+            box.reject();
+        });
+        menuEntry([](const QAction* action) { return action->text() == u"About Norvo"_s; })->trigger();
     }
 
     /// The node refuses a foreign Origin: both lists and the node's identity.
@@ -215,8 +217,21 @@ private:
         openAppSettings().setValue(SettingsKeys::sendOrigin, true);
         refreshButton()->click();
         awaitThat([this] { return window->statusLog().filter(u"  Error: "_s).size() == 3; }, u"no errors came"_s);
-        take(window.get(), "error"_L1);
+        folder.take(window.get(), "error"_L1);
         openAppSettings().setValue(SettingsKeys::sendOrigin, false);
+    }
+
+    /// Of a block that a pin above it keeps.
+    void unpinFailed()
+    {
+        filterBox()->setCurrentText(u"Indirect"_s);
+        awaitThat([this] { return status().startsWith(u"Loaded "_s); }, u"the indirect pins did not come"_s);
+        table()->selectRow(2);
+        menuEntry([](const QAction* action) { return action->text() == u"Unpin selected"_s; })->trigger();
+        awaitThat([this] { return status().startsWith(u"Error: Unpin failed"_s); }, u"the unpin did not fail"_s);
+        folder.take(window.get(), "unpin-failed"_L1);
+        filterBox()->setCurrentIndex(0);
+        awaitRows();
     }
 
     /// In a home folder of its own.
@@ -232,7 +247,7 @@ private:
             awaitThat([services] { return !services->text().startsWith(u"Loading "_s); }, u"no services came"_s);
             dialog.addPaths(sampleSelection(home));
             showPathsOfAda(*dialog.findChild<QTreeWidget*>(), home.path());
-            take(&dialog, "add-dialog"_L1);
+            folder.take(&dialog, "add-dialog"_L1);
             dialog.accept();
         });
         menuEntry([](const QAction* action) {
@@ -245,7 +260,7 @@ private:
     {
         bool isDone = false;
         inComing<ActionBox>([this, &isDone](ActionBox& box) {
-            take(&box, "add-result"_L1);
+            folder.take(&box, "add-result"_L1);
             box.accept();
             isDone = true;
         });
@@ -253,13 +268,13 @@ private:
         need(progress, u"no progress is shown"_s);
         awaitThat([progress] { return progress->maximum() > 0 && progress->value() > progress->maximum() / 2; },
                   u"no progress came"_s);
-        keep(progress->grab(), "add-progress"_L1);
+        folder.keep(progress->grab(), "add-progress"_L1);
         awaitThat([&isDone] { return isDone; }, u"the add did not end"_s);
     }
 
     void tools()
     {
-        const auto takeNamed = [this](QWidget* widget, QLatin1StringView name) { take(widget, name); };
+        const auto takeNamed = folder.taker();
         takeIpnsPictures(*window, takeNamed);
         takeToolPictures(*window, takeNamed);
         takeConfigPictures(*window, takeNamed);
@@ -268,25 +283,23 @@ private:
 
     static std::unique_ptr<DemoNode> newNode()
     {
-        DemoOptions options {.port = usualPort, .pins = pinCount, .looseBlocks = looseBlocks};
+        DemoOptions options {.port = portForPictures(), .pins = pinCount, .looseBlocks = looseBlocks};
         options.remoteServices = {u"harbour"_s, u"orchard"_s};
-        auto made = std::make_unique<DemoNode>(options);
-        if (made->port() == usualPort)
-            return made;
-        options.port = 0; // somebody's own node may be there
         return std::make_unique<DemoNode>(options);
     }
 
     QTableView* table() const { return window->findChild<QTableView*>(); }
     QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString status() const { return label("statusLabel"_L1)->text(); }
-    QComboBox* contentBox() const
+    QComboBox* boxCalled(QLatin1StringView name) const
     {
-        const QList<QLabel*> labels = window->findChildren<QLabel*>();
-        const auto caption
-            = std::ranges::find_if(labels, [](auto* text) { return text->text().trimmed() == "Content:"_L1; });
-        return qobject_cast<QComboBox*>((*caption)->buddy());
+        const QList<QComboBox*> boxes = window->findChildren<QComboBox*>();
+        const auto box = std::ranges::find(boxes, QString(name), &QComboBox::accessibleName);
+        need(box != boxes.end(), u"there is no such choice: "_s + name);
+        return *box;
     }
+    QComboBox* contentBox() const { return boxCalled("Content"_L1); }
+    QComboBox* filterBox() const { return boxCalled("Filter"_L1); }
     QPushButton* refreshButton() const { return window->findChild<QPushButton*>(u"refreshBtn"_s); }
     template <typename Test> QAction* menuEntry(const Test& test) const
     {
@@ -352,27 +365,11 @@ private:
     {
         auto* log = window->findChild<LogDialog*>();
         need(log, u"no log came"_s);
-        take(log, name);
+        folder.take(log, name);
         close<LogDialog>();
     }
 
-    void take(QWidget* widget, QLatin1StringView name)
-    {
-        awaitThat([widget] { return widget->windowHandle() && widget->windowHandle()->isExposed(); },
-                  u"a window did not come up"_s);
-        wait(repaintTime);
-        keep(widget->grab(), name);
-    }
-
-    void keep(const QPixmap& picture, QLatin1StringView name)
-    {
-        const QString path = u"%1/%2.png"_s.arg(folder, name);
-        const QImage image = withPalette(picture.toImage().convertToFormat(QImage::Format_RGB32));
-        need(image.save(path, "PNG", strongestCompression), u"can't write "_s + path);
-        need(QFileInfo(path).size() <= largestPicture, path + u" is too large"_s);
-    }
-
-    QString folder;
+    PictureFolder folder;
     QTemporaryDir home {}; ///< with the files that are added
     std::unique_ptr<DemoNode> node;
     std::unique_ptr<MainWindow> window;
@@ -394,6 +391,8 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(u"Norvo"_s);
     QCoreApplication::setApplicationVersion(u"1.1.3"_s);
     qInstallMessageHandler(failOnWarning);
-    Screenshots(QString::fromLocal8Bit(argv[1])).run();
+    const PictureFolder folder(QString::fromLocal8Bit(argv[1]));
+    takeFirstPictures(folder);
+    Screenshots(folder).run();
     return 0;
 }

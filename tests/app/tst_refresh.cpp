@@ -143,6 +143,23 @@ private slots:
         QVERIFY(table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
     }
 
+    void aNodeWithoutPins_data()
+    {
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("nothing pinned") << u"recursive+direct"_s << u"The node has no pins.\n"_s;
+        QTest::newRow("none of one type") << u"direct"_s << u"The node has no pins of this type.\n"_s;
+    }
+    void aNodeWithoutPins()
+    {
+        QFETCH(const QString, filter);
+        QFETCH(const QString, text);
+        setting("typeFilter"_L1, filter);
+        node->answer(path, NodeAnswer::json({}));
+        open();
+        QTRY_VERIFY2(table()->accessibleDescription().startsWith(text), qPrintable(table()->accessibleDescription()));
+    }
+
     void aNodeThatDiesKeepsItsRows()
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list

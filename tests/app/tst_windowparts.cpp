@@ -150,9 +150,9 @@ private slots:
         row("no node", {.state = stateAfter(down), .address = a}, u"No node answers at http://a.\n\nStart"_s);
         row("no host", {.state = stateAfter(u"Network error: Host a not found"_s), .address = a}, u"No node answers"_s);
         row("refused", {.state = stateAfter(forbidden), .address = a}, u"http://a refuses requests (403)"_s);
-        row("failed at the node", {.state = stateAfter(missing), .reason = missing}, missing);
+        row("failed at another server", {.state = stateAfter(missing), .reason = missing}, missing + u"\n\nIf this"_s);
         row("cut off", {.state = stateAfter(u"Connection closed"_s), .reason = u"%1<b>"_s}, u"%1<b>"_s);
-        row("no pins", {.state = EmptyTable::Loaded, .allTypes = true}, u"no pins."_s);
+        row("no pins", {.state = EmptyTable::Loaded, .hasAnyType = true}, u"Add to IPFS adds"_s);
         row("no pins of the type", {.state = EmptyTable::Loaded, .searching = true}, u"no pins of this type"_s);
         row("no blocks", {.state = EmptyTable::Loaded, .unpinned = true}, u"Every block"_s);
         row("nothing found", {.state = EmptyTable::Loading, .searching = true, .total = 7}, u"None of the 7 row(s)"_s);

@@ -9,6 +9,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Whether an error is a reply that a node's API does not give to a list, as that of a gateway or a web server.
+bool isOfAnotherServer(const QString& error)
+{
+    return isNodesReply(error) && !error.endsWith("server replied: Internal Server Error"_L1);
+}
+
 struct Texts
 {
     Q_DECLARE_TR_FUNCTIONS(EmptyTable)
@@ -23,16 +29,16 @@ public:
             return tr("Loading the list from %1…").arg(table.address);
         case EmptyTable::NoNode:
             return tr("No node answers at %1.\n\nStart the node (\"ipfs daemon\"), or set its address in File, "
-                      "Settings.")
+                      "Settings.\n\nThe user guide (F1) shows how to set up a node.")
                 .arg(table.address);
         case EmptyTable::Refused:
             return tr("The node at %1 refuses requests (403).\n\nSwitch off \"Send Origin header\" in File, Settings, "
-                      "or "
-                      "add the header's value to the node's API.HTTPHeaders.Access-Control-Allow-Origin and restart "
-                      "it.")
+                      "or add the header's value to the node's API.HTTPHeaders.Access-Control-Allow-Origin and "
+                      "restart it.")
                 .arg(table.address);
         case EmptyTable::Failed:
-            return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason));
+            return tr("The list could not be loaded from %1.\n\n%2").arg(table.address, messageForLabel(table.reason))
+                + (isOfAnotherServer(table.reason) ? ofAnotherServer() : QString());
         case EmptyTable::Loaded:
             break;
         }
@@ -40,12 +46,18 @@ public:
     }
 
 private:
+    static QString ofAnotherServer()
+    {
+        return tr("\n\nIf this is not the address of a Kubo node's RPC API, set it in File, Settings.");
+    }
+
     static QString ofList(const EmptyTable& table)
     {
         if (table.unpinned)
             return tr("Every block in the node's store belongs to a pin.");
-        return table.allTypes ? tr("The node has no pins.")
-                              : tr("The node has no pins of this type.\n\nFilter, All types, lists the others.");
+        return table.hasAnyType ? tr("The node has no pins.\n\nAdd to IPFS adds files and pins them. The user guide "
+                                     "(F1) shows the first steps.")
+                                : tr("The node has no pins of this type.\n\nFilter, All types, lists the others.");
     }
 
 public:

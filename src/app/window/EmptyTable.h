@@ -9,10 +9,10 @@ struct EmptyTable
     enum State { NotAsked, Loading, NoNode, Refused, Failed, Loaded };
 
     State state = NotAsked;
-    bool unpinned = false;  ///< the list is of blocks without a pin
-    bool allTypes = false;  ///< the node was asked for pins of all types
-    bool searching = false; ///< a search text narrows the list
-    int total = 0;          ///< rows, those that the search hides included
+    bool unpinned = false;   ///< the list is of blocks without a pin
+    bool hasAnyType = false; ///< a node that has pins has some that this list was asked for
+    bool searching = false;  ///< a search text narrows the list
+    int total = 0;           ///< rows, those that the search hides included
     int shown = 0;
     QString address {}; ///< of the node's RPC
     QString reason {};  ///< the error of a load that failed

@@ -227,11 +227,13 @@ void MainWindow::showListState(EmptyTable::State state)
     updateEmptyText();
 }
 
+/// Where nothing is pinned recursively or directly, nothing is pinned at all.
 void MainWindow::updateEmptyText()
 {
+    const bool isAnyType = values.typeFilter == PinType::all || values.typeFilter == PinType::recursiveAndDirect;
     pinTable->setEmptyText(emptyTableText({.state = load.state,
                                            .unpinned = showsUnpinned(),
-                                           .allTypes = values.typeFilter == PinType::all,
+                                           .hasAnyType = isAnyType,
                                            .searching = !toolBar->searchText().isEmpty(),
                                            .total = pinModel->rowCount(),
                                            .shown = proxyModel->rowCount(),
