@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+#include "ShortcutList.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct OtherKey
+{
+    const char* keys; ///< as QKeySequence reads them; what it can't read is shown as it is
+    const char* place;
+    const char* effect;
+};
+
+/// Keys of tables, fields and dialogs, which no menu shows.
+constexpr std::array otherKeys {
+    OtherKey {"Return", QT_TRANSLATE_NOOP("ShortcutList", "Table"),
+              QT_TRANSLATE_NOOP("ShortcutList", "As a double click: show the indirect pins, or copy the CID")},
+    OtherKey {"Ctrl+A", QT_TRANSLATE_NOOP("ShortcutList", "Table"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Select all rows")},
+    OtherKey {"Shift+Up, Shift+Down", QT_TRANSLATE_NOOP("ShortcutList", "Table"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Select more rows, or fewer")},
+    OtherKey {"Esc", QT_TRANSLATE_NOOP("ShortcutList", "Search field"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Clear it, and go back to the table")},
+    OtherKey {"Space", QT_TRANSLATE_NOOP("ShortcutList", "» in the tool bar"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Show what the tool bar has no room for")},
+    OtherKey {"Space", QT_TRANSLATE_NOOP("ShortcutList", "Peer ID"), QT_TRANSLATE_NOOP("ShortcutList", "Copy it")},
+    OtherKey {"Tab, Shift+Tab", QT_TRANSLATE_NOOP("ShortcutList", "Everywhere"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Go to the next control, or back")},
+    OtherKey {"Esc", QT_TRANSLATE_NOOP("ShortcutList", "Tool windows, dialogs"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Close the window")},
+    OtherKey {"Return", QT_TRANSLATE_NOOP("ShortcutList", "Add to IPFS, the tree"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Put the selected files and folders on the list")},
+    OtherKey {"Del", QT_TRANSLATE_NOOP("ShortcutList", "Add to IPFS, the list"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Take the selected rows off the list")},
+    OtherKey {"Ctrl+C", QT_TRANSLATE_NOOP("ShortcutList", "Indirect pins"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Copy the CIDs of the selected rows")},
+    OtherKey {"Ctrl+C", QT_TRANSLATE_NOOP("ShortcutList", "Swarm, DHT stats"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Copy the selected cells")},
+    OtherKey {"Return", QT_TRANSLATE_NOOP("ShortcutList", "Swarm, in a field"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Connect, or add the bootstrap peer")},
+    OtherKey {"Return", QT_TRANSLATE_NOOP("ShortcutList", "Kubo config, in a field"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Get the key, or set the value")},
+    OtherKey {"Return", QT_TRANSLATE_NOOP("ShortcutList", "Remote services, in a field"),
+              QT_TRANSLATE_NOOP("ShortcutList", "Save the service")}};
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("ShortcutList", text);
+}
+
+QString withoutMnemonic(const QString& text)
+{
+    QString plain = text;
+    plain.remove(u'&');
+    while (plain.endsWith(u'.') || plain.endsWith(u'…'))
+        plain.chop(1);
+    return plain;
+}
+
+void appendMenu(const QMenu& menu, QList<ShortcutRow>& rows)
+{
+    const QString place = translated("%1 menu").arg(withoutMnemonic(menu.title()));
+    for (const QAction* action : menu.actions()) {
+        if (const QList<QKeySequence> keys = action->shortcuts(); !keys.isEmpty())
+            rows.append({.keys = QKeySequence::listToString(keys, QKeySequence::NativeText).replace("; "_L1, ", "_L1),
+                         .place = place,
+                         .effect = withoutMnemonic(action->text())});
+    }
+}
+
+/// "Ctrl+A, Shift+Up" as this system writes the keys.
+QString nativeKeys(const char* keys)
+{
+    QStringList shown;
+    for (const QString& key : QString::fromLatin1(keys).split(", "_L1))
+        shown.append(QKeySequence(key, QKeySequence::PortableText).toString(QKeySequence::NativeText));
+    return shown.join(", "_L1);
+}
+
+} // namespace
+
+QList<ShortcutRow> shortcutList(const QMenuBar& menus)
+{
+    QList<ShortcutRow> rows;
+    for (const QAction* entry : menus.actions()) {
+        if (const QMenu* menu = entry->menu())
+            appendMenu(*menu, rows);
+    }
+    for (const OtherKey& other : otherKeys)
+        rows.append(
+            {.keys = nativeKeys(other.keys), .place = translated(other.place), .effect = translated(other.effect)});
+    return rows;
+}
