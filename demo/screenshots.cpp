@@ -8,6 +8,7 @@
 #include "ConfigPictures.h"
 #include "DemoNode.h"
 #include "Detached.h"
+#include "HelpPictures.h"
 #include "IndirectPinsDialog.h"
 #include "IpnsPictures.h"
 #include "LogDialog.h"
@@ -260,10 +261,9 @@ private:
     void tools()
     {
         const auto takeNamed = [this](QWidget* widget, QLatin1StringView name) { take(widget, name); };
-        takeIpnsPictures(*window, takeNamed);
-        takeToolPictures(*window, takeNamed);
-        takeConfigPictures(*window, takeNamed);
-        takeSwarmPictures(*window, takeNamed);
+        for (const auto pictures :
+             {takeIpnsPictures, takeToolPictures, takeConfigPictures, takeSwarmPictures, takeHelpPictures})
+            pictures(*window, takeNamed);
     }
 
     static std::unique_ptr<DemoNode> newNode()

@@ -25,7 +25,7 @@ constexpr std::array messageRules {
           u"Swarm (?:dis)?connect success: |IPNS publish succeeded: |IPNS resolved: |Copied IPNS name: |"
           u"Copied resolved path: |to IPNS key ).+",
           u"\\1[name]"},
-    Rule {u"((?:Resolving|Publishing) ).+?(…|to IPNS key)", u"\\1[name]\\2"},
+    Rule {u"((?:Resolving|Publishing) ).+?(…| to IPNS key)", u"\\1[name]\\2"},
     Rule {u"(Opening ).+( in browser| from local gateway)", u"\\1[name]\\2"},
     Rule {u"((?:Remote [a-z ]+|for publish) \\().*?(\\)[:…])", u"\\1[name]\\2"},
     Rule {u"(Host )\\S+( not found)", u"\\1[address]\\2"},

@@ -207,6 +207,7 @@ private slots:
         }
         // Not every desktop has a key to quit.
         QCOMPARE(rowsShown.filter(notToQuit), keyboardTable().filter(notToQuit));
+        QTRY_VERIFY(shown->hasFocus());
         QTest::keyClick(shown, Qt::Key_Return);
         QTRY_VERIFY(!dialog);
     }

@@ -223,7 +223,7 @@ private slots:
             u"Error: Add failed: [path]: Permission denied"_s);
         row(u"open ~/x y\\z: no such file"_s, u"open [path]: no such file"_s);
         row(u"The node says: open \\\\nas\\ada: no space left"_s, u"The node says: open [path]: no space left"_s);
-        row(u"Publishing QmA to IPNS key 'ada's blog'…"_s, u"Publishing [name]to IPNS key [name]"_s);
+        row(u"Publishing QmA to IPNS key 'ada's blog'…"_s, u"Publishing [name] to IPNS key [name]"_s);
         row(u"Resolving my-name…"_s, u"Resolving [name]…"_s);
         row(u"Opening /ipns/blog of ada in browser…"_s, u"Opening [name] in browser…"_s);
         row(u"IPNS resolved: /ipns/a b -> /ipfs/c"_s, u"IPNS resolved: [name]"_s);

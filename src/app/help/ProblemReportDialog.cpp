@@ -63,7 +63,7 @@ void ProblemReportDialog::showReport(const ProblemReport& newReport)
 void ProblemReportDialog::updateText()
 {
     view->setPlainText(report.text(withAddresses->isChecked()));
-    status->showHint(tr("Nothing is sent by Norvo. Read what you copy."));
+    status->showHint(tr("Norvo sends nothing by itself. Look through the text before you send it."));
 }
 
 void ProblemReportDialog::copy()

@@ -6,6 +6,7 @@
 #include "WidgetBuilders.h"
 
 #include <QDialogButtonBox>
+#include <QHeaderView>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -17,7 +18,7 @@ ShortcutsDialog::ShortcutsDialog(const QList<ShortcutRow>& rows, QWidget* parent
 {
     setWindowTitle(tr("Keyboard shortcuts — Norvo"));
     DialogSizing::attach(
-        this, {.settingsKey = u"Dialogs/ShortcutsDialog"_s, .minimumSize = {420, 280}, .preferredSize = {760, 680}});
+        this, {.settingsKey = u"Dialogs/ShortcutsDialog"_s, .minimumSize = {420, 280}, .preferredSize = {720, 720}});
     auto* column = new QVBoxLayout(this);
     column->addWidget(newTable(rows), 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
@@ -41,6 +42,8 @@ QTableWidget* ShortcutsDialog::newTable(const QList<ShortcutRow>& rows)
             table->setItem(row, cell++, new QTableWidgetItem(text));
         ++row;
     }
+    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     table->resizeColumnsToContents();
+    table->resizeRowsToContents();
     return table;
 }
