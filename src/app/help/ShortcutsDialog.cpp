@@ -13,6 +13,12 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr int columnGap = 12;
+
+} // namespace
+
 ShortcutsDialog::ShortcutsDialog(const QList<ShortcutRow>& rows, QWidget* parent)
     : QDialog(parent)
 {
@@ -44,6 +50,8 @@ QTableWidget* ShortcutsDialog::newTable(const QList<ShortcutRow>& rows)
     }
     table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     table->resizeColumnsToContents();
+    for (int column = 0; column < table->columnCount(); ++column)
+        table->setColumnWidth(column, table->columnWidth(column) + columnGap);
     table->resizeRowsToContents();
     return table;
 }

@@ -214,6 +214,8 @@ void PinToolBar::leaveSearch()
 {
     searchEdit->clear();
     emit searchLeft();
+    if (auto* more = overflowButton(); more && more->isChecked())
+        more->click(); // focusSearch has opened it
 }
 
 QString PinToolBar::searchText() const
