@@ -41,6 +41,7 @@ QString ProblemReport::text(bool withAddresses) const
     const QStringList last = statusLog.last(std::min(reportedLines, statusLog.size()));
     lines.append(u"\nStatus log, the last %1 of %2 line(s):"_s.arg(QString::number(last.size()),
                                                                    QString::number(statusLog.size())));
+    lines.reserve(lines.size() + last.size());
     for (const QString& line : last)
         lines.append(reportedLine(line, withAddresses));
     return lines.join(u'\n') + u'\n';

@@ -15,7 +15,7 @@ namespace {
 
 struct OtherKey
 {
-    const char* keys; ///< as QKeySequence reads them; what it can't read is shown as it is
+    const char* keys; ///< as QKeySequence reads them, separated by commas
     const char* place;
     const char* effect;
 };
@@ -66,24 +66,28 @@ QString withoutMnemonic(const QString& text)
     return plain;
 }
 
+QString nativeText(const QList<QKeySequence>& keys)
+{
+    return QKeySequence::listToString(keys, QKeySequence::NativeText).replace("; "_L1, ", "_L1);
+}
+
 void appendMenu(const QMenu& menu, QList<ShortcutRow>& rows)
 {
     const QString place = translated("%1 menu").arg(withoutMnemonic(menu.title()));
     for (const QAction* action : menu.actions()) {
-        if (const QList<QKeySequence> keys = action->shortcuts(); !keys.isEmpty())
-            rows.append({.keys = QKeySequence::listToString(keys, QKeySequence::NativeText).replace("; "_L1, ", "_L1),
-                         .place = place,
-                         .effect = withoutMnemonic(action->text())});
+        const QList<QKeySequence> keys = action->shortcuts();
+        if (keys.isEmpty())
+            continue;
+        rows.append({.keys = nativeText(keys), .place = place, .effect = withoutMnemonic(action->text())});
     }
 }
 
 /// "Ctrl+A, Shift+Up" as this system writes the keys.
 QString nativeKeys(const char* keys)
 {
-    QStringList shown;
-    for (const QString& key : QString::fromLatin1(keys).split(", "_L1))
-        shown.append(QKeySequence(key, QKeySequence::PortableText).toString(QKeySequence::NativeText));
-    return shown.join(", "_L1);
+    const QList<QKeySequence> list
+        = QKeySequence::listFromString(QString::fromLatin1(keys).replace(", "_L1, "; "_L1), QKeySequence::PortableText);
+    return nativeText(list);
 }
 
 } // namespace
@@ -95,8 +99,10 @@ QList<ShortcutRow> shortcutList(const QMenuBar& menus)
         if (const QMenu* menu = entry->menu())
             appendMenu(*menu, rows);
     }
-    for (const OtherKey& other : otherKeys)
+    rows.reserve(rows.size() + static_cast<qsizetype>(otherKeys.size()));
+    for (const OtherKey& other : otherKeys) {
         rows.append(
             {.keys = nativeKeys(other.keys), .place = translated(other.place), .effect = translated(other.effect)});
+    }
     return rows;
 }

@@ -19,7 +19,7 @@ constexpr std::array places {ProductInfo::installedUserGuide, "../docs/user-guid
 QString userGuidePath(const QString& programFolder)
 {
     for (const QLatin1StringView place : places) {
-        const QString path = QDir::cleanPath(programFolder + u'/' + place);
+        QString path = QDir::cleanPath(programFolder + u'/' + place);
         if (QFileInfo(path).isFile())
             return path;
     }

@@ -11,7 +11,11 @@
 #include <QDesktopServices>
 #include <QMenuBar>
 
+using namespace std::chrono_literals;
+
 namespace {
+
+constexpr auto guideMessageShown = 3000ms;
 
 /// There is at most one.
 template <typename Dialog, typename Make> Dialog* shownHelp(const QWidget& window, const Make& make)
@@ -37,7 +41,7 @@ void MainWindow::openUserGuide()
                        tr("The user guide is not installed with this program.\n\nSee %1").arg(ProductInfo::webUrl),
                        this);
     } else if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) {
-        setStatusMessage(tr("Opening the user guide in browser…"));
+        showStatusFor(guideMessageShown, tr("Opening the user guide in browser…"));
     } else {
         openMessageBox(QMessageBox::Warning, tr("User guide"),
                        tr("No program could be started to show the user guide:\n%1").arg(path), this);
