@@ -156,27 +156,21 @@ private slots:
         QCOMPARE(filter->text(), u"/p2p"_s);
     }
 
-    void theGuideIsFound_data()
-    {
-        QTest::addColumn<QStringList>("there");
-        QTest::addColumn<QString>("found");
-        const QString installed = u"share/doc/norvo/user-guide.html"_s;
-        const QString built = u"docs/user-guide.html"_s;
-        QTest::newRow("both") << QStringList {built, installed} << installed;
-        QTest::newRow("built") << QStringList {built} << built;
-        QTest::newRow("neither, but the text of it") << QStringList {u"docs/user-guide.md"_s} << QString();
-        QTest::newRow("a folder") << QStringList {installed + u"/x"_s} << QString();
-    }
+    /// The installed one comes first; a folder of that name is none.
     void theGuideIsFound()
     {
-        QFETCH(const QStringList, there);
-        QFETCH(const QString, found);
         const QTemporaryDir root;
-        for (const QString& path : there) {
-            QFile file(root.filePath(path));
-            QVERIFY(QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly));
-        }
-        QCOMPARE(userGuidePath(root.filePath(u"bin"_s)), found.isEmpty() ? QString() : root.filePath(found));
+        const QDir dir(root.path());
+        const auto found = [&dir] { return userGuidePath(dir.filePath(u"bin"_s)); };
+        const QString installed = dir.filePath(u"share/doc/norvo/user-guide.html"_s);
+        const QString built = dir.filePath(u"docs/user-guide.html"_s);
+        QVERIFY(dir.mkpath(installed) && dir.mkpath(u"docs"_s));
+        QVERIFY(QFile(dir.filePath(u"docs/user-guide.md"_s)).open(QIODevice::WriteOnly));
+        QCOMPARE(found(), QString());
+        QVERIFY(QFile(built).open(QIODevice::WriteOnly));
+        QCOMPARE(found(), built);
+        QVERIFY(dir.rmdir(installed) && QFile(installed).open(QIODevice::WriteOnly));
+        QCOMPARE(found(), installed);
     }
 
     void theGuideIsOpened()
@@ -205,10 +199,8 @@ private slots:
         const QRegularExpression notToQuit(u"\\| (?!Quit)[^|]*$"_s);
         QStringList rowsShown;
         for (int row = 0; row < shown->rowCount(); ++row) {
-            QStringList texts;
-            for (int column = 0; column < shown->columnCount(); ++column)
-                texts.append(shown->item(row, column)->text());
-            rowsShown.append(texts.join(u" | "_s));
+            const auto cell = [shown, row](int column) { return shown->item(row, column)->text(); };
+            rowsShown.append(u"%1 | %2 | %3"_s.arg(cell(0), cell(1), cell(2)));
         }
         // Not every desktop has a key to quit.
         QCOMPARE(rowsShown.filter(notToQuit), keyboardTable().filter(notToQuit));

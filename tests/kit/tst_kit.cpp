@@ -199,13 +199,9 @@ private slots:
         }
     }
 
-    void redactedTexts_data()
+    void redactedTexts()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("redacted");
-        const auto row = [](const QString& line, const QString& redacted) {
-            QTest::newRow(qPrintable(line.left(60))) << line << redacted;
-        };
+        const auto row = [](const QString& line, const QString& redacted) { QCOMPARE(redactedText(line), redacted); };
         row(u"2026-11-22 12:34:56  Ready"_s, u"2026-11-22 12:34:56  Ready"_s);
         row(u"2026-11-22 12:34:56  Loaded 1200 pin(s) — 12:34:56"_s,
             u"2026-11-22 12:34:56  Loaded 1200 pin(s) — 12:34:56"_s);
@@ -236,11 +232,6 @@ private slots:
         row(u"authorization: Bearer abc, api-key=1"_s, u"authorization: [secret] api-key=[secret]"_s);
         row(u"Unpin failed: QmYwAP…4abc, bafy2bz, mail ada@lan"_s, u"Unpin failed: [CID], [CID], mail [address]"_s);
         row(u"kubo/0.30.0 on linux 6.1.0"_s, u"kubo/0.30.0 on linux 6.1.0"_s);
-    }
-    void redactedTexts()
-    {
-        QFETCH(const QString, line);
-        QTEST(redactedText(line), "redacted");
     }
 
     /// Whatever form a CID or an address has, and whatever text of the program it comes in.
