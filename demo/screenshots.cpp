@@ -9,6 +9,7 @@
 #include "DemoNode.h"
 #include "Detached.h"
 #include "FirstPictures.h"
+#include "HelpPictures.h"
 #include "IndirectPinsDialog.h"
 #include "IpnsPictures.h"
 #include "LogDialog.h"
@@ -275,10 +276,9 @@ private:
     void tools()
     {
         const auto takeNamed = folder.taker();
-        takeIpnsPictures(*window, takeNamed);
-        takeToolPictures(*window, takeNamed);
-        takeConfigPictures(*window, takeNamed);
-        takeSwarmPictures(*window, takeNamed);
+        for (const auto pictures :
+             {takeIpnsPictures, takeToolPictures, takeConfigPictures, takeSwarmPictures, takeHelpPictures})
+            pictures(*window, takeNamed);
     }
 
     static std::unique_ptr<DemoNode> newNode()

@@ -13,7 +13,6 @@
 
 #include <QGuiApplication>
 #include <QSettings>
-#include <QShortcut>
 #include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -59,7 +58,6 @@ MainWindow::MainWindow(QWidget* parent)
 
     setupToolWindows();
     setupMenuBar();
-    setupShortcuts();
     setupToolBar();
     setupCentralWidget();
     toolBar->setupOverflow();
@@ -96,17 +94,6 @@ void MainWindow::updateWindowTitleForActivationState()
     setWindowTitle(u"Norvo"_s);
 }
 
-void MainWindow::setupShortcuts()
-{
-    for (const QKeySequence& key : {QKeySequence(QKeySequence::Refresh), QKeySequence(Qt::Key_F5)}) {
-        auto* shortcut = new QShortcut(key, this);
-        shortcut->setContext(Qt::ApplicationShortcut);
-        connect(shortcut, &QShortcut::activated, this, &MainWindow::onRefreshClicked);
-        // Where the platform's refresh key is F5 itself, Qt calls the two ambiguous and takes them in turn.
-        connect(shortcut, &QShortcut::activatedAmbiguously, this, &MainWindow::onRefreshClicked);
-    }
-}
-
 void MainWindow::setupToolBar()
 {
     toolBar = new PinToolBar(*toolWindows, this);
@@ -116,6 +103,7 @@ void MainWindow::setupToolBar()
     connect(toolBar, &PinToolBar::contentChanged, this, &MainWindow::onContentChanged);
     connect(toolBar, &PinToolBar::filterChanged, this, &MainWindow::onFilterChanged);
     connect(toolBar, &PinToolBar::searchTextChanged, this, &MainWindow::onSearchTextChanged);
+    connect(toolBar, &PinToolBar::searchLeft, this, &MainWindow::onSearchLeft);
     connect(toolBar, &PinToolBar::searchModeChanged, this, &MainWindow::onSearchModeChanged);
     connect(toolBar, &PinToolBar::toolWindowRequested, toolWindows, &ToolWindows::show);
 }
@@ -219,6 +207,7 @@ void MainWindow::onListFailed(const QString& message)
 
 void MainWindow::onNodeInfoReceived(const QString& id, const QString& agent)
 {
+    nodeAgent = agent;
     statsFrame->showPeer(id, agent);
 }
 

@@ -65,8 +65,8 @@ private:
     void setupMenuBar();
     void setupFileMenu();
     void setupEditMenu();
+    void setupToolsMenu();
     void setupHelpMenu();
-    void setupShortcuts();
     void setupToolBar();
     void setupCentralWidget();
     void setupPinTable();
@@ -74,6 +74,12 @@ private:
     void setupTimers();
     void updateWindowTitleForActivationState();
     void showAboutBox();
+
+    // Help: MainWindow_help.cpp.
+    void openUserGuide();
+    void showShortcuts();
+    void reportProblem();
+
     void offerUpdate(const QString& current, const QString& latest);
     void quit();
     QString quitQuestion() const;
@@ -104,6 +110,7 @@ private slots:
     void onFilterChanged();
     void onSearchTextChanged(const QString& text);
     void onSearchDebounceTimeout();
+    void onSearchLeft();
     void onSearchModeChanged(PinFilterProxyModel::SearchMode mode);
 
 private:
@@ -222,6 +229,7 @@ private:
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
+    QString nodeAgent {}; ///< what the node last called itself
     QHash<QString, int> streamCounts;
     ListLoad load;
     MetadataPlan plan;

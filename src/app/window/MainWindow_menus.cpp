@@ -4,6 +4,7 @@
 #include "ActionBox.h"
 #include "ActivationDialog.h"
 #include "PinContentsDialog.h"
+#include "PinToolBar.h"
 #include "ProductInfo.h"
 #include "WidgetBuilders.h"
 
@@ -22,12 +23,24 @@ namespace {
 
 constexpr int aboutIconSize = 64;
 
+/// F5 everywhere, and what else the platform refreshes by.
+QList<QKeySequence> refreshKeys()
+{
+    QList<QKeySequence> keys {QKeySequence(Qt::Key_F5)};
+    for (const QKeySequence& key : QKeySequence::keyBindings(QKeySequence::Refresh)) {
+        if (!keys.contains(key))
+            keys.append(key);
+    }
+    return keys;
+}
+
 } // namespace
 
 void MainWindow::setupMenuBar()
 {
     setupFileMenu();
     setupEditMenu();
+    setupToolsMenu();
     setupHelpMenu();
 }
 
@@ -57,11 +70,39 @@ void MainWindow::setupEditMenu()
     unpinAllAction = menu->addAction(tr("Unpin all listed CIDs"), this, &MainWindow::onUnpinAll);
     for (QAction* action : {publishToIpnsAction, unpinSelectedAction, unpinAllAction})
         action->setEnabled(false);
+    menu->addSeparator();
+    menu->addAction(tr("&Find"), this, [this] { toolBar->focusSearch(); })
+        ->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_F), QKeySequence(Qt::Key_Slash)});
+    QAction* refresh = menu->addAction(tr("R&efresh"), this, &MainWindow::onRefreshClicked);
+    refresh->setShortcuts(refreshKeys());
+    refresh->setShortcutContext(Qt::ApplicationShortcut);
+}
+
+/// Its keys are the places in the menu. They lead from one tool window to another as well.
+void MainWindow::setupToolsMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Tools"));
+    int place = 0;
+    const auto addTool = [this, menu, &place](ToolWindows::Id id) {
+        QAction* action = menu->addAction(ToolWindows::caption(id), QKeySequence(Qt::CTRL | (Qt::Key_1 + place)), this,
+                                          [this, id] { toolWindows->show(id, AuxChildWindow); });
+        action->setShortcutContext(Qt::ApplicationShortcut);
+        action->setEnabled(toolWindows->canShow(id));
+        ++place;
+    };
+    std::ranges::for_each(ToolWindows::onToolBar, addTool);
+    menu->addSeparator();
+    addTool(ToolWindows::RemoteServices);
 }
 
 void MainWindow::setupHelpMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Help"));
+    menu->addAction(tr("User &guide"), Qt::Key_F1, this, &MainWindow::openUserGuide)
+        ->setShortcutContext(Qt::ApplicationShortcut);
+    menu->addAction(tr("&Keyboard shortcuts"), this, &MainWindow::showShortcuts);
+    menu->addAction(tr("Report a &problem…"), this, &MainWindow::reportProblem);
+    menu->addSeparator();
     menu->addAction(tr("&Activation..."), this, &MainWindow::onActivationClicked);
     menu->addSeparator();
     menu->addAction(tr("About Norvo"), this, &MainWindow::showAboutBox);

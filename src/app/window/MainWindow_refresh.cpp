@@ -259,6 +259,14 @@ void MainWindow::onSearchDebounceTimeout()
     updateCountLabels();
 }
 
+void MainWindow::onSearchLeft()
+{
+    searchDebounceTimer->stop();
+    onSearchDebounceTimeout();
+    pinTable->setFocus();
+    pinTable->scrollTo(pinTable->currentIndex());
+}
+
 void MainWindow::onSearchModeChanged(PinFilterProxyModel::SearchMode mode)
 {
     changeFilter([this, mode] { proxyModel->setSearchMode(mode); });

@@ -11,9 +11,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QToolButton>
-
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -23,20 +22,6 @@ constexpr QSize iconSide(20, 20);
 constexpr int searchMinimumWidth = 240;
 constexpr int toolButtonGap = 6;
 const QColor placeholderColor(85, 85, 85);
-
-struct Opener
-{
-    const char* caption;
-    ToolWindows::Id id;
-};
-
-constexpr std::array openers {Opener {QT_TRANSLATE_NOOP("PinToolBar", "Repo stats"), ToolWindows::Gc},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "DHT stats"), ToolWindows::DhtStats},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "Network"), ToolWindows::Network},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "Swarm"), ToolWindows::Swarm},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "Kubo config"), ToolWindows::Config},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "Status log"), ToolWindows::StatusLog},
-                              Opener {QT_TRANSLATE_NOOP("PinToolBar", "RPC log"), ToolWindows::RpcLog}};
 
 void selectData(QComboBox* combo, const QString& data)
 {
@@ -64,7 +49,7 @@ PinToolBar::PinToolBar(const ToolWindows& tools, QWidget* parent)
 
 void PinToolBar::setupOverflow()
 {
-    auto* more = findChild<QToolButton*>(u"qt_toolbar_ext_button"_s);
+    auto* more = overflowButton();
     if (!more)
         return;
     more->setIcon(overflowIcon(palette()));
@@ -73,6 +58,12 @@ void PinToolBar::setupOverflow()
     more->setFocusPolicy(Qt::StrongFocus); // its tools are reached by no other way
     const QWidget* lastTool = findChildren<SplitActionButton*>().constLast();
     setTabOrder(lastTool->findChildren<QPushButton*>().constLast(), more);
+}
+
+/// Null if Qt has it no more.
+QToolButton* PinToolBar::overflowButton() const
+{
+    return findChild<QToolButton*>(u"qt_toolbar_ext_button"_s);
 }
 
 void PinToolBar::addLoadButtons()
@@ -125,6 +116,8 @@ void PinToolBar::addSearchField()
         colors.setColor(group, QPalette::PlaceholderText, placeholderColor);
     searchEdit->setPalette(colors);
     connect(searchEdit, &QLineEdit::textChanged, this, &PinToolBar::searchTextChanged);
+    const auto* leave = new QShortcut(Qt::Key_Escape, searchEdit, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(leave, &QShortcut::activated, this, &PinToolBar::leaveSearch);
     addCaption(tr("  Search: "), searchEdit);
     addWidget(searchEdit);
 
@@ -151,17 +144,17 @@ QRadioButton* PinToolBar::addSearchMode(const QString& text, PinFilterProxyModel
 
 void PinToolBar::addToolWindowButtons(const ToolWindows& tools)
 {
-    for (const Opener& opener : openers) {
-        auto* button = new SplitActionButton(tr(opener.caption), this);
+    for (const ToolWindows::Id id : ToolWindows::onToolBar) {
+        auto* button = new SplitActionButton(ToolWindows::caption(id).remove(u'&'), this);
         button->setPrimaryToolTip(tr("Open as child window"));
         button->setSecondaryToolTip(tr("Open in new window"));
-        button->setEnabled(tools.canShow(opener.id));
+        button->setEnabled(tools.canShow(id));
         connect(button, &SplitActionButton::primaryClicked, this,
-                [this, id = opener.id] { emit toolWindowRequested(id, ToolWindows::AuxChildWindow); });
+                [this, id] { emit toolWindowRequested(id, ToolWindows::AuxChildWindow); });
         connect(button, &SplitActionButton::secondaryClicked, this,
-                [this, id = opener.id] { emit toolWindowRequested(id, ToolWindows::AuxNewWindow); });
+                [this, id] { emit toolWindowRequested(id, ToolWindows::AuxNewWindow); });
         addWidget(button);
-        if (&opener == &openers.back())
+        if (id == ToolWindows::onToolBar.back())
             break;
         auto* gap = new QWidget(this);
         gap->setFixedWidth(toolButtonGap);
@@ -207,6 +200,22 @@ QString PinToolBar::contentMode() const
 QString PinToolBar::typeFilter() const
 {
     return filterCombo->currentData().toString();
+}
+
+void PinToolBar::focusSearch()
+{
+    if (auto* more = overflowButton(); more && !searchEdit->isVisible())
+        more->click(); // shows what the bar has no room for; the focus comes with it
+    searchEdit->setFocus(Qt::ShortcutFocusReason);
+    searchEdit->selectAll();
+}
+
+void PinToolBar::leaveSearch()
+{
+    searchEdit->clear();
+    emit searchLeft();
+    if (auto* more = overflowButton(); more && more->isChecked())
+        more->click(); // focusSearch has opened it
 }
 
 QString PinToolBar::searchText() const

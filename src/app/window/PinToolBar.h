@@ -10,6 +10,7 @@ class QComboBox;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+class QToolButton;
 
 /// The main window's tool bar: refresh, content, filter, search, and the buttons of the tool windows. What is done with
 /// it goes out as signals; setters that change a choice emit its signal as a click would.
@@ -31,6 +32,8 @@ public:
     QString contentMode() const;
     QString typeFilter() const;
     QString searchText() const;
+    /// Puts the cursor into the search field and selects its text.
+    void focusSearch();
     /// Unknown values leave the choice as it is.
     void selectContent(const QString& mode);
     void selectFilter(const QString& type);
@@ -47,6 +50,8 @@ signals:
     void contentChanged();
     void filterChanged();
     void searchTextChanged(QString text);
+    /// By Escape, which has cleared the field.
+    void searchLeft();
     void searchModeChanged(PinFilterProxyModel::SearchMode mode);
     void toolWindowRequested(ToolWindows::Id id, ToolWindows::AuxWindowMode mode);
 
@@ -57,6 +62,8 @@ private:
     QRadioButton* addSearchMode(const QString& text, PinFilterProxyModel::SearchMode mode, const QString& hint);
     void addToolWindowButtons(const ToolWindows& tools);
     void addCaption(const QString& text, QWidget* field);
+    QToolButton* overflowButton() const;
+    void leaveSearch();
 
     QPushButton* refreshButton = nullptr;
     QPushButton* addButton = nullptr;

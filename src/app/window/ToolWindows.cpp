@@ -8,6 +8,7 @@
 struct ToolWindows::Kind
 {
     QDialog* ToolWindows::*pointer = nullptr;
+    const char* caption = nullptr;
     const char* opened = nullptr; ///< status message; null for none
     const char* closed = nullptr;
 };
@@ -16,16 +17,20 @@ struct ToolWindows::Kind
 const ToolWindows::Kind& ToolWindows::kindOf(Id id)
 {
     static constexpr std::array kinds {
-        Kind {&ToolWindows::gcDialog, QT_TR_NOOP("Opened GC window"), QT_TR_NOOP("GC window closed")},
-        Kind {&ToolWindows::dhtStatsDialog, QT_TR_NOOP("Opened DHT stats window"),
+        Kind {&ToolWindows::gcDialog, QT_TR_NOOP("&Repo stats"), QT_TR_NOOP("Opened GC window"),
+              QT_TR_NOOP("GC window closed")},
+        Kind {&ToolWindows::dhtStatsDialog, QT_TR_NOOP("&DHT stats"), QT_TR_NOOP("Opened DHT stats window"),
               QT_TR_NOOP("DHT stats window closed")},
-        Kind {&ToolWindows::networkDialog, QT_TR_NOOP("Opened network window"), QT_TR_NOOP("Network window closed")},
-        Kind {&ToolWindows::swarmDialog, QT_TR_NOOP("Opened swarm window"), QT_TR_NOOP("Swarm window closed")},
-        Kind {&ToolWindows::configDialog, QT_TR_NOOP("Opened config window"), QT_TR_NOOP("Config window closed")},
-        Kind {&ToolWindows::remoteServicesDialog, QT_TR_NOOP("Opened remote services window"),
-              QT_TR_NOOP("Remote services window closed")},
-        Kind {&ToolWindows::statusLogDialog},
-        Kind {&ToolWindows::rpcLogDialog}};
+        Kind {&ToolWindows::networkDialog, QT_TR_NOOP("&Network"), QT_TR_NOOP("Opened network window"),
+              QT_TR_NOOP("Network window closed")},
+        Kind {&ToolWindows::swarmDialog, QT_TR_NOOP("&Swarm"), QT_TR_NOOP("Opened swarm window"),
+              QT_TR_NOOP("Swarm window closed")},
+        Kind {&ToolWindows::configDialog, QT_TR_NOOP("&Kubo config"), QT_TR_NOOP("Opened config window"),
+              QT_TR_NOOP("Config window closed")},
+        Kind {&ToolWindows::remoteServicesDialog, QT_TR_NOOP("Remote Ser&vices"),
+              QT_TR_NOOP("Opened remote services window"), QT_TR_NOOP("Remote services window closed")},
+        Kind {&ToolWindows::statusLogDialog, QT_TR_NOOP("S&tatus log")},
+        Kind {&ToolWindows::rpcLogDialog, QT_TR_NOOP("R&PC log")}};
     static_assert(kinds.size() == count);
     return kinds.at(static_cast<size_t>(id));
 }
@@ -42,6 +47,11 @@ ToolWindows::~ToolWindows()
         dialog->disconnect(this);
         delete dialog;
     }
+}
+
+QString ToolWindows::caption(Id id)
+{
+    return tr(kindOf(id).caption);
 }
 
 QList<QDialog*> ToolWindows::openWindows() const

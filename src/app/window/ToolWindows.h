@@ -22,6 +22,8 @@ public:
     enum Id { Gc, DhtStats, Network, Swarm, Config, RemoteServices, StatusLog, RpcLog };
     Q_ENUM(Id)
     static constexpr int count = RpcLog + 1;
+    /// Those that the tool bar has buttons for, in its order.
+    static constexpr std::array onToolBar {Gc, DhtStats, Network, Swarm, Config, StatusLog, RpcLog};
     using Factory = std::function<QDialog*()>;
 
     /// `newOwner` is the parent of the windows that are children.
@@ -31,6 +33,8 @@ public:
 
     /// How a window is made, with the owner as its parent. One without a factory does not exist yet.
     void setFactory(Id id, const Factory& factory) { factories[static_cast<size_t>(id)] = factory; }
+    /// What buttons and entries of menus call the window, with the mnemonic of an entry.
+    static QString caption(Id id);
     bool canShow(Id id) const { return bool(factories.at(static_cast<size_t>(id))); }
     /// Opens the window or brings the open one to the front in `mode`; does nothing without a factory.
     void show(Id id, AuxWindowMode mode);
