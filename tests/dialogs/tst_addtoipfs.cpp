@@ -1,22 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "AddSelection.h"
 #include "AddToIpfsDialog.h"
-#include "AppSettings.h"
-#include "FakeNode.h"
+#include "DialogTest.h"
 #include "FileTypeProvider.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
-#include "TestMain.h"
+#include "TestFiles.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileSystemModel>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QTemporaryDir>
 #include <QTreeView>
@@ -32,24 +23,19 @@ const QByteArray servicesPath = "/pin/remote/service/ls";
 
 } // namespace
 
-class tst_AddToIpfs : public QObject
+class tst_AddToIpfs : public DialogTest<AddToIpfsDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
+        startNode();
+        node->answer(servicesPath, NodeAnswer::hold());
         home = std::make_unique<QTemporaryDir>();
         qputenv("HOME", home->path().toLocal8Bit());
-        for (const QString& path : inHome(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s))
-            QVERIFY(makeFile(path));
-        QVERIFY(makeFile(home->filePath(u" ab "_s)));
-        node = std::make_unique<FakeNode>();
-        node->answer(servicesPath, NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
+        makeFiles(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s.split(u' '));
+        makeFiles({u" ab "_s});
     }
     void cleanup() { dialog.reset(); }
 
@@ -94,8 +80,8 @@ private slots:
 
     void typesComeFromSuffixes()
     {
-        QVERIFY(makeFile(home->filePath(u"none"_s), "%PDF-1.4") && makeFile(home->filePath(u"x.pdf"_s), "text")
-                && makeFile(home->filePath(u"x.of-no-type"_s)));
+        makeFiles({u"none"_s}, "%PDF-1.4");
+        makeFiles({u"x.pdf"_s, u"x.of-no-type"_s}, "text");
         const FileTypeProvider provider;
         QStringList types;
         for (const QString& path : inHome(u"none x.pdf x.of-no-type a"_s))
@@ -117,19 +103,19 @@ private slots:
             expected.pin = pin;
             expected.unpinLocalAfterRemote = unpin;
             QCOMPARE(dialog->options(), expected);
-            QCOMPARE(button("Pin"_L1)->isEnabled(), !remote);
+            QCOMPARE(control("Pin"_L1)->isEnabled(), !remote);
             for (const QWidget* field : {static_cast<QWidget*>(remoteService()), static_cast<QWidget*>(findEdit()),
-                                         static_cast<QWidget*>(button("Unpin"_L1))})
+                                         static_cast<QWidget*>(control("Unpin"_L1))})
                 QCOMPARE(field->isEnabled(), remote);
         };
-        button("Pin"_L1)->setChecked(false);
+        control("Pin"_L1)->setChecked(false);
         verify(u"local"_s, false, false, false);
         verify(u"both"_s, true, true, false);
         verify(u"local"_s, false, true, false);
         verify(u"remote"_s, true, true, true);
         verify(u"both"_s, true, true, true);
-        button("Wrap"_L1)->setChecked(false);
-        button("Only"_L1)->setChecked(true);
+        control("Wrap"_L1)->setChecked(false);
+        control("Only"_L1)->setChecked(true);
         auto* version = dialog->findChildren<QComboBox*>().constFirst();
         version->setCurrentIndex(version->findData(0));
         expected.wrapWithDirectory = false;
@@ -144,7 +130,7 @@ private slots:
         QCOMPARE(refusal(), u"Select at least one file or folder first."_s);
         dialog->addPaths(inHome(u"a"_s));
         choose(u"both"_s);
-        button("Only"_L1)->setChecked(true);
+        control("Only"_L1)->setChecked(true);
         remoteService()->setEditText(u"  "_s);
         QCOMPARE(refusal(), u"Remote service is required for remote pinning."_s);
         remoteService()->setEditText(u" svc "_s);
@@ -194,7 +180,7 @@ private slots:
             QCOMPARE(listed, is.items);
             QCOMPARE(dialog->options().remoteServiceNickname, is.nickname);
         }
-        dialog = std::make_unique<AddToIpfsDialog>(nullptr, true);
+        make(nullptr, true);
         QCOMPARE(statusText(), u"Remote service list unavailable."_s);
     }
 
@@ -216,7 +202,7 @@ private slots:
         dialog->addPaths(inHome(u"ab a.txt"_s));
         QVERIFY(QFile::remove(home->filePath(u"ab"_s)));
         QCOMPARE(dialog->selections(), QList<LocalPathSelection>({{home->filePath(u"a.txt"_s), u"a.txt"_s, false}}));
-        button("Clear"_L1)->click();
+        control("Clear"_L1)->click();
         QVERIFY(dialog->selections().isEmpty());
     }
 
@@ -240,7 +226,7 @@ private slots:
         QTest::keyClick(browser(), Qt::Key_Enter, Qt::KeypadModifier);
         QCOMPARE(rows(), inHome(u"a"_s));
         select(u"ab"_s);
-        button("Add selected"_L1)->click();
+        control("Add selected"_L1)->click();
         QCOMPARE(rows(), inHome(u"a ab"_s));
         QVERIFY(dialog->isVisible() && !refused.wasGiven());
     }
@@ -249,7 +235,7 @@ private slots:
     {
         open();
         choose(u"both"_s);
-        button("Wrap"_L1)->setFocus();
+        control("Wrap"_L1)->setFocus();
         QStringList order;
         for (int i = 0; i < 9; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -283,7 +269,7 @@ private slots:
                           QUrl(u"file://elsewhere/tmp"_s)}));
             QCOMPARE(rows(), inHome(u"a ab"_s));
             QCOMPARE(dialog->options().remotePinLabel + dialog->options().remoteServiceNickname, QString());
-            button("Clear"_L1)->click();
+            control("Clear"_L1)->click();
         }
     }
 
@@ -302,7 +288,7 @@ private slots:
         open();
         select(row);
         dialog->addPaths(inHome(u"a.txt"_s));
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), QDir::cleanPath(home->filePath(folder)));
         open();
         QCOMPARE(model()->filePath(browser()->rootIndex()), home->path());
@@ -313,7 +299,7 @@ private slots:
         QVERIFY(browser()->isExpanded(browser()->currentIndex()) && browser()->isExpanded(indexOf(u"a"_s)));
         QVERIFY(!browser()->selectionModel()->hasSelection());
         dialog->addPaths(inHome(u"a.txt"_s)); // accepted as it is, it stays the last one
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), home->filePath(folder));
     }
 
@@ -331,11 +317,10 @@ private slots:
     }
 
 private:
-    static bool makeFile(const QString& path, const QByteArray& content = {})
+    void makeFiles(const QStringList& names, const QByteArray& content = {}) const
     {
-        QFile file(path);
-        return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
-            && file.write(content) == content.size();
+        for (const QString& name : names)
+            writeTestFile(home->path(), name, content);
     }
     QStringList inHome(const QString& names) const
     {
@@ -346,11 +331,10 @@ private:
     }
     void open()
     {
-        dialog = std::make_unique<AddToIpfsDialog>(client.get(), false);
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        make(client.get(), false);
+        showActive();
     }
-    QAbstractButton* button(QLatin1StringView start) const
+    QAbstractButton* control(QLatin1StringView start) const
     {
         for (auto* any : dialog->findChildren<QAbstractButton*>()) {
             if (any->text().remove(u'&').startsWith(start))
@@ -399,7 +383,7 @@ private:
             text = box.windowTitle() == "Add to IPFS"_L1 ? box.text() : u"another title"_s;
             box.accept();
         });
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         return dialog->isVisible() ? text : u"closed"_s;
     }
     void pick(QLatin1StringView opener, const QStringList& paths) const
@@ -409,7 +393,7 @@ private:
             name->setText(paths.size() == 1 ? paths.constFirst() : u"\"%1\""_s.arg(paths.join(u"\" \""_s)));
             paths.isEmpty() ? picker.reject() : static_cast<QDialog&>(picker).accept();
         });
-        button(opener)->click();
+        control(opener)->click();
         QVERIFY(answer.wasGiven());
     }
     /// Returns whether the drag was accepted. The source offers to move the files and to copy them.
@@ -429,9 +413,6 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> home;
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<AddToIpfsDialog> dialog;
 };
 
 NORVO_TEST_MAIN(QApplication, tst_AddToIpfs)
