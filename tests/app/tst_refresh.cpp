@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ConnectionStatusDot.h"
-#include "IpfsClient.h"
 #include "PinModel.h"
 #include "WindowTest.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -36,11 +33,8 @@ class tst_Refresh : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
+        startNode(pinLines(3));
         node->answer("/id", NodeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
-        node->answer(path, NodeAnswer::json(pinLines(3)));
-        openAppSettings().clear();
         setting("typeFilter"_L1, u"all"_s);
         setting("loadMetadata"_L1, false); // the node has none, and those errors would be shown at any time
     }
@@ -48,8 +42,7 @@ private slots:
 
     void fillsTheTable()
     {
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QCOMPARE(refreshButton()->text(), u"⟳  Refresh"_s);
         QVERIFY(QRegularExpression(u"^Loaded 3 pin\\(s\\) — \\d\\d:\\d\\d:\\d\\d$"_s).match(status()).hasMatch());
         QVERIFY(dotTip().startsWith(u"Connection: Connected\nConnected to http://127.0.0.1:"_s));
@@ -96,8 +89,7 @@ private slots:
     {
         QFETCH(const NodeAnswer, answer);
         QFETCH(const QString, ending);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QTest::qWait(250); // the window's own first refresh comes 200 ms after it opens
         QTRY_VERIFY(node->openNow() == 0 && refreshButton()->isEnabled());
         node->answer(path, answer);
@@ -147,8 +139,7 @@ private slots:
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
         setting("loadMetadata"_L1, true);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QTRY_VERIFY(label("countLabel"_L1)->text().endsWith(u"3/3 CIDs"_s));
         const QString counts = label("countLabel"_L1)->text();
         QTRY_COMPARE(node->openNow(), 0);
@@ -186,8 +177,7 @@ private slots:
         setting("typeFilter"_L1, u"recursive+direct"_s);
         node->answer(path,
                      NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"indirect\"}\n{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
-        open();
-        QVERIFY(waitForRows(1));
+        openLoaded(1);
         QCOMPARE(window->findChild<PinModel*>()->rowCount(), 1);
         QVERIFY(status().startsWith(u"Loaded 2 pin(s)"_s)); // the node's count
     }
@@ -197,8 +187,7 @@ private slots:
         const QString message = u"Loaded 1201 pin(s) — large list mode (auto-resize skipped)"_s;
         node->answer(path, NodeAnswer::json(pinLines(1201)));
         setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
-        open();
-        QVERIFY(waitForRows(1201));
+        openLoaded(1201);
         QCoreApplication::processEvents();
         const QHeaderView* header = table()->horizontalHeader();
         QCOMPARE(header->sectionSize(0), 420);
@@ -214,16 +203,12 @@ private slots:
     void searchNarrowsAfterTheLastKey()
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // the first item: no refresh but the first one by itself
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         auto* search = window->findChild<QLineEdit*>();
         search->setText(u"N2"_s);
         QCOMPARE(rows(), 3);     // debounced
         QTRY_COMPARE(rows(), 0); // no CID holds it
-        for (auto* radio : window->findChildren<QRadioButton*>()) {
-            if (radio->text() == u"Name"_s)
-                radio->click();
-        }
+        withText<QRadioButton>(*window, u"Name"_s)->click();
         QCOMPARE(rows(), 1); // at once
         QCOMPARE(search->placeholderText(), u"Filter by name…"_s);
         for (int round = 1; round < 3; ++round) {
@@ -237,8 +222,7 @@ private slots:
     void aMessageHasItsTime()
     {
         setting("loadMetadata"_L1, false);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         node->answer(path, NodeAnswer::hold());
         refreshButton()->click();
         QVERIFY(status().startsWith(u"Fetching"_s));
@@ -256,14 +240,13 @@ private slots:
         open();
         QTRY_VERIFY(label("peerIdLabel"_L1)->text().startsWith(u"PeerID"_s));
         QTest::mouseClick(label("peerIdLabel"_L1), Qt::RightButton);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+        QCOMPARE(clipboard(), u"before"_s);
         QTest::mouseClick(label("peerIdLabel"_L1), Qt::LeftButton);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"12D3<b>x"_s);
+        QCOMPARE(clipboard(), u"12D3<b>x"_s);
         QCOMPARE(window->statusBar()->currentMessage(), u"Copied to clipboard"_s);
     }
 
 private:
-    void open() { WindowTest::open(*node); }
     QString dotTip() const { return window->findChild<ConnectionStatusDot*>()->toolTip(); }
 };
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DemoNode.h"
 #include "IndirectPinsDialog.h"
-#include "IpfsClient.h"
 #include "LogDialog.h"
-#include "ModalAnswer.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "RemoteServicesDialog.h"
@@ -11,8 +9,6 @@
 #include "WindowTest.h"
 
 #include <QAccessible>
-#include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QFileDialog>
@@ -36,19 +32,13 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
+        startNode("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
+                  "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n");
         setting("loadMetadata"_L1, false);
         setting("typeFilter"_L1, u"all"_s);
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
         node->answer("/refs", NodeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
         node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyloose\"}\n{\"Ref\":\"bafyother\"}\n"));
         node->answer("/ls", NodeAnswer::json(R"({"Objects":[{"Links":[{"Name":"a.txt","Hash":"h","Type":2}]}]})"));
-        node->answer(
-            "/pin/ls",
-            NodeAnswer::json("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
-                             "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
         for (const QString& scheme : {u"http"_s, u"https"_s})
             QDesktopServices::setUrlHandler(scheme, this, "catchUrl");
         opened.clear();
@@ -63,8 +53,7 @@ private slots:
 
     void copying()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Copy CID"_s); // nothing is selected
         QCOMPARE(clipboard(), u"before"_s);
         select({u"r2"_s, u"d"_s, u"r1"_s});
@@ -79,8 +68,7 @@ private slots:
 
     void opening()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Open from gateway"_s);
         QCOMPARE(opened, QStringList());
         select({u"d"_s, u"r1"_s}); // the first one counts
@@ -93,8 +81,7 @@ private slots:
 
     void whatLiesUnderAPin()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         for (int count = 1; count < 3; ++count) { // each time a new one
             doubleClick(u"r1"_s);
             QCOMPARE(window->findChildren<IndirectPinsDialog*>().size(), count);
@@ -111,7 +98,7 @@ private slots:
     void actionsFollowTheSelection()
     {
         node->answer("/pin/ls", NodeAnswer::hold());
-        open(*node);
+        open();
         QTRY_COMPARE(node->heldCount("/pin/ls"), 1);
         const auto enabled = [this] { return QList<bool> {selectedEnabled(), allEnabled()}; };
         QCOMPARE(enabled(), QList<bool>({false, false}));
@@ -131,8 +118,7 @@ private slots:
         for (int i = 0; i < 3000; ++i)
             pins += "{\"Cid\":\"c" + QByteArray::number(i) + "\",\"Type\":\"direct\"}\n";
         node->answer("/pin/ls", NodeAnswer::json(pins));
-        open(*node);
-        QVERIFY(waitForRows(3000));
+        openLoaded(3000);
         table()->selectRow(static_cast<int>(cells(0).indexOf(u"c7"_s)));
         const auto search = [this](const QString& text, int shown) {
             window->findChild<QLineEdit*>()->setText(text);
@@ -152,8 +138,7 @@ private slots:
         node->answer("/cid/format", NodeAnswer::error("no"));
         node->answer("/pin/rm", NodeAnswer::error("pin is locked"));
         setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         node->clearRequests();
         field<QLineEdit>("Search:"_L1)->setText(u"r2"_s);
         QTRY_COMPARE(rows(), 1);
@@ -170,8 +155,7 @@ private slots:
     {
         const QTemporaryDir folder;
         node->answer("/cat", NodeAnswer::hold());
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         const MenuAnswer menu(u"List files / Export…"_s);
         rightClick(u"r1"_s);
         auto* contents = window->findChild<PinContentsDialog*>();
@@ -196,17 +180,15 @@ private slots:
 
     void anUnpinShowsHowFarItIs()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
-        emit window->findChild<IpfsClient*>()->unpinProgress(7, 20);
+        openLoaded(3);
+        emit client()->unpinProgress(7, 20);
         QCOMPARE(status(), u"Unpinning 7 of 20…"_s);
         QVERIFY(window->statusLog().filter(u"7 of 20"_s).isEmpty());
     }
 
     void freeToolWindowsCloseWithTheWindow()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QPointer<LogDialog> log = openLog(u"RPC log"_s, true);
         QVERIFY(log && log->isVisible() && !log->parentWidget());
         window->close(); // else the program would go on without it
@@ -216,8 +198,7 @@ private slots:
     void remoteServicesMoveBetweenTheModes()
     {
         node->answer("/pin/remote/service/ls", NodeAnswer::json(R"({"RemoteServices":[]})"));
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Remote Services..."_s);
         const QWidgetList windows = QApplication::topLevelWidgets();
         QVERIFY(std::ranges::count(windows, u"Remote pinning services"_s, &QWidget::windowTitle) == 1);
@@ -235,8 +216,7 @@ private slots:
 
     void everyControlIsReachedByTab()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QCOMPARE(QApplication::focusWidget(), table()); // after the load
         QTRY_VERIFY(label("peerIdLabel"_L1)->focusPolicy() == Qt::TabFocus);
         const auto* lastTool = window->findChildren<SplitActionButton*>().constLast();
@@ -294,10 +274,7 @@ private slots:
         auto* search = field<QLineEdit>("Search:"_L1);
         search->setText(u"bafybeigu66"_s);
         QTRY_COMPARE(cells(PinModel::NameColumn), QStringList(u"notes"_s));
-        for (auto* radio : window->findChildren<QRadioButton*>()) {
-            if (radio->text() == u"Name"_s)
-                radio->click();
-        }
+        withText<QRadioButton>(*window, u"Name"_s)->click();
         search->setText(u"PHOTO"_s);
         QTRY_COMPARE(rows(), 2);
         search->clear();
@@ -335,7 +312,6 @@ private slots:
     }
 
 private:
-    static QString clipboard() { return QGuiApplication::clipboard()->text(); }
     QModelIndex indexOf(const QString& cid) const
     {
         return table()->model()->index(static_cast<int>(cells(PinModel::CidColumn).indexOf(cid)), 0);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "ActionBox.h"
-#include "ModalAnswer.h"
 #include "UpdateCheck.h"
 #include "WindowTest.h"
 
@@ -86,11 +85,7 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
-        node->answer("/pin/ls", NodeAnswer::json({}));
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        startNode({});
         site = std::make_unique<WebSite>();
         QDesktopServices::setUrlHandler(u"http"_s, this, "catchUrl");
         opened.clear();
@@ -248,7 +243,7 @@ private slots:
 private:
     void openWindow()
     {
-        open(*node);
+        open();
         window->findChild<UpdateCheck*>()->setEndpoint(site->address());
     }
     void check() const { QMetaObject::invokeMethod(window.get(), "checkForUpdates"); }

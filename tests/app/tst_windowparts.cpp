@@ -7,14 +7,18 @@
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "PinTable.h"
+#include "SettingsDialog.h"
 #include "TestMain.h"
 #include "ToolWindows.h"
+#include "WidgetSearch.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPalette>
 #include <QPointer>
 #include <QScrollBar>
@@ -211,6 +215,86 @@ private slots:
         const QColor ink = tips.color(QPalette::ToolTipText);
         QVERIFY(ink.lightness() - tips.color(QPalette::ToolTipBase).lightness() > 150);
         QCOMPARE(darkPalette().color(QPalette::ToolTipBase), QColor(Qt::white)); // the application's stays
+    }
+
+    void fieldsGiveUsableValues()
+    {
+        SettingsDialog dialog;
+        dialog.setHost(u"  "_s);
+        QCOMPARE(dialog.host(), u"127.0.0.1"_s);
+        dialog.setPinTypeFilter(u"direct"_s);
+        dialog.setPinTypeFilter(u"odd"_s);
+        QCOMPARE(dialog.pinTypeFilter(), u"direct"_s);
+        dialog.setRefreshIntervalSeconds(-7);
+        QCOMPARE(dialog.refreshIntervalSeconds(), 5);
+        dialog.setOriginValue(u" "_s);
+        QCOMPARE(dialog.originValue(), u"Norvo 1.1.3"_s);
+        auto* origin = dialog.findChildren<QLineEdit*>().constLast();
+        origin->clear();
+        QVERIFY(!origin->isEnabled());
+        withText<QCheckBox>(dialog, u"Send Origin header"_s)->click();
+        QVERIFY(origin->isEnabled());
+        QCOMPARE(origin->text(), u"Norvo 1.1.3"_s);
+        auto* enable = withText<QCheckBox>(dialog, u"Enable auto-refresh"_s);
+        enable->click();
+        dialog.restoreDefaults();
+        QVERIFY(!dialog.autoRefresh() && dialog.loadMetadata() && !dialog.sendOrigin() && !origin->isEnabled());
+        QCOMPARE(dialog.pinTypeFilter(), u"recursive+direct"_s);
+        dialog.setTrialMode(true);
+        dialog.setAutoRefresh(true);
+        QVERIFY(!dialog.autoRefresh() && !enable->isEnabled());
+    }
+
+    void hostsThatAreNoneAreNamed_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("named");
+        for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
+            QTest::newRow(good) << QString::fromUtf8(good) << false;
+        for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})
+            QTest::newRow(bad) << QString::fromUtf8(bad) << true;
+    }
+    void hostsThatAreNoneAreNamed()
+    {
+        QFETCH(const QString, text);
+        SettingsDialog dialog;
+        dialog.show();
+        auto* host = dialog.findChild<QLineEdit*>();
+        host->setText(text);
+        QTEST(dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible(), "named");
+        host->setText(u"localhost"_s);
+        QVERIFY(!dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible());
+    }
+
+    void mnemonicsDoNotClash()
+    {
+        const SettingsDialog dialog;
+        QStringList texts;
+        for (const auto* label : dialog.findChildren<QLabel*>())
+            texts.append(label->buddy() ? label->text() : QString());
+        for (const auto* button : dialog.findChildren<QAbstractButton*>())
+            texts.append(button->text());
+        QSet<QKeySequence> taken;
+        for (const QString& text : texts) {
+            const QKeySequence key = QKeySequence::mnemonic(text);
+            QVERIFY2(key.isEmpty() || !taken.contains(key), qPrintable(text));
+            taken.insert(key);
+        }
+        QVERIFY(taken.size() > 8);
+    }
+
+    void nothingIsCutOffAtTheSmallestSize()
+    {
+        SettingsDialog dialog;
+        dialog.show();
+        dialog.resize(1, 1);
+        QVERIFY(dialog.width() >= 380 && dialog.height() >= 320);
+        for (const auto* field : dialog.findChildren<QWidget*>()) {
+            const bool drawn
+                = field->inherits("QCheckBox") || field->inherits("QLineEdit") || field->inherits("QSpinBox");
+            if (drawn && !field->parentWidget()->inherits("QAbstractSpinBox"))
+                QVERIFY2(field->height() >= field->minimumSizeHint().height(), field->metaObject()->className());
+        }
     }
 
     void oneToolWindowOfEachKind()

@@ -8,6 +8,7 @@
 #include "ModalAnswer.h"
 #include "NodeWords.h"
 #include "TestMain.h"
+#include "WidgetSearch.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -54,14 +55,7 @@ protected:
     }
 
     /// By its text without "&".
-    QPushButton* button(const char* text) const
-    {
-        for (auto* any : dialog->template findChildren<QPushButton*>()) {
-            if (any->text().remove(QLatin1Char('&')) == QString::fromUtf8(text))
-                return any;
-        }
-        return nullptr;
-    }
+    QPushButton* button(const char* text) const { return withText<QPushButton>(*dialog, QString::fromUtf8(text)); }
     StatusLabel* status() const { return dialog->template findChild<StatusLabel*>(); }
     bool isRed() const { return status()->styleSheet() == QStringLiteral("color: darkred;"); }
     /// What the node said of the dialog's calls.
