@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "DemoNode.h"
 #include "PinModel.h"
 #include "WindowTest.h"
 
@@ -114,25 +113,6 @@ private slots:
         QTRY_COMPARE(label("statsLine1"_L1)->text(), u"1 / 3 shown  |  R:3  D:0  I:0"_s);
         QVERIFY(label("statsLine1"_L1)->isVisibleTo(window.get()));
         QCOMPARE(counts(), u"Total DAG size of all displayed CIDs: 1.0 KB  |  Metadata loaded: 3/3 CIDs"_s);
-    }
-
-    void aDemoNodeFillsTheTable()
-    {
-        node.reset();
-        DemoNode demo({.port = 0, .pins = 40});
-        open(demo);
-        QTRY_VERIFY_WITH_TIMEOUT(counts().endsWith(u"Metadata loaded: 40/40 CIDs"_s), 20'000);
-        QTRY_COMPARE(demo.openNow(), 0);
-        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
-        auto* model = window->findChild<PinModel*>();
-        QHash<QString, const PinEntry*> byName;
-        for (int row = 0; row < model->rowCount(); ++row)
-            byName.insert(model->pinAt(row)->name, model->pinAt(row));
-        QCOMPARE(byName.value(u"notes"_s)->dagSize, 121);
-        QTRY_COMPARE(byName.value(u"notes"_s)->refsCount, 2);
-        QCOMPARE(byName.value(u"notes"_s)->kind, u"Directory"_s);
-        QCOMPARE(byName.value(u"hello.txt"_s)->kind, u"File"_s);
-        QCOMPARE(byName.value(u"placeholder"_s)->dagSize, 0); // the empty file
     }
 
 private:
