@@ -187,6 +187,7 @@ private slots:
         for (const auto& [key, value] : kept)
             openAppSettings().setValue(key, value);
         open();
+        openAppSettings().clear();
         window.reset();
         for (const auto& [key, value] : kept)
             QCOMPARE(openAppSettings().value(key).toString(), value);

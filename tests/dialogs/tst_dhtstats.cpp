@@ -78,6 +78,7 @@ private slots:
         QCOMPARE(status()->text(), u"Loaded from /api/v0/stats/dht"_s);
         dialog->hide();
         dialog->show(); // an empty one asks again
+        QCOMPARE(messages.filter(u"Fetching"_s).size(), titles().isEmpty() ? 2 : 1);
         QTRY_COMPARE(node->heldCount(dhtPath), titles().isEmpty() ? 2 : 1);
     }
 

@@ -152,6 +152,7 @@ private slots:
         for (size_t call = 0; call < paths.size(); ++call)
             node->answer(paths.at(call), NodeAnswer::json(goodBodies.at(call)));
         refresh()->click();
+        QVERIFY(!words()->isVisible());
         QTRY_COMPARE(messages.constLast(), u"Network diagnostics loaded"_s);
         QVERIFY(!words()->isVisible());
     }
