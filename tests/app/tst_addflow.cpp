@@ -2,6 +2,7 @@
 #include "ActionBox.h"
 #include "AddToIpfsDialog.h"
 #include "DemoNode.h"
+#include "FileDrop.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "RemotePinFlow.h"
@@ -10,9 +11,7 @@
 
 #include <QComboBox>
 #include <QDirIterator>
-#include <QDropEvent>
 #include <QFileDialog>
-#include <QMimeData>
 #include <QProgressDialog>
 #include <QTemporaryDir>
 
@@ -264,19 +263,13 @@ private slots:
     {
         open();
         const QString file = newFile(u"a"_s, "a");
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file)});
         QStringList chosen;
         const ModalAnswer<AddToIpfsDialog> looked([&](AddToIpfsDialog& dialog) {
             for (const LocalPathSelection& selection : dialog.selections())
                 chosen.append(selection.path);
             dialog.reject();
         });
-        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &drop);
+        QVERIFY(dropFiles(window.get(), {QUrl::fromLocalFile(file)}));
         QTRY_VERIFY(looked.wasGiven());
         QCOMPARE(chosen, QStringList(file));
         QCOMPARE(node->count(path), 0);

@@ -2,16 +2,18 @@
 #include "AddSelection.h"
 #include "AddToIpfsDialog.h"
 #include "DialogTest.h"
+#include "FileDrop.h"
 #include "FileTypeProvider.h"
 #include "TestFiles.h"
 
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileSystemModel>
-#include <QMimeData>
 #include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -34,8 +36,8 @@ private slots:
         node->answer(servicesPath, NodeAnswer::hold());
         home = std::make_unique<QTemporaryDir>();
         qputenv("HOME", home->path().toLocal8Bit());
-        makeFiles(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s.split(u' '));
-        makeFiles({u" ab "_s});
+        makeFiles(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s.split(u' ')
+                  + QStringList(u" ab "_s));
     }
     void cleanup() { dialog.reset(); }
 
@@ -260,13 +262,13 @@ private slots:
     {
         open();
         choose(u"both"_s);
-        QVERIFY(!drop(list()->viewport(), {QUrl(u"https://example.org/a"_s), QUrl(u"file://elsewhere/tmp"_s)}));
+        QVERIFY(!dropFiles(list()->viewport(), {QUrl(u"https://example.org/a"_s), QUrl(u"file://elsewhere/tmp"_s)}));
         for (QWidget* target : {browser()->viewport(), list()->viewport(), static_cast<QWidget*>(findEdit()),
                                 static_cast<QWidget*>(remoteService()->lineEdit())}) {
             const QUrl here(u"file://localhost"_s + home->filePath(u"ab"_s));
-            QVERIFY(drop(target,
-                         {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'), here,
-                          QUrl(u"file://elsewhere/tmp"_s)}));
+            QVERIFY(dropFiles(target,
+                              {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'),
+                               here, QUrl(u"file://elsewhere/tmp"_s)}));
             QCOMPARE(rows(), inHome(u"a ab"_s));
             QCOMPARE(dialog->options().remotePinLabel + dialog->options().remoteServiceNickname, QString());
             control("Clear"_L1)->click();
@@ -310,10 +312,8 @@ private slots:
             QVERIFY(QDir().mkdir(home->filePath(u"00%1"_s.arg(i))));
         openAppSettings().setValue(lastFolderKey, home->filePath(u"a/b"_s));
         open();
-        const auto inSight = [this] {
-            return browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center());
-        };
-        QTRY_VERIFY(indexOf(u"a"_s).row() >= above && inSight());
+        QTRY_VERIFY(indexOf(u"a"_s).row() >= above);
+        QTRY_VERIFY(browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center()));
     }
 
 private:
@@ -344,11 +344,8 @@ private:
     }
     QComboBox* remoteService() const
     {
-        for (auto* combo : dialog->findChildren<QComboBox*>()) {
-            if (combo->isEditable())
-                return combo;
-        }
-        return nullptr;
+        const auto combos = dialog->findChildren<QComboBox*>();
+        return *std::ranges::find_if(combos, &QComboBox::isEditable);
     }
     QLineEdit* findEdit() const { return dialog->findChild<QLineEdit*>({}, Qt::FindDirectChildrenOnly); }
     void choose(const QString& destination) const
@@ -395,21 +392,6 @@ private:
         });
         control(opener)->click();
         QVERIFY(answer.wasGiven());
-    }
-    /// Returns whether the drag was accepted. The source offers to move the files and to copy them.
-    static bool drop(QWidget* target, const QList<QUrl>& urls)
-    {
-        QMimeData data;
-        data.setUrls(urls);
-        data.setText(u"text"_s);
-        const auto actions = Qt::MoveAction | Qt::CopyAction;
-        QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(target, &enter);
-        QDropEvent event({5, 5}, actions, &data, Qt::LeftButton, {});
-        event.setDropAction(Qt::MoveAction);
-        if (enter.isAccepted())
-            QApplication::sendEvent(target, &event);
-        return enter.isAccepted() && event.isAccepted() && event.dropAction() == Qt::CopyAction;
     }
 
     std::unique_ptr<QTemporaryDir> home;

@@ -5,9 +5,6 @@
 
 #include <QDirIterator>
 #include <QFileDialog>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProgressBar>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -22,19 +19,18 @@ const QString root = u"root"_s;
 /// A listing of "name=cid/" for a folder, "name=cid" or "name=cid=size=name of the listed object" for a file.
 NodeAnswer listing(const QString& text)
 {
-    QJsonArray links;
+    QStringList links;
     QString objectName;
     for (const QString& entry : text.split(u',', Qt::SkipEmptyParts)) {
         const QStringList parts = entry.split(u'=');
         const bool folder = parts.at(1).endsWith(u'/');
-        links.append(QJsonObject {{u"Name"_s, parts.at(0)},
-                                  {u"Hash"_s, folder ? parts.at(1).chopped(1) : parts.at(1)},
-                                  {u"Size"_s, parts.value(2, folder ? u"0"_s : u"1"_s).toLongLong()},
-                                  {u"Type"_s, folder ? 1 : 2}});
+        links.append(uR"({"Name":"%1","Hash":"%2","Size":%3,"Type":%4})"_s.arg(
+            parts.at(0), folder ? parts.at(1).chopped(1) : parts.at(1), parts.value(2, folder ? u"0"_s : u"1"_s),
+            folder ? u"1"_s : u"2"_s));
         objectName += parts.value(3);
     }
-    const QJsonObject object {{u"Name"_s, objectName}, {u"Links"_s, links}};
-    return NodeAnswer::json(QJsonDocument(QJsonObject {{u"Objects"_s, QJsonArray {object}}}).toJson());
+    const QString body = uR"({"Objects":[{"Name":"%1","Links":[%2]}]})"_s;
+    return NodeAnswer::json(body.arg(objectName, links.join(u',')).toUtf8());
 }
 
 } // namespace
