@@ -130,26 +130,22 @@ private slots:
 
     void endings_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("notice");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("informative");
+        const auto row = addColumns<NodeAnswer, QString, QString, QString>("answer", "notice", "text", "informative");
         const QByteArray a = R"({"Name":"a","Hash":"Qa","Size":"1"})"
                              "\n";
         const QByteArray root = R"({"Name":"","Hash":"Qr","Size":"9"})"
                                 "\n";
         const QString well = u"Add operation completed successfully.\n\n"_s;
-        QTest::newRow("well") << NodeAnswer::json(a + root) << u"Added to IPFS successfully. Root CID: Qr"_s
-                              << well + u"Root CID:\nQr"_s << QString();
-        QTest::newRow("cut short")
-            << NodeAnswer::json({}) << u"⚠  Added 0 object(s) to IPFS."_s << well + u"Returned objects: 0"_s
-            << u"The node reported 0 of the 1 files that were sent.\nThe node did not report the directory "
-               "around it all: the add may have been cut short."_s;
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n")
-                                 << u"⚠  Add failed: Error transferring %1 - server replied: Forbidden"_s
-                                 << u"Add failed: Error transferring %1 - server replied: Forbidden"_s << QString();
-        QTest::newRow("dropped") << NodeAnswer::dropAt(a, 3) << u"⚠  Add failed: Connection closed"_s
-                                 << u"Add failed: Connection closed"_s << QString();
+        row("well", NodeAnswer::json(a + root), u"Added to IPFS successfully. Root CID: Qr"_s,
+            well + u"Root CID:\nQr"_s, QString());
+        row("cut short", NodeAnswer::json({}), u"⚠  Added 0 object(s) to IPFS."_s, well + u"Returned objects: 0"_s,
+            u"The node reported 0 of the 1 files that were sent.\nThe node did not report the directory "
+            "around it all: the add may have been cut short."_s);
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"),
+            u"⚠  Add failed: Error transferring %1 - server replied: Forbidden"_s,
+            u"Add failed: Error transferring %1 - server replied: Forbidden"_s, QString());
+        row("dropped", NodeAnswer::dropAt(a, 3), u"⚠  Add failed: Connection closed"_s,
+            u"Add failed: Connection closed"_s, QString());
     }
     void endings()
     {

@@ -21,12 +21,6 @@ const QByteArray publishPath = "/name/publish";
 const QByteArray resolvePath = "/name/resolve";
 const QString gateway = u"https://ipfs.io"_s;
 
-void row(const char* name, const IpnsReport& report, const QString& message, const QString& text,
-         const QStringList& buttons)
-{
-    QTest::newRow(name) << report << message << text << buttons;
-}
-
 } // namespace
 
 /// Rows: "r1" recursive, "d" direct.
@@ -57,10 +51,8 @@ private slots:
 
     void reports_data()
     {
-        QTest::addColumn<IpnsReport>("report");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("buttons"); // "caption: what is copied or opened"
+        // buttons: "caption: what is copied or opened"
+        const auto row = addColumns<IpnsReport, QString, QString, QStringList>("report", "message", "text", "buttons");
         row("published", reportOf(IpnsPublishResult {u"%2"_s, u"/ipns/ k51"_s, u"/ipfs/Qa"_s}),
             u"IPNS publish succeeded: /ipns/ k51 -> /ipfs/Qa"_s, u"Key: %2\nName: /ipns/ k51\nValue: /ipfs/Qa"_s,
             {u"Copy /ipns/...: /ipns/ k51"_s, u"Open /ipns/...: https://ipfs.io/ipns/k51"_s,

@@ -75,15 +75,11 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("ending");
-        QTest::addColumn<QString>("words");
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s
-                                 << QString();
-        QTest::newRow("break in mid-line")
-            << NodeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s << QString();
-        QTest::newRow("with a reason") << NodeAnswer::error("<b>locked</b>") << u"Internal Server Error"_s
-                                       << u"The node says: <b>locked</b>"_s;
+        const auto row = addColumns<NodeAnswer, QString, QString>("answer", "ending", "words");
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"), u"server replied: Forbidden"_s, QString());
+        row("break in mid-line", NodeAnswer::dropAt(pinLines(9), 100), u"Connection closed"_s, QString());
+        row("with a reason", NodeAnswer::error("<b>locked</b>"), u"Internal Server Error"_s,
+            u"The node says: <b>locked</b>"_s);
     }
     void failures()
     {

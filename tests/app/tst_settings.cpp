@@ -39,18 +39,13 @@ private slots:
 
     void fittedSizes_data()
     {
-        QTest::addColumn<QSize>("minimum");
-        QTest::addColumn<QSize>("preferred");
-        QTest::addColumn<QSize>("hint");
-        QTest::addColumn<QSizeF>("ratios");
-        QTest::addColumn<QSize>("size"); // on an available area of 1000 x 1000
+        // size: on an available area of 1000 x 1000
+        const auto row
+            = addColumns<QSize, QSize, QSize, QSizeF, QSize>("minimum", "preferred", "hint", "ratios", "size");
         const QSize none;
         const QSize min(500, 400);
         const QSize preferred(620, 480);
         const QSizeF whole(1, 1);
-        const auto row = [](const char* name, QSize minimum, QSize wish, QSize hint, QSizeF ratios, QSize size) {
-            QTest::newRow(name) << minimum << wish << hint << ratios << size;
-        };
         row("preferred is a floor", min, preferred, {300, 200}, {0.75, 0.75}, preferred);
         row("content gets more, up to the bound", min, preferred, {900, 900}, {0.75, 0.75}, {750, 750});
         row("minimum is a floor", min, none, {300, 200}, whole, min);
@@ -196,15 +191,14 @@ private slots:
 
     void nonsenseStartsAUsableProgram_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("unknown content") << u"contentMode"_s << QVariant(u"sideways"_s);
-        QTest::newRow("unknown filter") << u"typeFilter"_s << QVariant(u"odd"_s);
-        QTest::newRow("interval of zero") << u"refreshInterval"_s << QVariant(0);
-        QTest::newRow("interval below zero") << u"refreshInterval"_s << QVariant(-5);
-        QTest::newRow("interval too long for a timer") << u"refreshInterval"_s << QVariant(2'000'000'000);
-        QTest::newRow("bad geometry") << u"geometry"_s << QVariant(QByteArray("xyz"));
-        QTest::newRow("a list for a text") << u"http/originValue"_s << QVariant(QStringList({u"a"_s, u"b"_s}));
+        const auto row = addColumns<QString, QVariant>("key", "value");
+        row("unknown content", u"contentMode"_s, QVariant(u"sideways"_s));
+        row("unknown filter", u"typeFilter"_s, QVariant(u"odd"_s));
+        row("interval of zero", u"refreshInterval"_s, QVariant(0));
+        row("interval below zero", u"refreshInterval"_s, QVariant(-5));
+        row("interval too long for a timer", u"refreshInterval"_s, QVariant(2'000'000'000));
+        row("bad geometry", u"geometry"_s, QVariant(QByteArray("xyz")));
+        row("a list for a text", u"http/originValue"_s, QVariant(QStringList({u"a"_s, u"b"_s})));
     }
     void nonsenseStartsAUsableProgram()
     {

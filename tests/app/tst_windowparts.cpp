@@ -36,23 +36,20 @@ private slots:
 
     void rowMenus_data()
     {
-        QTest::addColumn<bool>("pinned");
-        QTest::addColumn<QList<int>>("selected"); // rows: 0 and 1 recursive, 2 direct
-        QTest::addColumn<int>("under");           // the pointer; -1 for empty space
-        QTest::addColumn<QStringList>("entries");
-        QTest::addColumn<QStringList>("selectedThen");
+        // selected: rows: 0 and 1 recursive, 2 direct
+        // under: the pointer; -1 for empty space
+        const auto row = addColumns<bool, QList<int>, int, QStringList, QStringList>("pinned", "selected", "under",
+                                                                                     "entries", "selectedThen");
         const QStringList always {u"Copy CID"_s, u"Open via IPNS..."_s, u"Open from gateway"_s, u"Open from local"_s};
         const QStringList pin = QStringList {u"Publish to IPNS..."_s, u"Unpin"_s, u"-"_s} + always;
         const QStringList recursive = QStringList {u"Show indirect pins"_s, u"List files / Export…"_s, u"-"_s} + pin;
-        QTest::newRow("recursive") << true << QList<int>() << 0 << recursive << QStringList(u"r1"_s);
-        QTest::newRow("direct") << true << QList<int>({2}) << 2 << pin << QStringList(u"d"_s);
-        QTest::newRow("inside a selection of several")
-            << true << QList<int>({1, 2}) << 1 << QStringList(u"Unpin"_s) << QStringList({u"r2"_s, u"d"_s});
-        QTest::newRow("outside a selection of several")
-            << true << QList<int>({1, 2}) << 0 << recursive << QStringList(u"r1"_s);
-        QTest::newRow("not pinned, several selected")
-            << false << QList<int>({1, 2}) << 2 << always << QStringList(u"d"_s);
-        QTest::newRow("empty space") << true << QList<int>({2}) << -1 << QStringList() << QStringList(u"d"_s);
+        row("recursive", true, QList<int>(), 0, recursive, QStringList(u"r1"_s));
+        row("direct", true, QList<int>({2}), 2, pin, QStringList(u"d"_s));
+        row("inside a selection of several", true, QList<int>({1, 2}), 1, QStringList(u"Unpin"_s),
+            QStringList({u"r2"_s, u"d"_s}));
+        row("outside a selection of several", true, QList<int>({1, 2}), 0, recursive, QStringList(u"r1"_s));
+        row("not pinned, several selected", false, QList<int>({1, 2}), 2, always, QStringList(u"d"_s));
+        row("empty space", true, QList<int>({2}), -1, QStringList(), QStringList(u"d"_s));
     }
     void rowMenus()
     {
@@ -90,14 +87,13 @@ private slots:
 
     void aResetKeepsThePlace_data()
     {
-        QTest::addColumn<int>("removed"); // from the start of 100,000 rows
-        QTest::addColumn<int>("step");    // between selected rows
-        QTest::addColumn<int>("selected");
-        QTest::addColumn<int>("top");
-        QTest::newRow("the same list") << 0 << 10 << 10'000 << 50'000;
-        QTest::newRow("rows are gone above") << 3 << 10 << 9'999 << 49'997;
-        QTest::newRow("too large a selection") << 0 << 9 << 0 << 50'000;
-        QTest::newRow("nothing left") << 100'000 << 10 << 0 << 0;
+        // removed: from the start of 100,000 rows
+        // step: between selected rows
+        const auto row = addColumns<int, int, int, int>("removed", "step", "selected", "top");
+        row("the same list", 0, 10, 10'000, 50'000);
+        row("rows are gone above", 3, 10, 9'999, 49'997);
+        row("too large a selection", 0, 9, 0, 50'000);
+        row("nothing left", 100'000, 10, 0, 0);
     }
     void aResetKeepsThePlace()
     {
@@ -247,8 +243,7 @@ private slots:
 
     void hostsThatAreNoneAreNamed_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("named");
+        addColumns<QString, bool>("text", "named");
         for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
             QTest::newRow(good) << QString::fromUtf8(good) << false;
         for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})

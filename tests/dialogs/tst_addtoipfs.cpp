@@ -43,14 +43,13 @@ private slots:
 
     void pathsAreNormalized_data()
     {
-        QTest::addColumn<QString>("chosen");
-        QTest::addColumn<QString>("kept");
-        QTest::newRow("what is in a folder; a.txt sorts between") << u"a/b/c a.txt a a/b"_s << u"a a.txt"_s;
-        QTest::newRow("the folder comes first") << u"a a/b"_s << u"a"_s;
-        QTest::newRow("a sibling's name begins like it") << u"ab a"_s << u"a ab"_s;
-        QTest::newRow("one path in several forms") << u"a/ ./a a//b/.. a"_s << u"a"_s;
-        QTest::newRow("upper case first") << u"a B"_s << u"B a"_s;
-        QTest::newRow("gone") << u"a/gone gone"_s << QString();
+        const auto row = addColumns<QString, QString>("chosen", "kept");
+        row("what is in a folder; a.txt sorts between", u"a/b/c a.txt a a/b"_s, u"a a.txt"_s);
+        row("the folder comes first", u"a a/b"_s, u"a"_s);
+        row("a sibling's name begins like it", u"ab a"_s, u"a ab"_s);
+        row("one path in several forms", u"a/ ./a a//b/.. a"_s, u"a"_s);
+        row("upper case first", u"a B"_s, u"B a"_s);
+        row("gone", u"a/gone gone"_s, QString());
     }
     void pathsAreNormalized()
     {
@@ -62,12 +61,11 @@ private slots:
 
     void namesAreUnique_data()
     {
-        QTest::addColumn<QString>("paths");
-        QTest::addColumn<QString>("names");
-        QTest::newRow("counted") << u"1/a.txt 2/a.txt gone 3/a.txt ab"_s << u"a.txt a.txt-2 a.txt-3 ab"_s;
-        QTest::newRow("one is really called so, and comes before")
-            << u"1/a.txt 1/a.txt-2 2/a.txt 3/a.txt"_s << u"a.txt a.txt-2 a.txt-3 a.txt-4"_s;
-        QTest::newRow("or after") << u"1/a.txt 2/a.txt 3/a.txt-2 1/a.txt-2"_s << u"a.txt a.txt-2 a.txt-2-2 a.txt-2-3"_s;
+        const auto row = addColumns<QString, QString>("paths", "names");
+        row("counted", u"1/a.txt 2/a.txt gone 3/a.txt ab"_s, u"a.txt a.txt-2 a.txt-3 ab"_s);
+        row("one is really called so, and comes before", u"1/a.txt 1/a.txt-2 2/a.txt 3/a.txt"_s,
+            u"a.txt a.txt-2 a.txt-3 a.txt-4"_s);
+        row("or after", u"1/a.txt 2/a.txt 3/a.txt-2 1/a.txt-2"_s, u"a.txt a.txt-2 a.txt-2-2 a.txt-2-3"_s);
     }
     void namesAreUnique()
     {
@@ -277,8 +275,7 @@ private slots:
 
     void theLastFolderIsOpenedAgain_data()
     {
-        QTest::addColumn<QString>("row");
-        QTest::addColumn<QString>("folder");
+        addColumns<QString, QString>("row", "folder");
         QTest::newRow("a file's folder") << u"a/b/c"_s << u"a/b"_s;
         QTest::newRow("a folder itself") << u"a/b"_s << u"a/b"_s;
         QTest::newRow("the home folder") << u"ab"_s << QString();

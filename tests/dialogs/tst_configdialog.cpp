@@ -113,11 +113,8 @@ private slots:
 
     void whatIsSet_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("query"); // none if it is refused
-        QTest::addColumn<QString>("error");
+        // query: none if it is refused
+        addColumns<QString, QString, QString, QString, QString>("key", "value", "mode", "query", "error");
         const auto row = [](const char* name, const QString& key, const QString& value, const char* mode,
                             const QString& query, const QString& error = {}) {
             QTest::newRow(name) << key << value << QString::fromLatin1(mode) << query << error;
@@ -251,9 +248,8 @@ private slots:
     /// Whatever becomes of the answer, the dialog stays usable, keeps its tree, and may go meanwhile.
     void nodesThatAnswerBadly_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("error"); // none if there is no answer
+        // error: none if there is no answer
+        addColumns<QByteArray, NodeAnswer, QString>("path", "answer", "error");
         for (const auto& [path, call] : {std::pair(showPath, u"get config"_s),
                                          {keyPath, u"set config key"_s},
                                          {replacePath, u"replace config"_s}}) {

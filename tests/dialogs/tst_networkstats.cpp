@@ -109,9 +109,7 @@ private slots:
     /// The answers of a node that is offline, or has gone, with what the window says of the cause.
     void failures_data()
     {
-        QTest::addColumn<QList<NodeAnswer>>("answers");
-        QTest::addColumn<QStringList>("shown");
-        QTest::addColumn<QString>("health");
+        const auto row = addColumns<QList<NodeAnswer>, QStringList, QString>("answers", "shown", "health");
         const auto good = [](size_t call) { return NodeAnswer::json(goodBodies.at(call)); };
         const NodeAnswer gone = NodeAnswer::dropAt({}, 0);
         const NodeAnswer lists = NodeAnswer::error("this action must be run in online mode, try <b>'ipfs daemon'</b>");
@@ -120,18 +118,16 @@ private slots:
         const QString noPeers = u"Swarm peers: this action must be run in online mode, try <b>'ipfs daemon'</b>"_s;
         const QString noDht = u"DHT statistics: this command must be run in online mode."_s;
         const QString noBitswap = u"Bitswap statistics: unable to run offline: x"_s;
-        QTest::newRow("offline") << QList {lists, dht, bitswap} << QStringList {noPeers, noDht, noBitswap}
-                                 << u"unknown"_s;
-        QTest::newRow("no peers") << QList {lists, good(1), good(2)} << QStringList {noPeers} << u"poor"_s;
-        QTest::newRow("no DHT") << QList {good(0), dht, good(2)} << QStringList {noDht} << u"good"_s;
-        QTest::newRow("no exchange") << QList {good(0), good(1), bitswap} << QStringList {noBitswap} << u"degraded"_s;
-        QTest::newRow("gone") << QList {good(0), gone, gone}
-                              << QStringList {u"DHT statistics: Failed to get DHT stats: Connection closed"_s,
-                                              u"Bitswap statistics: Failed to get bitswap stats: Connection closed"_s}
-                              << u"poor"_s;
-        QTest::newRow("one view missing")
-            << QList {good(0), NodeAnswer::brokenOff(goodBodies[1], "no LAN client found"), good(2)}
-            << QStringList {u"DHT statistics: no LAN client found"_s} << u"good"_s;
+        row("offline", QList {lists, dht, bitswap}, QStringList {noPeers, noDht, noBitswap}, u"unknown"_s);
+        row("no peers", QList {lists, good(1), good(2)}, QStringList {noPeers}, u"poor"_s);
+        row("no DHT", QList {good(0), dht, good(2)}, QStringList {noDht}, u"good"_s);
+        row("no exchange", QList {good(0), good(1), bitswap}, QStringList {noBitswap}, u"degraded"_s);
+        row("gone", QList {good(0), gone, gone},
+            QStringList {u"DHT statistics: Failed to get DHT stats: Connection closed"_s,
+                         u"Bitswap statistics: Failed to get bitswap stats: Connection closed"_s},
+            u"poor"_s);
+        row("one view missing", QList {good(0), NodeAnswer::brokenOff(goodBodies[1], "no LAN client found"), good(2)},
+            QStringList {u"DHT statistics: no LAN client found"_s}, u"good"_s);
     }
     void failures()
     {

@@ -53,11 +53,7 @@ private slots:
 
     void trees_data()
     {
-        QTest::addColumn<QString>("listings");
-        QTest::addColumn<QByteArray>("kind");
-        QTest::addColumn<QString>("rootName");
-        QTest::addColumn<QString>("lines");
-        QTest::addColumn<QString>("outcome");
+        addColumns<QString, QByteArray, QString, QString, QString>("listings", "kind", "rootName", "lines", "outcome");
         const auto row = [](const char* name, const QString& listings, const QByteArray& kind, const QString& rootName,
                             const QString& lines, int files, int folders) {
             const QString outcome = u"%1 file(s), %2 folder(s)"_s.arg(files).arg(folders);
@@ -229,16 +225,14 @@ private slots:
 
     void aFailedFileStopsNoOther_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("reason");
+        const auto row = addColumns<QString, NodeAnswer, QString>("name", "answer", "reason");
         NodeAnswer tooFew = NodeAnswer::text(200, "half");
         tooFew.headers.emplaceBack("X-Content-Length", "8");
-        QTest::newRow("refused") << u"bad"_s << NodeAnswer::error("no") << u"Internal Server Error"_s;
-        QTest::newRow("interrupted") << u"bad"_s << NodeAnswer::dropAt("half", 2) << u"Connection closed"_s;
-        QTest::newRow("short") << u"bad"_s << tooFew << u"4 of 8 bytes received"_s;
-        QTest::newRow("a folder of that name") << u"taken"_s << NodeAnswer::text(200, "x") << u"directory"_s;
-        QTest::newRow("name too long") << QString(300, u'n') << NodeAnswer::text(200, "x") << u"write"_s;
+        row("refused", u"bad"_s, NodeAnswer::error("no"), u"Internal Server Error"_s);
+        row("interrupted", u"bad"_s, NodeAnswer::dropAt("half", 2), u"Connection closed"_s);
+        row("short", u"bad"_s, tooFew, u"4 of 8 bytes received"_s);
+        row("a folder of that name", u"taken"_s, NodeAnswer::text(200, "x"), u"directory"_s);
+        row("name too long", QString(300, u'n'), NodeAnswer::text(200, "x"), u"write"_s);
     }
     void aFailedFileStopsNoOther()
     {

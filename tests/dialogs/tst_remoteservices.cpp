@@ -33,9 +33,8 @@ private slots:
 
     void whatAnAnswerDoes_data()
     {
-        QTest::addColumn<QString>("status"); // one of a failure begins with '!'
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("icon");
+        // status: one of a failure begins with '!'
+        addColumns<QString, QString, int>("status", "message", "icon");
         const auto row = [](const char* signal, const QString& status, const QString& message, int icon = 0) {
             QTest::newRow(signal) << status << message << icon;
         };

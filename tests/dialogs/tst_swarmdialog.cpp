@@ -78,17 +78,14 @@ private slots:
 
     void whatAnAnswerDoes_data()
     {
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<QString>("status"); // empty if it stays as it was
-        QTest::addColumn<QString>("message");
+        // status: empty if it stays as it was
+        const auto row = addColumns<bool, QString, QString>("ok", "status", "message");
         const QString stays = u"Swarm connect error: <b>no"_s;
-        QTest::newRow("swarmConnectResult") << true << u"Connect: a | b"_s << u"Swarm connect success: t"_s;
-        QTest::newRow("swarmConnectResult failed")
-            << false << u"Connect: Connected."_s << u"Swarm connect success: t"_s;
-        QTest::newRow("swarmDisconnectResult failed")
-            << false << u"Disconnect: Disconnected."_s << u"Swarm disconnect success: t"_s;
-        QTest::newRow("bootstrapAddResult") << true << u"Added bootstrap peer: t"_s << u"Bootstrap peer added: t"_s;
-        QTest::newRow("bootstrapAddResult failed") << false << QString() << stays;
+        row("swarmConnectResult", true, u"Connect: a | b"_s, u"Swarm connect success: t"_s);
+        row("swarmConnectResult failed", false, u"Connect: Connected."_s, u"Swarm connect success: t"_s);
+        row("swarmDisconnectResult failed", false, u"Disconnect: Disconnected."_s, u"Swarm disconnect success: t"_s);
+        row("bootstrapAddResult", true, u"Added bootstrap peer: t"_s, u"Bootstrap peer added: t"_s);
+        row("bootstrapAddResult failed", false, QString(), stays);
     }
     /// Each after a failure, which is red; what is no refused change of the list covers it.
     void whatAnAnswerDoes()

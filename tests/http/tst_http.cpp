@@ -100,9 +100,7 @@ private slots:
 
     void cutAnywhere_data()
     {
-        QTest::addColumn<int>("recording");
-        QTest::addColumn<NodeAnswer::Ending>("ending");
-        QTest::addColumn<int>("stallMs");
+        addColumns<int, NodeAnswer::Ending, int>("recording", "ending", "stallMs");
         for (int i = 0; i < recordings().size(); ++i) {
             const char* path = recordings().at(i).path;
             QTest::addRow("%s closed", path) << i << NodeAnswer::Close << 0;
@@ -146,11 +144,8 @@ private slots:
 
     void heads_data()
     {
-        QTest::addColumn<QByteArray>("wire");
-        QTest::addColumn<QNetworkReply::NetworkError>("error");
-        QTest::addColumn<QString>("text"); // of the body, or how the error string ends
-        const auto row = [](const char* name, const QByteArray& wire, QNetworkReply::NetworkError error,
-                            const QString& text) { QTest::newRow(name) << wire << error << text; };
+        // text: of the body, or how the error string ends
+        const auto row = addColumns<QByteArray, QNetworkReply::NetworkError, QString>("wire", "error", "text");
         constexpr auto good = QNetworkReply::NoError;
         constexpr auto closed = QNetworkReply::RemoteHostClosedError;
         constexpr auto broken = QNetworkReply::ProtocolFailure;
@@ -213,14 +208,13 @@ private slots:
 
     void notSent_data()
     {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("no http") << u"https://127.0.0.1/"_s << u"Protocol \"https\" is unknown"_s;
-        QTest::newRow("no host") << u"http:///api/v0"_s << u"Host  not found"_s;
-        QTest::newRow("unknown host") << u"http://nowhere.invalid/"_s << u"Host nowhere.invalid not found"_s;
-        QTest::newRow("nobody there") << u"http://127.0.0.1:1/"_s << u"Connection refused"_s;
-        QTest::newRow("too long") << u"http://127.0.0.1:1/?arg="_s + QString(1024 * 1024, u'x')
-                                  << u"The request is too long for the node: 1048600 bytes, of at most 1032192"_s;
+        const auto row = addColumns<QString, QString>("address", "text");
+        row("no http", u"https://127.0.0.1/"_s, u"Protocol \"https\" is unknown"_s);
+        row("no host", u"http:///api/v0"_s, u"Host  not found"_s);
+        row("unknown host", u"http://nowhere.invalid/"_s, u"Host nowhere.invalid not found"_s);
+        row("nobody there", u"http://127.0.0.1:1/"_s, u"Connection refused"_s);
+        row("too long", u"http://127.0.0.1:1/?arg="_s + QString(1024 * 1024, u'x'),
+            u"The request is too long for the node: 1048600 bytes, of at most 1032192"_s);
     }
     void notSent()
     {
@@ -233,13 +227,12 @@ private slots:
 
     void aNodeThatClosesAfterEachAnswer_data()
     {
-        QTest::addColumn<NodeAnswer::Afterwards>("afterwards");
-        QTest::addColumn<bool>("onlyReads");
-        QTest::newRow("reads, said") << NodeAnswer::SaidClose << true;
-        QTest::newRow("reads, silent") << NodeAnswer::SilentClose << true;
-        QTest::newRow("reads, on the next request") << NodeAnswer::CloseAtNextRequest << true;
-        QTest::newRow("acts, silent") << NodeAnswer::SilentClose << false;
-        QTest::newRow("acts, on the next request") << NodeAnswer::CloseAtNextRequest << false;
+        const auto row = addColumns<NodeAnswer::Afterwards, bool>("afterwards", "onlyReads");
+        row("reads, said", NodeAnswer::SaidClose, true);
+        row("reads, silent", NodeAnswer::SilentClose, true);
+        row("reads, on the next request", NodeAnswer::CloseAtNextRequest, true);
+        row("acts, silent", NodeAnswer::SilentClose, false);
+        row("acts, on the next request", NodeAnswer::CloseAtNextRequest, false);
     }
     void aNodeThatClosesAfterEachAnswer()
     {
@@ -269,8 +262,7 @@ private slots:
 
     void anySlotMayEndIt_data()
     {
-        QTest::addColumn<QByteArray>("signal");
-        QTest::addColumn<QByteArray>("deed");
+        addColumns<QByteArray, QByteArray>("signal", "deed");
         for (const QByteArray signal : {"metaDataChanged()", "uploadProgress(qint64,qint64)", "readyRead()",
                                         "errorOccurred(QNetworkReply::NetworkError)", "finished()"}) {
             for (const QByteArray deed : {"abort", "delete", "deleteLater", "deleteManager", "runLoop"})

@@ -95,12 +95,11 @@ private slots:
 
     void uploadsThatFail_data()
     {
-        QTest::addColumn<QByteArray>("how");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("refused at once") << QByteArray("refuse") << u"server replied: Forbidden"_s;
-        QTest::newRow("error after half") << QByteArray("half") << u"server replied: Internal Server Error"_s;
-        QTest::newRow("dropped") << QByteArray("drop") << u"Connection closed"_s;
-        QTest::newRow("its device fails") << QByteArray("device") << u"a.txt changed while it was being sent."_s;
+        const auto row = addColumns<QByteArray, QString>("how", "text");
+        row("refused at once", QByteArray("refuse"), u"server replied: Forbidden"_s);
+        row("error after half", QByteArray("half"), u"server replied: Internal Server Error"_s);
+        row("dropped", QByteArray("drop"), u"Connection closed"_s);
+        row("its device fails", QByteArray("device"), u"a.txt changed while it was being sent."_s);
     }
     void uploadsThatFail()
     {

@@ -93,10 +93,7 @@ private slots:
 
     void requests_data()
     {
-        QTest::addColumn<QByteArray>("sent");
-        QTest::addColumn<QByteArray>("status");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<bool>("closes");
+        addColumns<QByteArray, QByteArray, QByteArray, bool>("sent", "status", "text", "closes");
         const auto row = [](const char* name, const QByteArray& sent, const char* status, const char* text = "") {
             QTest::newRow(name) << sent << QByteArray(status) << QByteArray(text) << false;
         };

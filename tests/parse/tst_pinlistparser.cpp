@@ -29,10 +29,7 @@ class tst_PinListParser : public QObject
 private slots:
     void bodies_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QStringList>("entries");
-        QTest::addColumn<int>("keyCount");
-        QTest::addColumn<bool>("openLine");
+        addColumns<QByteArray, QStringList, int, bool>("body", "entries", "keyCount", "openLine");
         const auto row = [](const char* name, const QByteArray& body, const QStringList& entries, int keyCount = 0,
                             bool openLine = false) { QTest::newRow(name) << body << entries << keyCount << openLine; };
         const QStringList one {u"a:direct:n"_s};
@@ -83,14 +80,13 @@ private slots:
 
     void plainReplies_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("object") << QByteArray(R"({"a":1})") << QString();
-        QTest::newRow("empty error is none") << QByteArray(R"({"Error":" ","Message":""})") << QString();
-        QTest::newRow("error") << QByteArray(R"({"Error":" no \n","Message":"m"})") << u"Failed to get it: no"_s;
-        QTest::newRow("message") << QByteArray(R"({"Message":"%1 %2"})") << u"Failed to get it: %1 %2"_s;
-        QTest::newRow("array") << QByteArray("[]") << u"Failed to get it: invalid JSON response"_s;
-        QTest::newRow("nothing") << QByteArray() << u"Failed to get it: invalid JSON response"_s;
+        const auto row = addColumns<QByteArray, QString>("body", "error");
+        row("object", QByteArray(R"({"a":1})"), QString());
+        row("empty error is none", QByteArray(R"({"Error":" ","Message":""})"), QString());
+        row("error", QByteArray(R"({"Error":" no \n","Message":"m"})"), u"Failed to get it: no"_s);
+        row("message", QByteArray(R"({"Message":"%1 %2"})"), u"Failed to get it: %1 %2"_s);
+        row("array", QByteArray("[]"), u"Failed to get it: invalid JSON response"_s);
+        row("nothing", QByteArray(), u"Failed to get it: invalid JSON response"_s);
     }
     void plainReplies()
     {
