@@ -9,11 +9,9 @@
 #include "TestFiles.h"
 #include "WindowTest.h"
 
-#include <QComboBox>
 #include <QDirIterator>
 #include <QFileDialog>
 #include <QProgressDialog>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

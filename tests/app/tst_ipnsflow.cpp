@@ -4,10 +4,8 @@
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
-#include <QComboBox>
 #include <QDesktopServices>
 #include <QInputDialog>
-#include <QLineEdit>
 #include <QScreen>
 
 #include <algorithm>

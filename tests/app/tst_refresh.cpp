@@ -3,9 +3,7 @@
 #include "PinModel.h"
 #include "WindowTest.h"
 
-#include <QComboBox>
 #include <QHeaderView>
-#include <QLineEdit>
 #include <QRadioButton>
 #include <QStatusBar>
 

@@ -4,7 +4,6 @@
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
-#include <QComboBox>
 #include <QScreen>
 
 using namespace Qt::StringLiterals;

@@ -8,10 +8,8 @@
 #include "WindowTest.h"
 
 #include <QAccessible>
-#include <QComboBox>
 #include <QDesktopServices>
 #include <QFileDialog>
-#include <QLineEdit>
 #include <QTemporaryDir>
 
 #include <algorithm>

@@ -2,8 +2,6 @@
 #include "PinModel.h"
 #include "WindowTest.h"
 
-#include <QLineEdit>
-
 using namespace Qt::StringLiterals;
 
 namespace {

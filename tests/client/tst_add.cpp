@@ -3,11 +3,8 @@
 #include "ClientLog.h"
 #include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QHttpMultiPart>
 #include <QNetworkReply>
-#include <QTemporaryDir>
 
 #include <filesystem>
 #include <fstream>

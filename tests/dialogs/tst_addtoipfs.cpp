@@ -9,7 +9,6 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileSystemModel>
-#include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
 

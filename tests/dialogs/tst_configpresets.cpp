@@ -4,7 +4,6 @@
 
 #include <QFileDialog>
 #include <QInputDialog>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 

@@ -53,11 +53,8 @@ private slots:
 
     void whatAnAnswerShows_data()
     {
-        QTest::addColumn<QByteArray>("json"); // in an array
-        QTest::addColumn<QStringList>("shown");
-        const auto row = [](const char* name, const QByteArray& json, const QStringList& shown) {
-            QTest::newRow(name) << json << shown;
-        };
+        // json: in an array
+        const auto row = addColumns<QByteArray, QStringList>("json", "shown");
         const QStringList wan {u"DHT: wan"_s};
         row("an object", R"({"Name":"wan"})", wan);
         row("an array of one", R"([{"Name":"wan"}])", wan);

@@ -39,11 +39,8 @@ private slots:
 
     void statLines_data()
     {
-        QTest::addColumn<QByteArray>("stat");
-        QTest::addColumn<QString>("lines"); // after the first
-        const auto row = [](const char* name, const QByteArray& stat, const QString& lines) {
-            QTest::newRow(name) << stat << lines;
-        };
+        // lines: after the first
+        const auto row = addColumns<QByteArray, QString>("stat", "lines");
         const QString empty = u"NumObjects: 0\nRepoSize: 0 B (0 B)"_s;
         row("nothing is none, not unknown", "{}", empty);
         row("all",
