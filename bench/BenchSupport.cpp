@@ -19,7 +19,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -28,6 +27,7 @@ namespace {
 
 constexpr int demoStartMs = 60'000;
 constexpr auto giveUpAfter = 30min;
+constexpr auto longestTurns = 1min;
 
 bool measureDemo(const Demo& demo)
 {
@@ -52,6 +52,16 @@ double memoryMiB(const char* name)
         return -1;
     const QByteArray text = status.readAll().simplified();
     return text.mid(text.indexOf(name)).split(' ').value(1).toDouble() / 1024;
+}
+
+/// Posts as the program does, for a call that only reads.
+QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url)
+{
+    QNetworkRequest request {QUrl(url)};
+    request.setHeader(QNetworkRequest::UserAgentHeader, u"Norvo-bench"_s);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
+    request.setAttribute(static_cast<QNetworkRequest::Attribute>(NodeAccessManager::MayRepeat), true);
+    return manager.post(request, QByteArray());
 }
 
 } // namespace
@@ -119,15 +129,6 @@ void Bench::print() const
     QCoreApplication::exit(0);
 }
 
-QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url)
-{
-    QNetworkRequest request {QUrl(url)};
-    request.setHeader(QNetworkRequest::UserAgentHeader, u"Norvo-bench"_s);
-    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/x-www-form-urlencoded"_s);
-    request.setAttribute(static_cast<QNetworkRequest::Attribute>(NodeAccessManager::MayRepeat), true);
-    return manager.post(request, QByteArray());
-}
-
 CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int calls)
 {
     constexpr int openCalls = 24; // as many as the program has open for a fact
@@ -155,6 +156,20 @@ CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int ca
     loop.exec();
     return {.callsPerSecond = failed == 0 ? calls * 1e9 / static_cast<double>(clock.nsecsElapsed()) : -1,
             .cpuMicroseconds = (cpuSeconds(CLOCK_PROCESS_CPUTIME_ID) - cpu) * 1e6 / calls};
+}
+
+bool turnUntil(const std::function<bool()>& condition)
+{
+    QEventLoop loop;
+    QTimer timer;
+    timer.callOnTimeout(&loop, [&loop, &condition] {
+        if (condition())
+            loop.quit();
+    });
+    timer.start(1ms);
+    QTimer::singleShot(longestTurns, &loop, &QEventLoop::quit);
+    loop.exec();
+    return condition();
 }
 
 double cpuSeconds(clockid_t clock)

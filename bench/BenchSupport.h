@@ -10,11 +10,11 @@
 #include <QVariantHash>
 
 #include <ctime>
+#include <functional>
 #include <memory>
 
 class IpfsClient;
 class QNetworkAccessManager;
-class QNetworkReply;
 class PinModel;
 class QTableView;
 
@@ -73,11 +73,11 @@ struct CallRate
     double cpuMicroseconds = 0; ///< of this process, a call
 };
 
-/// Posts as the program does, for a call that only reads.
-QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url);
-
 /// Posts `calls` times to `url`, whose last part is "%1" for the call's number, with 24 calls open at a time.
 CallRate measureCalls(QNetworkAccessManager& manager, const QString& url, int calls);
+
+/// Runs the event loop as the program does, which deletes what is to be deleted later; false after a minute.
+bool turnUntil(const std::function<bool()>& condition);
 
 /// CPU time in seconds, of a thread or the process.
 double cpuSeconds(clockid_t clock);

@@ -55,8 +55,7 @@ bool measure(Bench& bench, quint16 port)
     IndirectPinsDialog dialog(u"root"_s, &client);
     dialog.show();
     auto* table = dialog.findChild<QTableView*>();
-    while (table->model()->rowCount() != refCount && bench.seconds() < 60)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+    const bool whole = turnUntil([table] { return table->model()->rowCount() == refCount; });
     QCoreApplication::processEvents();
     bench.result = {{u"refs"_s, table->model()->rowCount()},
                     {u"shownMs"_s, bench.seconds() * 1000},
@@ -69,7 +68,7 @@ bool measure(Bench& bench, quint16 port)
     bench.result[u"copyAllMs"_s] = bench.seconds() * 1000;
     bench.result[u"peakRssMiB"_s] = peakRssMiB();
     bench.print();
-    return table->model()->rowCount() == refCount;
+    return whole;
 }
 
 } // namespace

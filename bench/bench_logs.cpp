@@ -49,8 +49,7 @@ QJsonObject opened(Bench& bench, RpcLogDialog& dialog)
     dialog.grab();
     const double painted = bench.seconds();
     const auto* view = dialog.findChild<LineView*>();
-    while (view->isFilling())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    turnUntil([view] { return !view->isFilling(); });
     const double filled = bench.seconds();
     settle();
     return rounded({{u"showSeconds"_s, shown},

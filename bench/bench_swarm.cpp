@@ -80,9 +80,8 @@ QJsonObject loaded(Bench& bench, const SwarmDialog& dialog, int removed)
 {
     const AddressTable* peers = tableOf(dialog, u"Connected peers"_s);
     const AddressTable* known = knownTable(dialog);
-    while ((peers->rowCount() != connectionCount - removed || known->rowCount() != knownCount - removed)
-           && bench.seconds() < 60)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+    turnUntil(
+        [&] { return peers->rowCount() == connectionCount - removed && known->rowCount() == knownCount - removed; });
     QCoreApplication::processEvents();
     return rounded({{u"shownMs"_s, bench.seconds() * 1000}, {u"stallMs"_s, bench.takeStallMs()}});
 }

@@ -1,18 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "AddParser.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include "FuzzTarget.h"
 
 /// Only an object is a line, and blanks around it change nothing.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void checkInput(const QByteArray& bytes)
 {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const auto line = parseAddLine(bytes);
-    if (line && !bytes.contains('{'))
-        std::abort();
-    if (const auto padded = parseAddLine(' ' + bytes + ' '); line && (!padded || padded->entry != line->entry))
-        std::abort();
-    return 0;
+    abortIf(line && !bytes.contains('{'));
+    const auto padded = parseAddLine(' ' + bytes + ' ');
+    abortIf(line && (!padded || padded->entry != line->entry));
 }

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "CidText.h"
-
-#include <cstdlib>
+#include "FuzzTarget.h"
 
 /// What reads as a CID writes as a text that reads as the same CID.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void checkInput(const QByteArray& input)
 {
-    const auto cid = decodeCid(QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size)));
-    if (cid && decodeCid(encodeCid(*cid)) != cid)
-        std::abort();
-    return 0;
+    const auto cid = decodeCid(QString::fromUtf8(input));
+    abortIf(cid && decodeCid(encodeCid(*cid)) != cid);
 }

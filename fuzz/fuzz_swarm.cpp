@@ -1,33 +1,28 @@
 // SPDX-License-Identifier: MIT
+#include "FuzzTarget.h"
 #include "JsonReply.h"
 #include "SwarmParser.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 void needTexts(const QStringList& texts)
 {
-    if (!std::ranges::all_of(texts, [](const QString& text) { return !text.isEmpty() && text == text.trimmed(); }))
-        std::abort();
+    abortIf(!std::ranges::all_of(texts, [](const QString& text) { return !text.isEmpty() && text == text.trimmed(); }));
 }
 
 } // namespace
 
 /// All lists hold trimmed texts, none of them empty, and an address is listed for each of its peers.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+void checkInput(const QByteArray& body)
 {
-    const QByteArray body(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
     const QJsonObject answer = judgeJsonReply(body, {}).object;
     const SwarmPeers swarm = swarmPeersOf(answer);
     needTexts(swarm.peers);
     for (auto pair = swarm.peersOfAddress.cbegin(); pair != swarm.peersOfAddress.cend(); ++pair) {
         needTexts(pair.value());
-        if (swarm.peers.count(pair.key()) < pair.value().size())
-            std::abort();
+        abortIf(swarm.peers.count(pair.key()) < pair.value().size());
     }
     const QHash<QString, QStringList> known = swarmAddrsOf(answer);
     needTexts(known.keys());
@@ -35,5 +30,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         needTexts(addresses);
     needTexts(stringsOf(answer));
     needTexts(bootstrapPeersOf(answer));
-    return 0;
 }

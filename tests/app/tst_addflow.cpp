@@ -2,24 +2,16 @@
 #include "ActionBox.h"
 #include "AddToIpfsDialog.h"
 #include "DemoNode.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
+#include "FileDrop.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "RemotePinFlow.h"
 #include "TestFiles.h"
 #include "WindowTest.h"
 
-#include <QAction>
-#include <QClipboard>
-#include <QComboBox>
 #include <QDirIterator>
-#include <QDropEvent>
 #include <QFileDialog>
-#include <QGuiApplication>
-#include <QMimeData>
 #include <QProgressDialog>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -52,13 +44,9 @@ class tst_AddFlow : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        folder = std::make_unique<QTemporaryDir>();
-        node = std::make_unique<FakeNode>();
+        startNode({});
         node->answer("/pin/remote/service/ls", NodeAnswer::json(R"({"RemoteServices":[]})"));
-        node->answer("/pin/ls", NodeAnswer::json({}));
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        folder = std::make_unique<QTemporaryDir>();
     }
     void cleanup() { close(); }
 
@@ -70,12 +58,12 @@ private slots:
         newFile(u"docs/empty"_s, {});
         newFile(u"docs/"_s + QString(u"d/"_s).repeated(200) + u"deep"_s, "deep");
         newFile(u"docs/"_s + QString(127, u'é') + u'x', "a name of 255 bytes");
-        WindowTest::open(demo);
+        open(demo);
         QVERIFY(waitForRows(5));
         add({folder->path() + u"/docs"_s});
         QTRY_VERIFY(result);
         QCOMPARE(boxText.section(u'\n', 0, 0), u"Add operation completed successfully."_s);
-        const QStringList cids = QGuiApplication::clipboard()->text().split(u'\n');
+        const QStringList cids = clipboard().split(u'\n');
         QCOMPARE(cids.size(), 5 + 202 + 1); // files, folders and what is around them
         QCOMPARE(boxText.section(u'\n', -1), cids.constFirst());
         QVERIFY(waitForRows(6));
@@ -84,7 +72,7 @@ private slots:
         QTRY_COMPARE(cell(PinModel::SizeColumn), u"438.2 KB"_s); // two of its three chunks are the same
 
         const QTemporaryDir target;
-        PinContentsDialog dialog(cids.constFirst(), window->findChild<IpfsClient*>(), nullptr, {});
+        PinContentsDialog dialog(cids.constFirst(), client(), nullptr, {});
         auto* saveAll = dialog.findChild<QPushButton*>();
         QTRY_VERIFY(saveAll->isEnabled());
         saveAll->click();
@@ -99,7 +87,7 @@ private slots:
     void remoteOnly()
     {
         DemoNode demo({.port = 0, .pins = 2, .remoteServices = {u"mysrv"_s}, .remotePinTime = 200ms});
-        WindowTest::open(demo);
+        open(demo);
         QVERIFY(waitForRows(2));
         window->findChild<RemotePinFlow*>()->setPace(50ms, RemotePinFlow::mostTicks);
         add({newFile(u"a"_s, "a")}, u"Ok"_s, [](AddToIpfsDialog& dialog) {
@@ -125,7 +113,7 @@ private slots:
     void aServiceThatHangs()
     {
         DemoNode demo({.port = 0, .pins = 2, .remoteServices = {u"hanging"_s}});
-        WindowTest::open(demo);
+        open(demo);
         QVERIFY(waitForRows(2));
         auto* flow = window->findChild<RemotePinFlow*>();
         flow->setPace(10ms, RemotePinFlow::mostTicks);
@@ -140,26 +128,22 @@ private slots:
 
     void endings_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("notice");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("informative");
+        const auto row = addColumns<NodeAnswer, QString, QString, QString>("answer", "notice", "text", "informative");
         const QByteArray a = R"({"Name":"a","Hash":"Qa","Size":"1"})"
                              "\n";
         const QByteArray root = R"({"Name":"","Hash":"Qr","Size":"9"})"
                                 "\n";
         const QString well = u"Add operation completed successfully.\n\n"_s;
-        QTest::newRow("well") << NodeAnswer::json(a + root) << u"Added to IPFS successfully. Root CID: Qr"_s
-                              << well + u"Root CID:\nQr"_s << QString();
-        QTest::newRow("cut short")
-            << NodeAnswer::json({}) << u"⚠  Added 0 object(s) to IPFS."_s << well + u"Returned objects: 0"_s
-            << u"The node reported 0 of the 1 files that were sent.\nThe node did not report the directory "
-               "around it all: the add may have been cut short."_s;
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n")
-                                 << u"⚠  Add failed: Error transferring %1 - server replied: Forbidden"_s
-                                 << u"Add failed: Error transferring %1 - server replied: Forbidden"_s << QString();
-        QTest::newRow("dropped") << NodeAnswer::dropAt(a, 3) << u"⚠  Add failed: Connection closed"_s
-                                 << u"Add failed: Connection closed"_s << QString();
+        row("well", NodeAnswer::json(a + root), u"Added to IPFS successfully. Root CID: Qr"_s,
+            well + u"Root CID:\nQr"_s, QString());
+        row("cut short", NodeAnswer::json({}), u"⚠  Added 0 object(s) to IPFS."_s, well + u"Returned objects: 0"_s,
+            u"The node reported 0 of the 1 files that were sent.\nThe node did not report the directory "
+            "around it all: the add may have been cut short."_s);
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"),
+            u"⚠  Add failed: Error transferring %1 - server replied: Forbidden"_s,
+            u"Add failed: Error transferring %1 - server replied: Forbidden"_s, QString());
+        row("dropped", NodeAnswer::dropAt(a, 3), u"⚠  Add failed: Connection closed"_s,
+            u"Add failed: Connection closed"_s, QString());
     }
     void endings()
     {
@@ -168,7 +152,7 @@ private slots:
         QFETCH(const QString, text);
         QFETCH(const QString, informative);
         node->answer(path, answer);
-        WindowTest::open(*node);
+        open();
         QTRY_VERIFY(refreshButton()->isEnabled() && node->count("/pin/ls") == 2);
         add({newFile(u"a"_s, "a")}, u"Ok"_s);
         QTRY_VERIFY(result);
@@ -187,7 +171,7 @@ private slots:
     void oneAddAtATime()
     {
         node->answer(path, NodeAnswer::hold());
-        WindowTest::open(*node);
+        open();
         add({newFile(u"a"_s, "a")}, u"Ok"_s);
         QTRY_COMPARE(node->heldCount(path), 1);
         QVERIFY(progress()->isVisible() && !addButton()->isEnabled());
@@ -217,7 +201,7 @@ private slots:
     void progressIsShown()
     {
         node->answer(path, NodeAnswer::hold());
-        WindowTest::open(*node);
+        open();
         add({newFile(u"a"_s, "a")}, u"Ok"_s);
         QTRY_COMPARE(node->heldCount(path), 1);
         const auto step = [this](const QString& name, int done, int total) {
@@ -229,7 +213,7 @@ private slots:
         QCOMPARE(step(u"<b>a"_s, 1, 2), u"Uploading 1 of 2\n<b>a 1/2"_s);
         QCOMPARE(step(u" "_s, 3, 2), u"Uploading 2 of 2\n(wrapped root) 2/2"_s);
         QCOMPARE(status(), u"Adding to IPFS: 3/2 — (wrapped root)"_s);
-        emit window->findChild<IpfsClient*>()->addBytesSent(1536, 3072);
+        emit client()->addBytesSent(1536, 3072);
         QCOMPARE(progress()->labelText(), u"Uploading 2 of 2\n(wrapped root)\n1.5 KB of 3.0 KB sent"_s);
         node->release(path, NodeAnswer::error("no"));
         QTRY_VERIFY(result);
@@ -243,7 +227,7 @@ private slots:
         for (int i = 0; i < 10'000; ++i)
             answer += "{\"Name\":\"f\",\"Hash\":\"Q" + QByteArray::number(i) + "\"}\n";
         node->answer(path, NodeAnswer::json(answer + answer));
-        WindowTest::open(*node);
+        open();
         for (const bool vanishes : {false, true}) {
             const QString file = folder->path() + (vanishes ? u"/gone/cids.txt"_s : u"/list/cids.txt"_s);
             QDir().mkpath(QFileInfo(file).path());
@@ -271,21 +255,15 @@ private slots:
 
     void droppedOnTheWindow()
     {
-        WindowTest::open(*node);
+        open();
         const QString file = newFile(u"a"_s, "a");
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(file)});
         QStringList chosen;
         const ModalAnswer<AddToIpfsDialog> looked([&](AddToIpfsDialog& dialog) {
             for (const LocalPathSelection& selection : dialog.selections())
                 chosen.append(selection.path);
             dialog.reject();
         });
-        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window.get(), &drop);
+        QVERIFY(dropFiles(window.get(), {QUrl::fromLocalFile(file)}));
         QTRY_VERIFY(looked.wasGiven());
         QCOMPARE(chosen, QStringList(file));
         QCOMPARE(node->count(path), 0);

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ActionBox.h"
 #include "IpnsReport.h"
-#include "ModalAnswer.h"
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
-#include <QClipboard>
-#include <QComboBox>
 #include <QDesktopServices>
-#include <QGuiApplication>
 #include <QInputDialog>
-#include <QLineEdit>
 #include <QScreen>
 
 #include <algorithm>
@@ -23,12 +18,6 @@ const QByteArray keyList = "/key/list";
 const QByteArray publishPath = "/name/publish";
 const QByteArray resolvePath = "/name/resolve";
 const QString gateway = u"https://ipfs.io"_s;
-
-void row(const char* name, const IpnsReport& report, const QString& message, const QString& text,
-         const QStringList& buttons)
-{
-    QTest::newRow(name) << report << message << text << buttons;
-}
 
 } // namespace
 
@@ -43,14 +32,8 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
+        startNode("{\"Cid\":\"r1\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n");
         setting("loadMetadata"_L1, false);
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
-        node->answer(
-            "/pin/ls",
-            NodeAnswer::json("{\"Cid\":\"r1\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
         node->answer(keyList,
                      NodeAnswer::json(R"({"Keys":[{"Name":"blog"},{"Name":"self"},{"Name":"a"},{"Name":"blog"}]})"));
         node->answer(publishPath, NodeAnswer::json(R"({"Name":"k51","Value":"/ipfs/r1"})"));
@@ -66,10 +49,8 @@ private slots:
 
     void reports_data()
     {
-        QTest::addColumn<IpnsReport>("report");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("buttons"); // "caption: what is copied or opened"
+        // buttons: "caption: what is copied or opened"
+        const auto row = addColumns<IpnsReport, QString, QString, QStringList>("report", "message", "text", "buttons");
         row("published", reportOf(IpnsPublishResult {u"%2"_s, u"/ipns/ k51"_s, u"/ipfs/Qa"_s}),
             u"IPNS publish succeeded: /ipns/ k51 -> /ipfs/Qa"_s, u"Key: %2\nName: /ipns/ k51\nValue: /ipfs/Qa"_s,
             {u"Copy /ipns/...: /ipns/ k51"_s, u"Open /ipns/...: https://ipfs.io/ipns/k51"_s,
@@ -99,7 +80,7 @@ private slots:
 
     void openingAName()
     {
-        openWindow();
+        openLoaded(2);
         const auto logged = window->statusLog().size();
         for (const QString& typed : {u" a#b?c%41 d "_s, u"/ipns/ a.net"_s, u"/ipns/  "_s, QString()}) {
             trigger(u"Open via IPNS..."_s);
@@ -113,7 +94,7 @@ private slots:
 
     void publishing()
     {
-        openWindow();
+        openLoaded(2);
         QVERIFY(!action(u"Publish to IPNS..."_s)->isEnabled());
         table()->selectRow(rowOf(u"r1"_s));
         QVERIFY(action(u"Publish to IPNS..."_s)->isEnabled());
@@ -135,14 +116,14 @@ private slots:
         QCOMPARE(box()->text(), u"Key: bl\nName: k51\nValue: /ipfs/r1"_s);
         QCOMPARE(box()->defaultButton(), box()->button(QMessageBox::Ok));
         QVERIFY(press(u"Copy /ipns/..."_s));
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"k51"_s);
+        QCOMPARE(clipboard(), u"k51"_s);
         QCOMPARE(status(), u"Copied IPNS name: k51"_s);
         QTRY_VERIFY(!box());
     }
 
     void resolving()
     {
-        openWindow();
+        openLoaded(2);
         trigger(u"Resolve IPNS..."_s);
         QCOMPARE(answer(u" k51"_s), u"Resolve IPNS|IPNS name (k51..., peer id, or /ipns/...):|"_s);
         QVERIFY(isLogged(u"Resolving k51…"_s));
@@ -165,7 +146,7 @@ private slots:
     {
         node->answer(keyList, NodeAnswer::error("<b>locked"));
         node->answer(publishPath, NodeAnswer::error("no key by the given name was found"));
-        openWindow();
+        openLoaded(2);
         askKeys(u"r1"_s);
         QTRY_VERIFY(dialog());
         QCOMPARE(label("nodeWordsLabel"_L1)->text(), u"The node says: <b>locked"_s);
@@ -184,7 +165,7 @@ private slots:
     {
         const NodeAnswer keys = NodeAnswer::json("{}");
         node->answer(keyList, NodeAnswer::hold());
-        openWindow();
+        openLoaded(2);
         askKeys(u"r1"_s);
         for (const QString& cid : {u"d"_s, u"r1"_s}) {
             askKeys(cid);
@@ -209,7 +190,7 @@ private slots:
     {
         const QString running = u"Publishing r1 to IPNS key 'blog'…"_s;
         node->answer(publishPath, NodeAnswer::hold());
-        openWindow();
+        openLoaded(2);
         askKeys(u"r1"_s);
         QTRY_VERIFY(dialog());
         answer(u"blog"_s);
@@ -242,7 +223,7 @@ private slots:
         QFETCH(const bool, offered);
         FakeNode other;
         node->answer(keyList, NodeAnswer::hold());
-        openWindow();
+        openLoaded(2);
         askKeys(u"r1"_s);
         QTRY_COMPARE(node->heldCount(keyList), 1);
         const ModalAnswer<SettingsDialog> settings([&](SettingsDialog& settingsDialog) {
@@ -268,7 +249,7 @@ private slots:
         node->answer(publishPath,
                      NodeAnswer::json("{\"Name\":\"" + longest.toUtf8() + "\",\"Value\":\"/ipfs/"
                                       + QByteArray("a\\u2028").repeated(3000) + "\"}"));
-        openWindow();
+        openLoaded(2);
         askKeys(u"r1"_s);
         QTRY_VERIFY(dialog());
         QVERIFY2(isOnScreen(dialog()), qPrintable(QString::number(dialog()->width())));
@@ -278,7 +259,7 @@ private slots:
         QCOMPARE(node->requests(publishPath).constFirst().value(u"key"_s), longest);
         QVERIFY2(isOnScreen(box()), qPrintable(QString::number(box()->height())));
         QVERIFY(press(u"Copy /ipns/..."_s));
-        QCOMPARE(QGuiApplication::clipboard()->text(), longest);
+        QCOMPARE(clipboard(), longest);
 
         node->answer(keyList, NodeAnswer::text(500, longest.toUtf8()));
         trigger(u"Publish to IPNS..."_s);
@@ -290,7 +271,7 @@ private slots:
     void windowsThatGo()
     {
         for (const bool inBox : {false, true}) {
-            openWindow();
+            openLoaded(2);
             askKeys(u"r1"_s);
             QTRY_VERIFY(dialog());
             if (inBox) {
@@ -303,11 +284,6 @@ private slots:
     }
 
 private:
-    void openWindow()
-    {
-        open(*node);
-        QVERIFY(waitForRows(2));
-    }
     int rowOf(const QString& cid) const { return static_cast<int>(cells(0).indexOf(cid)); }
     void askKeys(const QString& cid) const
     {

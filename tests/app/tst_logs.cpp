@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "IpfsClient.h"
 #include "RpcLogDialog.h"
 #include "StatusLogDialog.h"
 #include "WindowTest.h"
 
-#include <QApplication>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextEdit>
@@ -19,14 +17,9 @@ class tst_Logs : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
-        node->answer("/pin/ls", NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
-        openAppSettings().clear();
+        startNode("{\"Cid\":\"a\",\"Type\":\"direct\"}\n");
         setting("loadMetadata"_L1, false);
-        open(*node);
-        QVERIFY(waitForRows(1));
+        openLoaded(1);
         QTRY_COMPARE(node->openNow(), 0);
         rpc = std::make_unique<RpcLogDialog>(window.get());
         statusLog = std::make_unique<StatusLogDialog>(window.get());
@@ -153,9 +146,8 @@ private:
     /// A line in either log: of a request, and of an error.
     void say(const QString& text) const
     {
-        auto* client = window->findChild<IpfsClient*>();
-        emit client->rpcRequestIssued(text);
-        emit client->errorOccurred(text);
+        emit client()->rpcRequestIssued(text);
+        emit client()->errorOccurred(text);
     }
     void verifyBothShowTheirLogs() const
     {

@@ -79,29 +79,25 @@ private slots:
 
     void countLines_data()
     {
-        QTest::addColumn<CountText::Counts>("counts");
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
+        const auto row = addColumns<CountText::Counts, QString, QString>("counts", "first", "second");
         const CountText::Counts pins {.total = 6, .shown = 2, .types = {.recursive = 3, .direct = 2, .indirect = 1}};
         const QString listed = u"Total: 6  |  Recursive: 3  |  Direct: 2  |  Indirect: 1"_s;
         const QString noSize = u"Total DAG size of all displayed CIDs: —"_s;
-        QTest::newRow("nothing") << CountText::Counts() << QString()
-                                 << u"Total: 0  |  Recursive: 0  |  Direct: 0  |  Indirect: 0  |  "_s + noSize;
-        QTest::newRow("pins") << pins << QString() << listed + u"  |  "_s + noSize;
+        row("nothing", CountText::Counts(), QString(),
+            u"Total: 0  |  Recursive: 0  |  Direct: 0  |  Indirect: 0  |  "_s + noSize);
+        row("pins", pins, QString(), listed + u"  |  "_s + noSize);
         CountText::Counts counts = pins;
         counts.dagSize = 2048;
         counts.metadataDone = 1;
         counts.metadataTargets = 6;
         const QString sized = u"Total DAG size of all displayed CIDs: 2.0 KB  |  Metadata loaded: 1/6 CIDs"_s;
-        QTest::newRow("metadata") << counts << QString() << listed + u"  |  "_s + sized;
+        row("metadata", counts, QString(), listed + u"  |  "_s + sized);
         counts.searching = true;
-        QTest::newRow("search") << counts << u"2 / 6 shown  |  R:3  D:2  I:1"_s << sized;
-        QTest::newRow("unpinned has no size")
-            << CountText::Counts {.unpinned = true, .total = 6, .shown = 6, .dagSize = 5} << QString()
-            << u"Total: 6 (unpinned)  |  "_s + noSize;
-        QTest::newRow("search in unpinned")
-            << CountText::Counts {.unpinned = true, .searching = true, .total = 6, .shown = 2}
-            << u"2 / 6 shown (unpinned)"_s << noSize;
+        row("search", counts, u"2 / 6 shown  |  R:3  D:2  I:1"_s, sized);
+        row("unpinned has no size", CountText::Counts {.unpinned = true, .total = 6, .shown = 6, .dagSize = 5},
+            QString(), u"Total: 6 (unpinned)  |  "_s + noSize);
+        row("search in unpinned", CountText::Counts {.unpinned = true, .searching = true, .total = 6, .shown = 2},
+            u"2 / 6 shown (unpinned)"_s, noSize);
     }
     void countLines()
     {

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ConnectionStatusDot.h"
-#include "IpfsClient.h"
 #include "PinModel.h"
 #include "WindowTest.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QComboBox>
 #include <QHeaderView>
-#include <QLineEdit>
 #include <QRadioButton>
 #include <QStatusBar>
 
@@ -36,11 +31,8 @@ class tst_Refresh : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
+        startNode(pinLines(3));
         node->answer("/id", NodeAnswer::json(R"({"ID":"12D3<b>x","AgentVersion":"kubo/0.43.0"})"));
-        node->answer(path, NodeAnswer::json(pinLines(3)));
-        openAppSettings().clear();
         setting("typeFilter"_L1, u"all"_s);
         setting("loadMetadata"_L1, false); // the node has none, and those errors would be shown at any time
     }
@@ -48,8 +40,7 @@ private slots:
 
     void fillsTheTable()
     {
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QCOMPARE(refreshButton()->text(), u"⟳  Refresh"_s);
         QVERIFY(QRegularExpression(u"^Loaded 3 pin\\(s\\) — \\d\\d:\\d\\d:\\d\\d$"_s).match(status()).hasMatch());
         QVERIFY(dotTip().startsWith(u"Connection: Connected\nConnected to http://127.0.0.1:"_s));
@@ -82,22 +73,17 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("ending");
-        QTest::addColumn<QString>("words");
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s
-                                 << QString();
-        QTest::newRow("break in mid-line")
-            << NodeAnswer::dropAt(pinLines(9), 100) << u"Connection closed"_s << QString();
-        QTest::newRow("with a reason") << NodeAnswer::error("<b>locked</b>") << u"Internal Server Error"_s
-                                       << u"The node says: <b>locked</b>"_s;
+        const auto row = addColumns<NodeAnswer, QString, QString>("answer", "ending", "words");
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"), u"server replied: Forbidden"_s, QString());
+        row("break in mid-line", NodeAnswer::dropAt(pinLines(9), 100), u"Connection closed"_s, QString());
+        row("with a reason", NodeAnswer::error("<b>locked</b>"), u"Internal Server Error"_s,
+            u"The node says: <b>locked</b>"_s);
     }
     void failures()
     {
         QFETCH(const NodeAnswer, answer);
         QFETCH(const QString, ending);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QTest::qWait(250); // the window's own first refresh comes 200 ms after it opens
         QTRY_VERIFY(node->openNow() == 0 && refreshButton()->isEnabled());
         node->answer(path, answer);
@@ -122,16 +108,6 @@ private slots:
         QVERIFY(waitForRows(1));
     }
 
-    void aNodeThatIsDown()
-    {
-        node->stop();
-        open();
-        QTRY_VERIFY(!window->statusLog().filter(u"Error: Network error: Connection refused"_s).isEmpty());
-        // A filter that is not the first is fetched at once and again after 200 ms.
-        QTRY_VERIFY(dotTip().startsWith(u"Connection: Disconnected"_s)
-                    && table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
-    }
-
     void aNodeThatWasNeverUpHasNoList()
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
@@ -140,6 +116,7 @@ private slots:
         QTRY_COMPARE(window->statusLog().filter(u"Error: Network error: Connection refused"_s).size(), 2);
         QTest::qWait(50);
         QCOMPARE(window->statusLog().filter(u"Loaded"_s), QStringList());
+        QVERIFY(dotTip().startsWith(u"Connection: Disconnected"_s));
         QVERIFY(table()->accessibleDescription().startsWith(u"No node answers at http://127.0.0.1:"_s));
     }
 
@@ -164,8 +141,7 @@ private slots:
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // two requests, so two errors and an empty list
         setting("loadMetadata"_L1, true);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QTRY_VERIFY(label("countLabel"_L1)->text().endsWith(u"3/3 CIDs"_s));
         const QString counts = label("countLabel"_L1)->text();
         QTRY_COMPARE(node->openNow(), 0);
@@ -203,8 +179,7 @@ private slots:
         setting("typeFilter"_L1, u"recursive+direct"_s);
         node->answer(path,
                      NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"indirect\"}\n{\"Cid\":\"b\",\"Type\":\"direct\"}\n"));
-        open();
-        QVERIFY(waitForRows(1));
+        openLoaded(1);
         QCOMPARE(window->findChild<PinModel*>()->rowCount(), 1);
         QVERIFY(status().startsWith(u"Loaded 2 pin(s)"_s)); // the node's count
     }
@@ -214,8 +189,7 @@ private slots:
         const QString message = u"Loaded 1201 pin(s) — large list mode (auto-resize skipped)"_s;
         node->answer(path, NodeAnswer::json(pinLines(1201)));
         setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
-        open();
-        QVERIFY(waitForRows(1201));
+        openLoaded(1201);
         QCoreApplication::processEvents();
         const QHeaderView* header = table()->horizontalHeader();
         QCOMPARE(header->sectionSize(0), 420);
@@ -231,16 +205,12 @@ private slots:
     void searchNarrowsAfterTheLastKey()
     {
         setting("typeFilter"_L1, u"recursive+direct"_s); // the first item: no refresh but the first one by itself
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         auto* search = window->findChild<QLineEdit*>();
         search->setText(u"N2"_s);
         QCOMPARE(rows(), 3);     // debounced
         QTRY_COMPARE(rows(), 0); // no CID holds it
-        for (auto* radio : window->findChildren<QRadioButton*>()) {
-            if (radio->text() == u"Name"_s)
-                radio->click();
-        }
+        withText<QRadioButton>(*window, u"Name"_s)->click();
         QCOMPARE(rows(), 1); // at once
         QCOMPARE(search->placeholderText(), u"Filter by name…"_s);
         for (int round = 1; round < 3; ++round) {
@@ -254,8 +224,7 @@ private slots:
     void aMessageHasItsTime()
     {
         setting("loadMetadata"_L1, false);
-        open();
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         node->answer(path, NodeAnswer::hold());
         refreshButton()->click();
         QVERIFY(status().startsWith(u"Fetching"_s));
@@ -273,14 +242,13 @@ private slots:
         open();
         QTRY_VERIFY(label("peerIdLabel"_L1)->text().startsWith(u"PeerID"_s));
         QTest::mouseClick(label("peerIdLabel"_L1), Qt::RightButton);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+        QCOMPARE(clipboard(), u"before"_s);
         QTest::mouseClick(label("peerIdLabel"_L1), Qt::LeftButton);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"12D3<b>x"_s);
+        QCOMPARE(clipboard(), u"12D3<b>x"_s);
         QCOMPARE(window->statusBar()->currentMessage(), u"Copied to clipboard"_s);
     }
 
 private:
-    void open() { WindowTest::open(*node); }
     QString dotTip() const { return window->findChild<ConnectionStatusDot*>()->toolTip(); }
 };
 

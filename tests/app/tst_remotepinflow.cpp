@@ -49,26 +49,22 @@ private slots:
     /// Answers in order, each "<cid> <word>"; "?" is a failed check and "!" a pin that could not be queued.
     void endings_data()
     {
-        QTest::addColumn<int>("cids"); // 0: the root alone
-        QTest::addColumn<QStringList>("answers");
-        QTest::addColumn<QStringList>("end");
+        // cids: 0: the root alone
+        const auto row = addColumns<int, QStringList, QStringList>("cids", "answers", "end");
         const QString well = u"* Remote pin flow finished: 1 pinned, 0 failed."_s;
-        QTest::newRow("pinned at the first answer")
-            << 0 << QStringList(u"R PINNED"_s)
-            << QStringList({u"unpin R"_s, well, u"Remote pin complete on 's': 1 pinned, 0 failed."_s});
-        QTest::newRow("later")
-            << 0 << QStringList({u"R queued"_s, u"R not-found"_s, u"R ?"_s, u"R unknown"_s, u"R pinned"_s})
-            << QStringList({u"unpin R"_s, well, u"Remote pin complete on 's': 1 pinned, 0 failed."_s});
-        QTest::newRow("one of three fails")
-            << 3 << QStringList({u"c1 pinned"_s, u"c2 failed"_s, u"c0 pinned"_s})
-            << QStringList({u"unpin c0 c1"_s, u"! Remote pin flow finished: 2 pinned, 1 failed."_s,
-                            u"Remote pin complete on 's': 2 pinned, 1 failed."_s});
-        QTest::newRow("none is queued") << 2 << QStringList({u"c0 !"_s, u"c1 !"_s})
-                                        << QStringList({u"! Remote pin flow finished: 0 pinned, 2 failed."_s,
-                                                        u"Remote pin complete on 's': 0 pinned, 2 failed."_s});
-        QTest::newRow("the time is over") << 1 << QStringList()
-                                          << QStringList({u"! Remote pin flow finished: 0 pinned, 1 failed."_s,
-                                                          u"Remote pin complete on 's': 0 pinned, 1 failed."_s});
+        row("pinned at the first answer", 0, QStringList(u"R PINNED"_s),
+            QStringList({u"unpin R"_s, well, u"Remote pin complete on 's': 1 pinned, 0 failed."_s}));
+        row("later", 0, QStringList({u"R queued"_s, u"R not-found"_s, u"R ?"_s, u"R unknown"_s, u"R pinned"_s}),
+            QStringList({u"unpin R"_s, well, u"Remote pin complete on 's': 1 pinned, 0 failed."_s}));
+        row("one of three fails", 3, QStringList({u"c1 pinned"_s, u"c2 failed"_s, u"c0 pinned"_s}),
+            QStringList({u"unpin c0 c1"_s, u"! Remote pin flow finished: 2 pinned, 1 failed."_s,
+                         u"Remote pin complete on 's': 2 pinned, 1 failed."_s}));
+        row("none is queued", 2, QStringList({u"c0 !"_s, u"c1 !"_s}),
+            QStringList({u"! Remote pin flow finished: 0 pinned, 2 failed."_s,
+                         u"Remote pin complete on 's': 0 pinned, 2 failed."_s}));
+        row("the time is over", 1, QStringList(),
+            QStringList({u"! Remote pin flow finished: 0 pinned, 1 failed."_s,
+                         u"Remote pin complete on 's': 0 pinned, 1 failed."_s}));
     }
     void endings()
     {

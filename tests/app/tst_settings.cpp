@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "DialogSizing.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
 #include "ScreenArea.h"
 #include "SettingsDialog.h"
 #include "WindowTest.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QScreen>
 
 using namespace Qt::StringLiterals;
@@ -37,30 +30,21 @@ class tst_Settings : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
-        node->answer(path, NodeAnswer::json("{\"Cid\":\"a\",\"Type\":\"direct\"}\n"));
+        startNode("{\"Cid\":\"a\",\"Type\":\"direct\"}\n");
         node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyb\"}\n"));
-        openAppSettings().clear();
         setting("loadMetadata"_L1, false);
     }
     void cleanup() { close(); }
 
     void fittedSizes_data()
     {
-        QTest::addColumn<QSize>("minimum");
-        QTest::addColumn<QSize>("preferred");
-        QTest::addColumn<QSize>("hint");
-        QTest::addColumn<QSizeF>("ratios");
-        QTest::addColumn<QSize>("size"); // on an available area of 1000 x 1000
+        // size: on an available area of 1000 x 1000
+        const auto row
+            = addColumns<QSize, QSize, QSize, QSizeF, QSize>("minimum", "preferred", "hint", "ratios", "size");
         const QSize none;
         const QSize min(500, 400);
         const QSize preferred(620, 480);
         const QSizeF whole(1, 1);
-        const auto row = [](const char* name, QSize minimum, QSize wish, QSize hint, QSizeF ratios, QSize size) {
-            QTest::newRow(name) << minimum << wish << hint << ratios << size;
-        };
         row("preferred is a floor", min, preferred, {300, 200}, {0.75, 0.75}, preferred);
         row("content gets more, up to the bound", min, preferred, {900, 900}, {0.75, 0.75}, {750, 750});
         row("minimum is a floor", min, none, {300, 200}, whole, min);
@@ -171,140 +155,49 @@ private slots:
         }
     }
 
-    void theWindowOpensInsideTheScreen()
-    {
-        open();
-        window->showNormal();
-        window->setGeometry(700, 700, 800, 520);
-        window.reset();
-        open();
-        QCOMPARE(window->size(), QSize(800, 520));
-        QVERIFY(QRect(0, 0, 1000, 1000).contains(window->geometry()));
-    }
-
-    void fieldsGiveUsableValues()
-    {
-        SettingsDialog dialog;
-        dialog.setHost(u"  "_s);
-        QCOMPARE(dialog.host(), u"127.0.0.1"_s);
-        dialog.setPinTypeFilter(u"direct"_s);
-        dialog.setPinTypeFilter(u"odd"_s);
-        QCOMPARE(dialog.pinTypeFilter(), u"direct"_s);
-        dialog.setRefreshIntervalSeconds(-7);
-        QCOMPARE(dialog.refreshIntervalSeconds(), 5);
-        dialog.setOriginValue(u" "_s);
-        QCOMPARE(dialog.originValue(), u"Norvo 1.1.3"_s);
-        auto* origin = dialog.findChildren<QLineEdit*>().constLast();
-        origin->clear();
-        QVERIFY(!origin->isEnabled());
-        withText<QCheckBox>(dialog, u"Send Origin header"_s)->click();
-        QVERIFY(origin->isEnabled());
-        QCOMPARE(origin->text(), u"Norvo 1.1.3"_s);
-        auto* enable = withText<QCheckBox>(dialog, u"Enable auto-refresh"_s);
-        enable->click();
-        dialog.restoreDefaults();
-        QVERIFY(!dialog.autoRefresh() && dialog.loadMetadata() && !dialog.sendOrigin() && !origin->isEnabled());
-        QCOMPARE(dialog.pinTypeFilter(), u"recursive+direct"_s);
-        dialog.setTrialMode(true);
-        dialog.setAutoRefresh(true);
-        QVERIFY(!dialog.autoRefresh() && !enable->isEnabled());
-    }
-
-    void hostsThatAreNoneAreNamed_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("named");
-        for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
-            QTest::newRow(good) << QString::fromUtf8(good) << false;
-        for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})
-            QTest::newRow(bad) << QString::fromUtf8(bad) << true;
-    }
-    void hostsThatAreNoneAreNamed()
-    {
-        QFETCH(const QString, text);
-        SettingsDialog dialog;
-        dialog.show();
-        auto* host = dialog.findChild<QLineEdit*>();
-        host->setText(text);
-        QTEST(dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible(), "named");
-        host->setText(u"localhost"_s);
-        QVERIFY(!dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible());
-    }
-
-    void mnemonicsDoNotClash()
-    {
-        const SettingsDialog dialog;
-        QStringList texts;
-        for (const auto* label : dialog.findChildren<QLabel*>())
-            texts.append(label->buddy() ? label->text() : QString());
-        for (const auto* button : dialog.findChildren<QAbstractButton*>())
-            texts.append(button->text());
-        QSet<QKeySequence> taken;
-        for (const QString& text : texts) {
-            const QKeySequence key = QKeySequence::mnemonic(text);
-            QVERIFY2(key.isEmpty() || !taken.contains(key), qPrintable(text));
-            taken.insert(key);
-        }
-        QVERIFY(taken.size() > 8);
-    }
-
-    void nothingIsCutOffAtTheSmallestSize()
-    {
-        SettingsDialog dialog;
-        dialog.show();
-        dialog.resize(1, 1);
-        QVERIFY(dialog.width() >= 380 && dialog.height() >= 320);
-        for (const auto* field : dialog.findChildren<QWidget*>()) {
-            const bool drawn
-                = field->inherits("QCheckBox") || field->inherits("QLineEdit") || field->inherits("QSpinBox");
-            if (drawn && !field->parentWidget()->inherits("QAbstractSpinBox"))
-                QVERIFY2(field->height() >= field->minimumSizeHint().height(), field->metaObject()->className());
-        }
-    }
-
-    void everyKeySurvivesARestart()
-    {
-        const QStringList pairs {u"host=localhost"_s,
-                                 u"contentMode=unpinned"_s,
-                                 u"typeFilter=indirect"_s,
-                                 u"autoRefresh=true"_s,
-                                 u"loadMetadata=false"_s,
-                                 u"http/sendOrigin=true"_s,
-                                 u"http/originValue=http://a, b"_s,
-                                 u"refreshInterval=77"_s};
-        for (const QString& pair : pairs)
-            openAppSettings().setValue(pair.section(u'=', 0, 0), pair.section(u'=', 1));
-        open();
-        window.reset();
-        for (const QString& pair : pairs) {
-            const QString key = pair.section(u'=', 0, 0);
-            QCOMPARE(key + u'=' + openAppSettings().value(key).toString(), pair);
-        }
-        QCOMPARE(openAppSettings().value("port"_L1).toInt(), node->port());
-    }
-
-    void theFirstRunIsMaximised()
+    void theWindowIsMaximisedAtFirstAndReturnsInsideTheScreen()
     {
         open();
         QVERIFY(window->isMaximized());
         window->showNormal();
-        window->resize(900, 600);
+        window->setGeometry(700, 700, 800, 520);
         window.reset();
         open();
         QVERIFY(!window->isMaximized());
+        QCOMPARE(window->size(), QSize(800, 520));
+        QVERIFY(QRect(0, 0, 1000, 1000).contains(window->geometry()));
+    }
+
+    void everyKeySurvivesARestart()
+    {
+        const QList<std::pair<QString, QString>> kept {{u"host"_s, u"localhost"_s},
+                                                       {u"contentMode"_s, u"unpinned"_s},
+                                                       {u"typeFilter"_s, u"indirect"_s},
+                                                       {u"autoRefresh"_s, u"true"_s},
+                                                       {u"loadMetadata"_s, u"false"_s},
+                                                       {u"http/sendOrigin"_s, u"true"_s},
+                                                       {u"http/originValue"_s, u"http://a, b"_s},
+                                                       {u"refreshInterval"_s, u"77"_s}};
+        for (const auto& [key, value] : kept)
+            openAppSettings().setValue(key, value);
+        open();
+        openAppSettings().clear();
+        window.reset();
+        for (const auto& [key, value] : kept)
+            QCOMPARE(openAppSettings().value(key).toString(), value);
+        QCOMPARE(openAppSettings().value("port"_L1).toInt(), node->port());
     }
 
     void nonsenseStartsAUsableProgram_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("unknown content") << u"contentMode"_s << QVariant(u"sideways"_s);
-        QTest::newRow("unknown filter") << u"typeFilter"_s << QVariant(u"odd"_s);
-        QTest::newRow("interval of zero") << u"refreshInterval"_s << QVariant(0);
-        QTest::newRow("interval below zero") << u"refreshInterval"_s << QVariant(-5);
-        QTest::newRow("interval too long for a timer") << u"refreshInterval"_s << QVariant(2'000'000'000);
-        QTest::newRow("bad geometry") << u"geometry"_s << QVariant(QByteArray("xyz"));
-        QTest::newRow("a list for a text") << u"http/originValue"_s << QVariant(QStringList({u"a"_s, u"b"_s}));
+        const auto row = addColumns<QString, QVariant>("key", "value");
+        row("unknown content", u"contentMode"_s, QVariant(u"sideways"_s));
+        row("unknown filter", u"typeFilter"_s, QVariant(u"odd"_s));
+        row("interval of zero", u"refreshInterval"_s, QVariant(0));
+        row("interval below zero", u"refreshInterval"_s, QVariant(-5));
+        row("interval too long for a timer", u"refreshInterval"_s, QVariant(2'000'000'000));
+        row("bad geometry", u"geometry"_s, QVariant(QByteArray("xyz")));
+        row("a list for a text", u"http/originValue"_s, QVariant(QStringList({u"a"_s, u"b"_s})));
     }
     void nonsenseStartsAUsableProgram()
     {
@@ -338,7 +231,7 @@ private slots:
         });
         QTest::qWait(20);
         QCOMPARE(node->count("/id"), 0);
-        QCOMPARE(window->findChild<IpfsClient*>()->endpointHost(), u"127.0.0.1"_s);
+        QCOMPARE(client()->endpointHost(), u"127.0.0.1"_s);
         QVERIFY(!openAppSettings().contains(SettingsKeys::sendOrigin));
     }
 
@@ -384,8 +277,7 @@ private slots:
 
     void theUnpinnedViewAndBack()
     {
-        open();
-        QVERIFY(waitForRows(1));
+        openLoaded(1);
         const auto combos = window->findChildren<QComboBox*>();
         combos.at(0)->setCurrentIndex(1);
         QVERIFY(!combos.at(1)->isEnabled());
@@ -423,13 +315,12 @@ private slots:
                     said.append(shown->text());
                 dialog.close();
             });
-            withText<QAction>(*window, entry)->trigger();
+            trigger(entry);
             QCOMPARE(said.filter(u"Norvo 1.1.3"_s).size(), 1);
         }
     }
 
 private:
-    void open() { WindowTest::open(*node); }
     /// Opens the window, waits for its list and answers its dialog of settings; then the requests are those after it.
     void answerSettings(const std::function<void(SettingsDialog&)>& answer)
     {
@@ -437,16 +328,8 @@ private:
         QTRY_VERIFY(node->count("/id") == 1 && refreshButton()->isEnabled());
         node->clearRequests();
         const ModalAnswer<SettingsDialog> given(answer);
-        withText<QAction>(*window, u"Settings..."_s)->trigger();
+        trigger(u"Settings..."_s);
         QVERIFY(given.wasGiven());
-    }
-    template <typename Type> static Type* withText(const QWidget& parent, const QString& text)
-    {
-        for (auto* candidate : parent.findChildren<Type*>()) {
-            if (candidate->text().remove(u'&') == text)
-                return candidate;
-        }
-        return nullptr;
     }
 };
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "DemoNode.h"
 #include "IndirectPinsDialog.h"
-#include "IpfsClient.h"
 #include "LogDialog.h"
-#include "ModalAnswer.h"
 #include "PinContentsDialog.h"
 #include "PinModel.h"
 #include "RemoteServicesDialog.h"
@@ -11,15 +8,9 @@
 #include "WindowTest.h"
 
 #include <QAccessible>
-#include <QApplication>
-#include <QClipboard>
-#include <QComboBox>
 #include <QDesktopServices>
 #include <QFileDialog>
-#include <QLineEdit>
-#include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTextEdit>
 
 #include <algorithm>
 
@@ -36,19 +27,13 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
+        startNode("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
+                  "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n");
         setting("loadMetadata"_L1, false);
         setting("typeFilter"_L1, u"all"_s);
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
         node->answer("/refs", NodeAnswer::json("{\"Ref\":\"q\",\"Err\":\"\"}\n"));
         node->answer("/refs/local", NodeAnswer::json("{\"Ref\":\"bafyloose\"}\n{\"Ref\":\"bafyother\"}\n"));
         node->answer("/ls", NodeAnswer::json(R"({"Objects":[{"Links":[{"Name":"a.txt","Hash":"h","Type":2}]}]})"));
-        node->answer(
-            "/pin/ls",
-            NodeAnswer::json("{\"Cid\":\"r1\",\"Name\":\"<b>one\",\"Type\":\"recursive\"}\n"
-                             "{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n{\"Cid\":\"d\",\"Type\":\"direct\"}\n"));
         for (const QString& scheme : {u"http"_s, u"https"_s})
             QDesktopServices::setUrlHandler(scheme, this, "catchUrl");
         opened.clear();
@@ -63,8 +48,7 @@ private slots:
 
     void copying()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Copy CID"_s); // nothing is selected
         QCOMPARE(clipboard(), u"before"_s);
         select({u"r2"_s, u"d"_s, u"r1"_s});
@@ -79,8 +63,7 @@ private slots:
 
     void opening()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Open from gateway"_s);
         QCOMPARE(opened, QStringList());
         select({u"d"_s, u"r1"_s}); // the first one counts
@@ -93,8 +76,7 @@ private slots:
 
     void whatLiesUnderAPin()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         for (int count = 1; count < 3; ++count) { // each time a new one
             doubleClick(u"r1"_s);
             QCOMPARE(window->findChildren<IndirectPinsDialog*>().size(), count);
@@ -111,7 +93,7 @@ private slots:
     void actionsFollowTheSelection()
     {
         node->answer("/pin/ls", NodeAnswer::hold());
-        open(*node);
+        open();
         QTRY_COMPARE(node->heldCount("/pin/ls"), 1);
         const auto enabled = [this] { return QList<bool> {selectedEnabled(), allEnabled()}; };
         QCOMPARE(enabled(), QList<bool>({false, false}));
@@ -122,6 +104,10 @@ private slots:
         QCOMPARE(enabled(), QList<bool>({true, true}));
         field<QComboBox>("Content:"_L1)->setCurrentIndex(1);
         QCOMPARE(enabled(), QList<bool>({false, false}));
+        node->answer("/pin/ls", NodeAnswer::json({}));
+        field<QComboBox>("Content:"_L1)->setCurrentIndex(0);
+        QVERIFY(waitForRows(0));
+        QCOMPARE(enabled(), QList<bool>({false, false})); // there is nothing to unpin
     }
 
     /// Of a long list, whose rows go and come by a reset.
@@ -131,8 +117,7 @@ private slots:
         for (int i = 0; i < 3000; ++i)
             pins += "{\"Cid\":\"c" + QByteArray::number(i) + "\",\"Type\":\"direct\"}\n";
         node->answer("/pin/ls", NodeAnswer::json(pins));
-        open(*node);
-        QVERIFY(waitForRows(3000));
+        openLoaded(3000);
         table()->selectRow(static_cast<int>(cells(0).indexOf(u"c7"_s)));
         const auto search = [this](const QString& text, int shown) {
             window->findChild<QLineEdit*>()->setText(text);
@@ -147,13 +132,32 @@ private slots:
         QVERIFY(!selectedEnabled()); // it is hidden, and not unpinned unseen
     }
 
+    void anUnpinIsShownAndTheListFetchedAnew()
+    {
+        node->answer("/cid/format", NodeAnswer::error("no"));
+        node->answer("/pin/rm", NodeAnswer::json("{}"));
+        setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
+        openLoaded(3);
+        node->clearRequests();
+        select({u"r1"_s, u"d"_s});
+        node->answer("/pin/ls", NodeAnswer::json("{\"Cid\":\"r2\",\"Type\":\"recursive\"}\n"));
+        const MenuAnswer menu(u"Unpin"_s);
+        rightClick(u"d"_s);
+        QTRY_COMPARE(label("notification"_L1)->text(), u"Unpinned 2 CID(s). Refreshing list…"_s);
+        QVERIFY(waitForRows(1));
+        QCOMPARE(node->requests("/pin/rm").constFirst().values(u"arg"_s), QStringList({u"r1"_s, u"d"_s}));
+        QVERIFY(isLogged(u"Unpinning 2 CID(s)…"_s) && isLogged(u"Unpinned 2 CID(s)"_s));
+        QVERIFY(label("notification"_L1)->isVisibleTo(window.get()));
+        field<QComboBox>("Filter:"_L1)->setCurrentIndex(2);
+        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
+    }
+
     void aFailedUnpinIsShown()
     {
         node->answer("/cid/format", NodeAnswer::error("no"));
         node->answer("/pin/rm", NodeAnswer::error("pin is locked"));
         setting("typeFilter"_L1, u"recursive+direct"_s); // any other is fetched once more after the window's start
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         node->clearRequests();
         field<QLineEdit>("Search:"_L1)->setText(u"r2"_s);
         QTRY_COMPARE(rows(), 1);
@@ -170,8 +174,7 @@ private slots:
     {
         const QTemporaryDir folder;
         node->answer("/cat", NodeAnswer::hold());
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         const MenuAnswer menu(u"List files / Export…"_s);
         rightClick(u"r1"_s);
         auto* contents = window->findChild<PinContentsDialog*>();
@@ -196,17 +199,15 @@ private slots:
 
     void anUnpinShowsHowFarItIs()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
-        emit window->findChild<IpfsClient*>()->unpinProgress(7, 20);
+        openLoaded(3);
+        emit client()->unpinProgress(7, 20);
         QCOMPARE(status(), u"Unpinning 7 of 20…"_s);
         QVERIFY(window->statusLog().filter(u"7 of 20"_s).isEmpty());
     }
 
     void freeToolWindowsCloseWithTheWindow()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QPointer<LogDialog> log = openLog(u"RPC log"_s, true);
         QVERIFY(log && log->isVisible() && !log->parentWidget());
         window->close(); // else the program would go on without it
@@ -216,8 +217,7 @@ private slots:
     void remoteServicesMoveBetweenTheModes()
     {
         node->answer("/pin/remote/service/ls", NodeAnswer::json(R"({"RemoteServices":[]})"));
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         trigger(u"Remote Services..."_s);
         const QWidgetList windows = QApplication::topLevelWidgets();
         QVERIFY(std::ranges::count(windows, u"Remote pinning services"_s, &QWidget::windowTitle) == 1);
@@ -235,8 +235,7 @@ private slots:
 
     void everyControlIsReachedByTab()
     {
-        open(*node);
-        QVERIFY(waitForRows(3));
+        openLoaded(3);
         QCOMPARE(QApplication::focusWidget(), table()); // after the load
         QTRY_VERIFY(label("peerIdLabel"_L1)->focusPolicy() == Qt::TabFocus);
         const auto* lastTool = window->findChildren<SplitActionButton*>().constLast();
@@ -284,58 +283,7 @@ private slots:
         QTRY_VERIFY(lastTool->isVisible());
     }
 
-    /// Start, search, sort, copy, unpin, see the list anew, read both logs, look at what is not pinned, and come back.
-    void aPersonsRoundTrip()
-    {
-        const DemoNode demo({.port = 0, .pins = 30});
-        setting("typeFilter"_L1, u"recursive+direct"_s);
-        open(demo);
-        QVERIFY(waitForRows(30));
-        auto* search = field<QLineEdit>("Search:"_L1);
-        search->setText(u"bafybeigu66"_s);
-        QTRY_COMPARE(cells(PinModel::NameColumn), QStringList(u"notes"_s));
-        for (auto* radio : window->findChildren<QRadioButton*>()) {
-            if (radio->text() == u"Name"_s)
-                radio->click();
-        }
-        search->setText(u"PHOTO"_s);
-        QTRY_COMPARE(rows(), 2);
-        search->clear();
-        QTRY_COMPARE(rows(), 30);
-        table()->sortByColumn(PinModel::NameColumn, Qt::DescendingOrder);
-        QCOMPARE(cells(PinModel::NameColumn).constFirst(), u"talk-recording.ogg"_s);
-
-        const QStringList victims = cidsNamed({u"docs (first version)"_s, u"notes"_s, u"hello.txt"_s});
-        select(victims);
-        QTest::keySequence(window.get(), QKeySequence::Copy);
-        QCOMPARE(clipboard(), victims.join(u'\n'));
-        const MenuAnswer menu(u"Unpin"_s);
-        rightClick(victims.constLast());
-        QCOMPARE(menu.entries, QStringList(u"Unpin"_s));
-        QTRY_COMPARE(label("notification"_L1)->text(), u"Unpinned 3 CID(s). Refreshing list…"_s);
-        QVERIFY(waitForRows(27));
-        QCOMPARE(demo.allPins().size(), 27);
-        QVERIFY(cidsNamed({u"notes"_s}).isEmpty());
-
-        const QString rpcLog = openLog(u"RPC log"_s, false)->findChild<QTextEdit*>()->toPlainText();
-        QVERIFY(rpcLog.contains(u"/api/v0/cid/format?arg="_s) && rpcLog.contains(u"/api/v0/pin/rm?arg="_s));
-        auto* statusLog = openLog(u"Status log"_s, true)->findChild<QTextEdit*>();
-        for (const QString& line : {u"  Unpinning 3 CID(s)…\n"_s, u"  Unpinned 3 CID(s)\n"_s})
-            QVERIFY(statusLog->toPlainText().contains(line));
-
-        field<QComboBox>("Content:"_L1)->setCurrentIndex(1);
-        QTRY_VERIFY_WITH_TIMEOUT(status().startsWith(u"Loaded "_s) && status().contains(u"unpinned CID(s)"_s), 20'000);
-        QVERIFY(rows() > 0);
-        field<QComboBox>("Content:"_L1)->setCurrentIndex(0);
-        field<QComboBox>("Filter:"_L1)->setCurrentIndex(2); // while the list is loading: recursive pins alone
-        QVERIFY(waitForRows(24));
-        QCOMPARE(cells(PinModel::TypeColumn), QStringList(24, u"recursive"_s));
-        QVERIFY(statusLog->toPlainText().contains(u"  Loaded 24 pin(s) — "_s));
-        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
-    }
-
 private:
-    static QString clipboard() { return QGuiApplication::clipboard()->text(); }
     QModelIndex indexOf(const QString& cid) const
     {
         return table()->model()->index(static_cast<int>(cells(PinModel::CidColumn).indexOf(cid)), 0);
@@ -345,15 +293,6 @@ private:
         table()->clearSelection();
         for (const QString& cid : cids)
             table()->selectionModel()->select(indexOf(cid), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    }
-    QStringList cidsNamed(const QStringList& names) const
-    {
-        QStringList cids;
-        for (int row = 0; row < rows(); ++row) {
-            if (names.contains(cells(PinModel::NameColumn).at(row)))
-                cids.append(cells(PinModel::CidColumn).at(row));
-        }
-        return cids;
     }
     /// Empty space for an empty text.
     QPoint placeOf(const QString& cid) const

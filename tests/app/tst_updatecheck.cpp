@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "ActionBox.h"
-#include "ModalAnswer.h"
 #include "UpdateCheck.h"
 #include "WindowTest.h"
 
@@ -86,11 +85,7 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
-        node->answer("/pin/ls", NodeAnswer::json({}));
-        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        startNode({});
         site = std::make_unique<WebSite>();
         QDesktopServices::setUrlHandler(u"http"_s, this, "catchUrl");
         opened.clear();
@@ -104,10 +99,7 @@ private slots:
 
     void answers_data()
     {
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("running");
+        addColumns<QByteArray, QString, QString, QString>("answer", "box", "status", "running");
         const QString check = u"Check for update|"_s;
         const QString upToDate = check + u"You are up to date.\nCurrent version: "_s;
         const QString newer = u"Update available|A newer version is available: "_s;
@@ -205,13 +197,11 @@ private slots:
     /// 64 KiB are taken, however the length of an answer is given.
     void hugeAnswers_data()
     {
-        QTest::addColumn<QByteArray>("head");
-        QTest::addColumn<QString>("latest");
-        QTest::newRow("length") << QByteArray("200 OK\r\nContent-Length: 104857604\r\n\r\n9.9\n") << u"9.9"_s;
-        QTest::newRow("chunks") << QByteArray("200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\n9.9\n\r\n6400000\r\n")
-                                << u"9.9"_s;
-        QTest::newRow("no length") << QByteArray("200 OK\r\nConnection: close\r\n\r\n9.9\n") << u"9.9"_s;
-        QTest::newRow("page of an error") << QByteArray("404 No\r\nConnection: close\r\n\r\n9.9\n") << QString();
+        const auto row = addColumns<QByteArray, QString>("head", "latest");
+        row("length", QByteArray("200 OK\r\nContent-Length: 104857604\r\n\r\n9.9\n"), u"9.9"_s);
+        row("chunks", QByteArray("200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\n9.9\n\r\n6400000\r\n"), u"9.9"_s);
+        row("no length", QByteArray("200 OK\r\nConnection: close\r\n\r\n9.9\n"), u"9.9"_s);
+        row("page of an error", QByteArray("404 No\r\nConnection: close\r\n\r\n9.9\n"), QString());
     }
     void hugeAnswers()
     {
@@ -248,7 +238,7 @@ private slots:
 private:
     void openWindow()
     {
-        open(*node);
+        open();
         window->findChild<UpdateCheck*>()->setEndpoint(site->address());
     }
     void check() const { QMetaObject::invokeMethod(window.get(), "checkForUpdates"); }

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "DemoNode.h"
 #include "PinModel.h"
 #include "WindowTest.h"
-
-#include <QApplication>
-#include <QLineEdit>
 
 using namespace Qt::StringLiterals;
 
@@ -32,14 +28,11 @@ class tst_WindowMetadata : public WindowTest
 private slots:
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        node->answer("/id", NodeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0"})"));
+        startNode({});
         pins(pinLines(3, "recursive"));
         node->answer(refsPath, NodeAnswer::json("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n"));
         node->answer(dagStatPath, NodeAnswer::json(R"({"TotalSize":1024})"));
         node->answer(filesStatPath, NodeAnswer::json(R"({"Type":"directory"})"));
-        openAppSettings().clear();
     }
     void cleanup() { close(); }
 
@@ -47,7 +40,7 @@ private slots:
     {
         for (const QByteArray& path : {refsPath, dagStatPath, filesStatPath})
             node->answer(path, NodeAnswer::hold());
-        open(*node);
+        open();
         QTRY_COMPARE(node->heldCount(filesStatPath), 3);
         QCOMPARE(cells(PinModel::RefsColumn), QStringList(3, u"…"_s));
         QCOMPARE(counts(),
@@ -72,7 +65,7 @@ private slots:
     void aRefreshAsksOnlyForWhatIsNotKnown()
     {
         node->answers(dagStatPath, {NodeAnswer::error("no"), NodeAnswer::json(R"({"TotalSize":5})")});
-        open(*node);
+        open();
         QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
         node->clearRequests();
         pins(pinLines(4, "recursive"));
@@ -88,7 +81,7 @@ private slots:
     void aRefreshWhileFactsComeInIsHarmless()
     {
         node->answer(dagStatPath, NodeAnswer::hold());
-        open(*node);
+        open();
         QTRY_COMPARE(node->heldCount(dagStatPath), 3);
         QTest::keyClick(window.get(), Qt::Key_F5);
         QTRY_COMPARE(node->count(pinsPath), 4);
@@ -104,7 +97,7 @@ private slots:
     void withoutMetadataOnlyRefsAreAsked()
     {
         setting("loadMetadata"_L1, false);
-        open(*node);
+        open();
         QTRY_COMPARE(cells(PinModel::RefsColumn), QStringList(3, u"2"_s));
         QCOMPARE(node->count(dagStatPath) + node->count(filesStatPath), 0);
         QVERIFY(counts().endsWith(u"Total DAG size of all displayed CIDs: —"_s));
@@ -112,31 +105,12 @@ private slots:
 
     void searchingSplitsTheCountsOverTwoLines()
     {
-        open(*node);
+        open();
         QTRY_VERIFY(counts().endsWith(u"Metadata loaded: 3/3 CIDs"_s));
         window->findChild<QLineEdit*>()->setText(u"FY1"_s);
         QTRY_COMPARE(label("statsLine1"_L1)->text(), u"1 / 3 shown  |  R:3  D:0  I:0"_s);
         QVERIFY(label("statsLine1"_L1)->isVisibleTo(window.get()));
         QCOMPARE(counts(), u"Total DAG size of all displayed CIDs: 1.0 KB  |  Metadata loaded: 3/3 CIDs"_s);
-    }
-
-    void aDemoNodeFillsTheTable()
-    {
-        node.reset();
-        DemoNode demo({.port = 0, .pins = 40});
-        open(demo);
-        QTRY_VERIFY_WITH_TIMEOUT(counts().endsWith(u"Metadata loaded: 40/40 CIDs"_s), 20'000);
-        QTRY_COMPARE(demo.openNow(), 0);
-        QVERIFY(!label("notification"_L1)->isVisibleTo(window.get()));
-        auto* model = window->findChild<PinModel*>();
-        QHash<QString, const PinEntry*> byName;
-        for (int row = 0; row < model->rowCount(); ++row)
-            byName.insert(model->pinAt(row)->name, model->pinAt(row));
-        QCOMPARE(byName.value(u"notes"_s)->dagSize, 121);
-        QTRY_COMPARE(byName.value(u"notes"_s)->refsCount, 2);
-        QCOMPARE(byName.value(u"notes"_s)->kind, u"Directory"_s);
-        QCOMPARE(byName.value(u"hello.txt"_s)->kind, u"File"_s);
-        QCOMPARE(byName.value(u"placeholder"_s)->dagSize, 0); // the empty file
     }
 
 private:

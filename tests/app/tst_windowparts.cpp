@@ -7,14 +7,18 @@
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "PinTable.h"
+#include "SettingsDialog.h"
 #include "TestMain.h"
 #include "ToolWindows.h"
+#include "WidgetSearch.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPalette>
 #include <QPointer>
 #include <QScrollBar>
@@ -32,23 +36,20 @@ private slots:
 
     void rowMenus_data()
     {
-        QTest::addColumn<bool>("pinned");
-        QTest::addColumn<QList<int>>("selected"); // rows: 0 and 1 recursive, 2 direct
-        QTest::addColumn<int>("under");           // the pointer; -1 for empty space
-        QTest::addColumn<QStringList>("entries");
-        QTest::addColumn<QStringList>("selectedThen");
+        // selected: rows: 0 and 1 recursive, 2 direct
+        // under: the pointer; -1 for empty space
+        const auto row = addColumns<bool, QList<int>, int, QStringList, QStringList>("pinned", "selected", "under",
+                                                                                     "entries", "selectedThen");
         const QStringList always {u"Copy CID"_s, u"Open via IPNS..."_s, u"Open from gateway"_s, u"Open from local"_s};
         const QStringList pin = QStringList {u"Publish to IPNS..."_s, u"Unpin"_s, u"-"_s} + always;
         const QStringList recursive = QStringList {u"Show indirect pins"_s, u"List files / Export…"_s, u"-"_s} + pin;
-        QTest::newRow("recursive") << true << QList<int>() << 0 << recursive << QStringList(u"r1"_s);
-        QTest::newRow("direct") << true << QList<int>({2}) << 2 << pin << QStringList(u"d"_s);
-        QTest::newRow("inside a selection of several")
-            << true << QList<int>({1, 2}) << 1 << QStringList(u"Unpin"_s) << QStringList({u"r2"_s, u"d"_s});
-        QTest::newRow("outside a selection of several")
-            << true << QList<int>({1, 2}) << 0 << recursive << QStringList(u"r1"_s);
-        QTest::newRow("not pinned, several selected")
-            << false << QList<int>({1, 2}) << 2 << always << QStringList(u"d"_s);
-        QTest::newRow("empty space") << true << QList<int>({2}) << -1 << QStringList() << QStringList(u"d"_s);
+        row("recursive", true, QList<int>(), 0, recursive, QStringList(u"r1"_s));
+        row("direct", true, QList<int>({2}), 2, pin, QStringList(u"d"_s));
+        row("inside a selection of several", true, QList<int>({1, 2}), 1, QStringList(u"Unpin"_s),
+            QStringList({u"r2"_s, u"d"_s}));
+        row("outside a selection of several", true, QList<int>({1, 2}), 0, recursive, QStringList(u"r1"_s));
+        row("not pinned, several selected", false, QList<int>({1, 2}), 2, always, QStringList(u"d"_s));
+        row("empty space", true, QList<int>({2}), -1, QStringList(), QStringList(u"d"_s));
     }
     void rowMenus()
     {
@@ -86,14 +87,13 @@ private slots:
 
     void aResetKeepsThePlace_data()
     {
-        QTest::addColumn<int>("removed"); // from the start of 100,000 rows
-        QTest::addColumn<int>("step");    // between selected rows
-        QTest::addColumn<int>("selected");
-        QTest::addColumn<int>("top");
-        QTest::newRow("the same list") << 0 << 10 << 10'000 << 50'000;
-        QTest::newRow("rows are gone above") << 3 << 10 << 9'999 << 49'997;
-        QTest::newRow("too large a selection") << 0 << 9 << 0 << 50'000;
-        QTest::newRow("nothing left") << 100'000 << 10 << 0 << 0;
+        // removed: from the start of 100,000 rows
+        // step: between selected rows
+        const auto row = addColumns<int, int, int, int>("removed", "step", "selected", "top");
+        row("the same list", 0, 10, 10'000, 50'000);
+        row("rows are gone above", 3, 10, 9'999, 49'997);
+        row("too large a selection", 0, 9, 0, 50'000);
+        row("nothing left", 100'000, 10, 0, 0);
     }
     void aResetKeepsThePlace()
     {
@@ -211,6 +211,85 @@ private slots:
         const QColor ink = tips.color(QPalette::ToolTipText);
         QVERIFY(ink.lightness() - tips.color(QPalette::ToolTipBase).lightness() > 150);
         QCOMPARE(darkPalette().color(QPalette::ToolTipBase), QColor(Qt::white)); // the application's stays
+    }
+
+    void fieldsGiveUsableValues()
+    {
+        SettingsDialog dialog;
+        dialog.setHost(u"  "_s);
+        QCOMPARE(dialog.host(), u"127.0.0.1"_s);
+        dialog.setPinTypeFilter(u"direct"_s);
+        dialog.setPinTypeFilter(u"odd"_s);
+        QCOMPARE(dialog.pinTypeFilter(), u"direct"_s);
+        dialog.setRefreshIntervalSeconds(-7);
+        QCOMPARE(dialog.refreshIntervalSeconds(), 5);
+        dialog.setOriginValue(u" "_s);
+        QCOMPARE(dialog.originValue(), u"Norvo 1.1.3"_s);
+        auto* origin = dialog.findChildren<QLineEdit*>().constLast();
+        origin->clear();
+        QVERIFY(!origin->isEnabled());
+        withText<QCheckBox>(dialog, u"Send Origin header"_s)->click();
+        QVERIFY(origin->isEnabled());
+        QCOMPARE(origin->text(), u"Norvo 1.1.3"_s);
+        auto* enable = withText<QCheckBox>(dialog, u"Enable auto-refresh"_s);
+        enable->click();
+        dialog.restoreDefaults();
+        QVERIFY(!dialog.autoRefresh() && dialog.loadMetadata() && !dialog.sendOrigin() && !origin->isEnabled());
+        QCOMPARE(dialog.pinTypeFilter(), u"recursive+direct"_s);
+        dialog.setTrialMode(true);
+        dialog.setAutoRefresh(true);
+        QVERIFY(!dialog.autoRefresh() && !enable->isEnabled());
+    }
+
+    void hostsThatAreNoneAreNamed_data()
+    {
+        addColumns<QString, bool>("text", "named");
+        for (const char* good : {"", " 127.0.0.1 ", "localhost", "node.example", "::1", "fe80::1%eth0"})
+            QTest::newRow(good) << QString::fromUtf8(good) << false;
+        for (const char* bad : {"http://127.0.0.1", "https:", "localhost:5001", "127.0.0.1/api", "a b"})
+            QTest::newRow(bad) << QString::fromUtf8(bad) << true;
+    }
+    void hostsThatAreNoneAreNamed()
+    {
+        QFETCH(const QString, text);
+        SettingsDialog dialog;
+        dialog.show();
+        auto* host = dialog.findChild<QLineEdit*>();
+        host->setText(text);
+        QTEST(dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible(), "named");
+        host->setText(u"localhost"_s);
+        QVERIFY(!dialog.findChild<QLabel*>(u"hostHint"_s)->isVisible());
+    }
+
+    void mnemonicsDoNotClash()
+    {
+        const SettingsDialog dialog;
+        QStringList texts;
+        for (const auto* label : dialog.findChildren<QLabel*>())
+            texts.append(label->buddy() ? label->text() : QString());
+        for (const auto* button : dialog.findChildren<QAbstractButton*>())
+            texts.append(button->text());
+        QSet<QKeySequence> taken;
+        for (const QString& text : texts) {
+            const QKeySequence key = QKeySequence::mnemonic(text);
+            QVERIFY2(key.isEmpty() || !taken.contains(key), qPrintable(text));
+            taken.insert(key);
+        }
+        QVERIFY(taken.size() > 8);
+    }
+
+    void nothingIsCutOffAtTheSmallestSize()
+    {
+        SettingsDialog dialog;
+        dialog.show();
+        dialog.resize(1, 1);
+        QVERIFY(dialog.width() >= 380 && dialog.height() >= 320);
+        for (const auto* field : dialog.findChildren<QWidget*>()) {
+            const bool drawn
+                = field->inherits("QCheckBox") || field->inherits("QLineEdit") || field->inherits("QSpinBox");
+            if (drawn && !field->parentWidget()->inherits("QAbstractSpinBox"))
+                QVERIFY2(field->height() >= field->minimumSizeHint().height(), field->metaObject()->className());
+        }
     }
 
     void oneToolWindowOfEachKind()

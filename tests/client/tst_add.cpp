@@ -3,11 +3,8 @@
 #include "ClientLog.h"
 #include "TestFiles.h"
 
-#include <QDir>
-#include <QFile>
 #include <QHttpMultiPart>
 #include <QNetworkReply>
-#include <QTemporaryDir>
 
 #include <filesystem>
 #include <fstream>
@@ -174,35 +171,24 @@ private slots:
 
     void answers_data()
     {
-        QTest::addColumn<bool>("wrap");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("expected");
+        const auto row = addColumns<bool, NodeAnswer, QString>("wrap", "answer", "expected");
         const QByteArray a = R"({"Name":"a","Hash":"Qa","Size":"1"})";
         const QByteArray root = R"({"Name":"","Hash":"Qr","Size":"9"})";
-        QTest::newRow("wrapped") << true
-                                 << NodeAnswer::json("{\"Name\":\"a\",\"Bytes\":7}\n\nnonsense\n" + a + '\n' + root
-                                                     + '\n')
-                                 << u"a 1/1\n 2/1\ncompleted Qr 2"_s;
-        QTest::newRow("not wrapped") << false << NodeAnswer::json(a + '\n') << u"a 1/1\ncompleted Qa 1"_s;
-        QTest::newRow("the last line is open")
-            << true << NodeAnswer::json(a + '\n' + root) << u"a 1/1\ncompleted Qr 2"_s;
-        QTest::newRow("several, not wrapped")
-            << false << NodeAnswer::chunked(a + '\n' + R"({"Name":"d","Hash":"Qd"})" + '\n', 3)
-            << u"a 1/1\nd 2/1\ncompleted  2"_s;
-        QTest::newRow("nothing came") << false << NodeAnswer::json({}) << u"short 1 0 0 0\ncompleted  0"_s;
-        QTest::newRow("no root line") << true << NodeAnswer::json(a + '\n')
-                                      << u"a 1/1\nshort 1 1 0 0 cut\ncompleted  1"_s;
-        QTest::newRow("error line") << true
-                                    << NodeAnswer::json(a + "\n{\"Error\":\" no space \"}\n{\"Error\":\"b\"}\n" + root
-                                                        + '\n')
-                                    << u"a 1/1\n 2/1\nfailed Add failed: no space"_s;
-        QTest::newRow("broken off") << true << NodeAnswer::brokenOff(a + '\n', "disk full")
-                                    << u"a 1/1\nsaid disk full\nfailed Add failed: disk full"_s;
-        QTest::newRow("refused")
-            << true << NodeAnswer::error("not now")
-            << u"said not now\nfailed Add failed: Error transferring %1 - server replied: Internal Server Error"_s;
-        QTest::newRow("dropped") << true << NodeAnswer::dropAt(a + '\n', 10)
-                                 << u"failed Add failed: Connection closed"_s;
+        row("wrapped", true, NodeAnswer::json("{\"Name\":\"a\",\"Bytes\":7}\n\nnonsense\n" + a + '\n' + root + '\n'),
+            u"a 1/1\n 2/1\ncompleted Qr 2"_s);
+        row("not wrapped", false, NodeAnswer::json(a + '\n'), u"a 1/1\ncompleted Qa 1"_s);
+        row("the last line is open", true, NodeAnswer::json(a + '\n' + root), u"a 1/1\ncompleted Qr 2"_s);
+        row("several, not wrapped", false, NodeAnswer::chunked(a + '\n' + R"({"Name":"d","Hash":"Qd"})" + '\n', 3),
+            u"a 1/1\nd 2/1\ncompleted  2"_s);
+        row("nothing came", false, NodeAnswer::json({}), u"short 1 0 0 0\ncompleted  0"_s);
+        row("no root line", true, NodeAnswer::json(a + '\n'), u"a 1/1\nshort 1 1 0 0 cut\ncompleted  1"_s);
+        row("error line", true, NodeAnswer::json(a + "\n{\"Error\":\" no space \"}\n{\"Error\":\"b\"}\n" + root + '\n'),
+            u"a 1/1\n 2/1\nfailed Add failed: no space"_s);
+        row("broken off", true, NodeAnswer::brokenOff(a + '\n', "disk full"),
+            u"a 1/1\nsaid disk full\nfailed Add failed: disk full"_s);
+        row("refused", true, NodeAnswer::error("not now"),
+            u"said not now\nfailed Add failed: Error transferring %1 - server replied: Internal Server Error"_s);
+        row("dropped", true, NodeAnswer::dropAt(a + '\n', 10), u"failed Add failed: Connection closed"_s);
     }
     void answers()
     {

@@ -57,9 +57,8 @@ private slots:
     /// A failure is reported twice, with the same text.
     void answers_data()
     {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("expected"); // of a failure: its signal and its text
+        // expected: of a failure: its signal and its text
+        addColumns<QString, NodeAnswer, QString>("call", "answer", "expected");
         const auto row = [](const char* name, const char* call, const NodeAnswer& answer, const QString& expected) {
             QTest::newRow(name) << QString::fromLatin1(call) << answer << expected;
         };
@@ -112,11 +111,8 @@ private slots:
     /// The line of a request shows no value that is written to a key for credentials.
     void whatIsSent_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<int>("flags"); // 1: boolean, 2: JSON; -1 and -2: read, -2 with real values
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<bool>("isSecret");
+        // flags: 1: boolean, 2: JSON; -1 and -2: read, -2 with real values
+        addColumns<QString, QString, int, QByteArray, bool>("key", "value", "flags", "query", "isSecret");
         const auto row
             = [](const char* name, const QString& key, const QString& value, int flags, const QByteArray& query,
                  bool isSecret = false) { QTest::newRow(name) << key << value << flags << query << isSecret; };

@@ -218,11 +218,7 @@ private slots:
     }
 
 private:
-    static void columns()
-    {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QStringList>("expected");
-    }
+    static void columns() { addColumns<NodeAnswer, QStringList>("answer", "expected"); }
     template <typename Call> void verify(const QByteArray& path, Call call, const QString& action = {})
     {
         QFETCH(const NodeAnswer, answer);

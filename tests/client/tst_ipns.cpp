@@ -9,12 +9,6 @@ const QByteArray keyList = "/key/list";
 const QByteArray publish = "/name/publish";
 const QByteArray resolve = "/name/resolve";
 
-void row(const char* name, const QByteArray& path, const QStringList& arguments, const QByteArray& query,
-         const NodeAnswer& answer, const QStringList& expected)
-{
-    QTest::newRow(name) << path << arguments << query << answer << expected;
-}
-
 /// A node's error, as it is in its body.
 QString errorBodyOf(const NodeAnswer& error)
 {
@@ -61,11 +55,8 @@ private slots:
     /// Each call's query, and what becomes of its answers.
     void calls_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QStringList>("expected");
+        const auto row = addColumns<QByteArray, QStringList, QByteArray, NodeAnswer, QStringList>(
+            "path", "arguments", "query", "answer", "expected");
         row("keys", keyList, {}, {},
             NodeAnswer::json(R"({"Keys":[{"Name":" self ","Id":" k51 "},7,{"Id":"x"},{"Name":"b","Id":4}]})"),
             {u"keys|self=k51|b="_s});

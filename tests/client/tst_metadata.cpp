@@ -56,10 +56,7 @@ private slots:
 
     void facts_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<NodeAnswer>("ls");
-        QTest::addColumn<QString>("line");
+        addColumns<QByteArray, NodeAnswer, NodeAnswer, QString>("path", "answer", "ls", "line");
         const auto fact = [](const char* name, const QByteArray& path, const QByteArray& body, const QString& line) {
             QTest::newRow(name) << path << NodeAnswer::json(body) << NodeAnswer() << line;
         };
@@ -110,10 +107,8 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("error"); // how it begins
-        QTest::addColumn<QString>("value");
+        // error: how it begins
+        addColumns<QByteArray, NodeAnswer, QString, QString>("path", "answer", "error", "value");
         QTest::newRow("refs broken off") << refsPath << NodeAnswer::dropAt("{\"Ref\":\"a\"}\n{\"Ref\":\"b\"}\n", 14)
                                          << u"error Failed to get refs for c: Connection closed"_s << u"refs c"_s;
         QTest::newRow("size fails") << dagStatPath << NodeAnswer::error("error traversing DAG")
@@ -211,12 +206,11 @@ private slots:
 
     void cancelDropsEverything_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<int>("limit");
-        QTest::newRow("refs") << refsPath << 8;
-        QTest::newRow("sizes") << dagStatPath << 24;
-        QTest::newRow("kinds") << filesStatPath << 24;
-        QTest::newRow("kinds in their fallback") << lsPath << 24;
+        const auto row = addColumns<QByteArray, int>("path", "limit");
+        row("refs", refsPath, 8);
+        row("sizes", dagStatPath, 24);
+        row("kinds", filesStatPath, 24);
+        row("kinds in their fallback", lsPath, 24);
     }
     void cancelDropsEverything()
     {
@@ -269,8 +263,7 @@ private slots:
 
     void listings_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("lines");
+        addColumns<NodeAnswer, QString>("answer", "lines");
         const auto row = [](const char* name, const QByteArray& body, const QString& lines) {
             QTest::newRow(name) << NodeAnswer::json(body) << lines;
         };
@@ -300,20 +293,19 @@ private slots:
 
     void cats_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("line");
+        const auto row = addColumns<NodeAnswer, QString>("answer", "line");
         const auto file = [](const QByteArray& body, const QByteArray& length) {
             NodeAnswer answer = NodeAnswer::text(200, body);
             answer.headers.emplaceBack("X-Content-Length", length);
             return answer;
         };
-        QTest::newRow("whole") << file(QByteArray("a\0b", 3), "3") << u"cat c 3"_s;
-        QTest::newRow("empty") << file({}, "0") << u"cat c 0"_s;
-        QTest::newRow("length not known") << NodeAnswer::text(200, "abc") << u"cat c 3"_s;
-        QTest::newRow("short") << file("abc", "12") << u"cat failed c 3 of 12 bytes received"_s;
-        QTest::newRow("fails") << NodeAnswer::error("this dag node is a directory")
-                               << u"cat failed c Error transferring http://127.0.0.1:%1/api/v0/cat?arg=c"
-                                  " - server replied: Internal Server Error"_s;
+        row("whole", file(QByteArray("a\0b", 3), "3"), u"cat c 3"_s);
+        row("empty", file({}, "0"), u"cat c 0"_s);
+        row("length not known", NodeAnswer::text(200, "abc"), u"cat c 3"_s);
+        row("short", file("abc", "12"), u"cat failed c 3 of 12 bytes received"_s);
+        row("fails", NodeAnswer::error("this dag node is a directory"),
+            u"cat failed c Error transferring http://127.0.0.1:%1/api/v0/cat?arg=c"
+            " - server replied: Internal Server Error"_s);
     }
     void cats()
     {

@@ -112,12 +112,8 @@ private slots:
 
     void streams_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("count"); // 0 for no count at all
-        QTest::addColumn<QString>("pins");
-        const auto row = [](const char* name, const QByteArray& bytes, int total, const QString& line) {
-            QTest::newRow(name) << bytes << total << line;
-        };
+        // count: 0 for no count at all
+        const auto row = addColumns<QByteArray, int, QString>("body", "count", "pins");
         row("empty", {}, 0, u"pins"_s);
         row("no last line feed", lineB + lineA.trimmed(), 2, u"pins b:direct a:recursive:n"_s);
         row("last line does not parse", lineB + "{\"Cid\"", 1, u"pins b:direct"_s);
@@ -196,12 +192,10 @@ private slots:
 
     void failures_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("ending");
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n") << u"server replied: Forbidden"_s;
-        QTest::newRow("broken off by the node")
-            << NodeAnswer::brokenOff(lineA, "merkledag: not found") << u"merkledag: not found"_s;
-        QTest::newRow("break in mid-line") << NodeAnswer::dropAt(lineA + lineB, 50) << u"Connection closed"_s;
+        const auto row = addColumns<NodeAnswer, QString>("answer", "ending");
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"), u"server replied: Forbidden"_s);
+        row("broken off by the node", NodeAnswer::brokenOff(lineA, "merkledag: not found"), u"merkledag: not found"_s);
+        row("break in mid-line", NodeAnswer::dropAt(lineA + lineB, 50), u"Connection closed"_s);
     }
     void failures()
     {
@@ -256,8 +250,7 @@ private slots:
 
     void onlyTheNewestLoadReachesTheTable_data()
     {
-        QTest::addColumn<bool>("olderFirst");
-        QTest::addColumn<bool>("olderFails");
+        addColumns<bool, bool>("olderFirst", "olderFails");
         for (const bool first : {true, false}) {
             for (const bool fails : {true, false})
                 QTest::addRow("older %s and %s", first ? "first" : "last", fails ? "fails" : "delivers")

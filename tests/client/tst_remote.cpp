@@ -88,11 +88,7 @@ private slots:
     /// Each call's query, and what becomes of its answers.
     void calls_data()
     {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("expected");
+        addColumns<QString, QByteArray, QByteArray, NodeAnswer, QString>("call", "path", "query", "answer", "expected");
         const QByteArray add = "/pin/remote/service/add";
         const QByteArray addQuery = "arg=n&arg=http%3A%2F%2Fx&arg=t%2Bk%3D%3D";
         const QByteArray rm = "/pin/remote/service/rm";
@@ -158,28 +154,22 @@ private slots:
 
     void remoteServices_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("expected");
+        const auto row = addColumns<QString, NodeAnswer, QString>("name", "answer", "expected");
         const auto list = NodeAnswer::json(
             R"({"RemoteServices":[{"Service":" a ","ApiEndpoint":"x","Stat":{"Status":"valid"}},{"name":"b","Stat":{"Status":"invalid"}},7,{"Service":""}]})");
-        QTest::newRow("list") << QString() << list << u"a=x b="_s;
-        QTest::newRow("older shape") << QString()
-                                     << NodeAnswer::json(
-                                            R"({"RemoteServiceLsOutput":{"RemoteServices":[{"Name":"c"}]}})")
-                                     << u"c="_s;
-        QTest::newRow("none") << QString() << NodeAnswer::json(R"({"RemoteServices":null})") << QString();
-        QTest::newRow("no JSON") << QString() << NodeAnswer::json("[]")
-                                 << u"failed Remote service request failed: invalid JSON response."_s;
-        QTest::newRow("an error in the answer")
-            << QString() << NodeAnswer::json(R"({"Error":" no "})") << u"failed no"_s;
-        QTest::newRow("test") << u" a "_s << list << u"test a 1 Service 'a' is configured and reachable."_s;
-        QTest::newRow("test of a bad one")
-            << u"b"_s << list
-            << u"test b 0 Service 'b' is configured but could not be reached, or refused its access token."_s;
-        QTest::newRow("test of none") << u"%1"_s << list << u"test %1 0 Service '%1' was not returned by Kubo."_s;
-        QTest::newRow("test that breaks")
-            << u"a"_s << NodeAnswer::dropAt({}, 0) << u"test a 0 Remote service request failed: Connection closed"_s;
+        row("list", QString(), list, u"a=x b="_s);
+        row("older shape", QString(),
+            NodeAnswer::json(R"({"RemoteServiceLsOutput":{"RemoteServices":[{"Name":"c"}]}})"), u"c="_s);
+        row("none", QString(), NodeAnswer::json(R"({"RemoteServices":null})"), QString());
+        row("no JSON", QString(), NodeAnswer::json("[]"),
+            u"failed Remote service request failed: invalid JSON response."_s);
+        row("an error in the answer", QString(), NodeAnswer::json(R"({"Error":" no "})"), u"failed no"_s);
+        row("test", u" a "_s, list, u"test a 1 Service 'a' is configured and reachable."_s);
+        row("test of a bad one", u"b"_s, list,
+            u"test b 0 Service 'b' is configured but could not be reached, or refused its access token."_s);
+        row("test of none", u"%1"_s, list, u"test %1 0 Service '%1' was not returned by Kubo."_s);
+        row("test that breaks", u"a"_s, NodeAnswer::dropAt({}, 0),
+            u"test a 0 Remote service request failed: Connection closed"_s);
     }
     void remoteServices()
     {

@@ -60,9 +60,7 @@ private slots:
 
     void secretsAreNotShown_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("query");
-        QTest::addColumn<QString>("shown");
+        addColumns<QString, QString, QString>("path", "query", "shown");
         const auto row = [](const char* path, const QByteArray& query, const QByteArray& shown) {
             QTest::addRow("%s %s", path, query.constData())
                 << QString::fromUtf8(path) << QString::fromUtf8(query) << QString::fromUtf8(shown);
@@ -106,14 +104,12 @@ private slots:
 
     void originHeader_data()
     {
-        QTest::addColumn<bool>("on");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QByteArray>("sent");
-        QTest::newRow("off") << false << u"http://a"_s << QByteArray();
-        QTest::newRow("on") << true << u" http://a "_s << QByteArray("http://a");
-        QTest::newRow("blank takes the default") << true << u" "_s << QByteArray("Norvo 1.1.3");
-        QTest::newRow("long is cut") << true << QString(300, u'x') << QByteArray(256, 'x');
-        QTest::newRow("no second header") << true << u"a\r\nX: y"_s << QByteArray("aX: y");
+        const auto row = addColumns<bool, QString, QByteArray>("on", "value", "sent");
+        row("off", false, u"http://a"_s, QByteArray());
+        row("on", true, u" http://a "_s, QByteArray("http://a"));
+        row("blank takes the default", true, u" "_s, QByteArray("Norvo 1.1.3"));
+        row("long is cut", true, QString(300, u'x'), QByteArray(256, 'x'));
+        row("no second header", true, u"a\r\nX: y"_s, QByteArray("aX: y"));
     }
     void originHeader()
     {
@@ -133,17 +129,15 @@ private slots:
 
     void nodeInfo_data()
     {
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QStringList>("outcome");
-        QTest::newRow("good") << NodeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0","Addresses":null})")
-                              << QStringList {u"node 12D3 kubo/0.43.0"_s};
-        QTest::newRow("keys missing") << NodeAnswer::json("{}") << QStringList {u"node  "_s};
-        QTest::newRow("no object") << NodeAnswer::json("[]") << QStringList();
-        QTest::newRow("half an object") << NodeAnswer::json("{\"ID\":") << QStringList();
-        QTest::newRow("refused") << NodeAnswer::text(403, "403 - Forbidden\n")
-                                 << QStringList {
-                                        u"error Failed to get node info: Error transferring http://127.0.0.1:%1"
-                                        "/api/v0/id - server replied: Forbidden"_s};
+        const auto row = addColumns<NodeAnswer, QStringList>("answer", "outcome");
+        row("good", NodeAnswer::json(R"({"ID":"12D3","AgentVersion":"kubo/0.43.0","Addresses":null})"),
+            QStringList {u"node 12D3 kubo/0.43.0"_s});
+        row("keys missing", NodeAnswer::json("{}"), QStringList {u"node  "_s});
+        row("no object", NodeAnswer::json("[]"), QStringList());
+        row("half an object", NodeAnswer::json("{\"ID\":"), QStringList());
+        row("refused", NodeAnswer::text(403, "403 - Forbidden\n"),
+            QStringList {u"error Failed to get node info: Error transferring http://127.0.0.1:%1"
+                         "/api/v0/id - server replied: Forbidden"_s});
     }
     void nodeInfo()
     {
@@ -159,25 +153,22 @@ private slots:
     /// What the node said comes before the call's own signals, and only where the call itself is worth a word.
     void nodeWordsComeFirst_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QStringList>("lines");
+        const auto row = addColumns<QByteArray, NodeAnswer, QStringList>("path", "answer", "lines");
         const NodeAnswer error = NodeAnswer::error("no \\\"such\\\" thing");
         const NodeAnswer brokenOff = NodeAnswer::brokenOff("ab", "block was lost");
         NodeAnswer shortCat = brokenOff;
         shortCat.headers.emplaceBack("X-Content-Length", "12");
         const NodeAnswer emptyDag = NodeAnswer::brokenOff({}, "json: unsupported value: NaN");
-        QTest::newRow("JSON error") << QByteArray("/ls") << error
-                                    << QStringList {u"said /ls no \"such\" thing"_s, u"error"_s, u"ls a"_s};
-        QTest::newRow("no JSON") << QByteArray("/ls") << NodeAnswer::text(403, "403 - Forbidden\n")
-                                 << QStringList {u"error"_s, u"ls a"_s};
-        QTest::newRow("trailer") << QByteArray("/cat") << brokenOff
-                                 << QStringList {u"said /cat block was lost"_s, u"cat failed a block was lost"_s};
-        QTest::newRow("trailer, short") << QByteArray("/cat") << shortCat
-                                        << QStringList {u"said /cat block was lost"_s,
-                                                        u"cat failed a 2 of 12 bytes received"_s};
-        QTest::newRow("fact in turn") << QByteArray("/dag/stat") << error << QStringList {u"error"_s, u"size a -1"_s};
-        QTest::newRow("DAG of no bytes") << QByteArray("/dag/stat") << emptyDag << QStringList {u"size a 0"_s};
+        row("JSON error", QByteArray("/ls"), error,
+            QStringList {u"said /ls no \"such\" thing"_s, u"error"_s, u"ls a"_s});
+        row("no JSON", QByteArray("/ls"), NodeAnswer::text(403, "403 - Forbidden\n"),
+            QStringList {u"error"_s, u"ls a"_s});
+        row("trailer", QByteArray("/cat"), brokenOff,
+            QStringList {u"said /cat block was lost"_s, u"cat failed a block was lost"_s});
+        row("trailer, short", QByteArray("/cat"), shortCat,
+            QStringList {u"said /cat block was lost"_s, u"cat failed a 2 of 12 bytes received"_s});
+        row("fact in turn", QByteArray("/dag/stat"), error, QStringList {u"error"_s, u"size a -1"_s});
+        row("DAG of no bytes", QByteArray("/dag/stat"), emptyDag, QStringList {u"size a 0"_s});
     }
     void nodeWordsComeFirst()
     {
@@ -200,19 +191,6 @@ private slots:
         QTRY_COMPARE(log->lines.size(), 2);
         QCOMPARE(log->lines,
                  QStringList({u"disconnected"_s, u"error Cannot connect to Kubo RPC: Connection refused"_s}));
-    }
-
-    void jsonReplyOfAFailedCallTellsTheBody()
-    {
-        node->answers("/x", {NodeAnswer::error("service not known"), NodeAnswer::text(500, " \n")});
-        const auto ask = [this] {
-            QNetworkReply* reply = client->postRequest(u"/x"_s, {});
-            const bool finished = QTest::qWaitFor([reply] { return reply->isFinished(); });
-            const JsonReply answer = readJsonObjectReply(reply, u"ask %2"_s);
-            return finished && !answer.ok ? answer.errorMessage : QString();
-        };
-        QCOMPARE(ask(), u"Failed to ask %2: {\"Message\":\"service not known\",\"Code\":0,\"Type\":\"error\"}"_s);
-        QVERIFY(ask().endsWith(u"server replied: Internal Server Error"_s));
     }
 
     void nothingLeavesForAHostThatIsNone_data()

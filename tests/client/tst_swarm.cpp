@@ -87,9 +87,7 @@ private slots:
 
     void calls_data()
     {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QStringList>("expected");
+        addColumns<QString, NodeAnswer, QStringList>("call", "answer", "expected");
         peerRows();
         row(u"addrs: by peer"_s, R"({"Addrs":{" a ":[" /x ",7,"","/y"],"b":[],"c":"/x","d":null," ":["/x"]}})",
             u"a=/x,/y b="_s);
@@ -169,11 +167,7 @@ private slots:
     /// A node lists connections without their peers, and closes only what names one.
     void aListedConnectionIsClosedByItsPeer_data()
     {
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("sent");
-        const auto closes = [](const char* name, const QString& target, const QString& sent) {
-            QTest::newRow(name) << target << sent;
-        };
+        const auto closes = addColumns<QString, QString>("target", "sent");
         closes("listed", u' ' + address + u' ', address + u"/p2p/12D3A"_s);
         closes("another connection of that peer", secondAddress, secondAddress + u"/p2p/12D3A"_s);
         closes("relayed", relayed, relayed + u"/p2p/12D3B"_s);

@@ -69,11 +69,7 @@ private slots:
 
     void batches_data()
     {
-        QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<NodeAnswer>("format");
-        QTest::addColumn<NodeAnswer>("rm");
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<QString>("lines");
+        addColumns<QStringList, NodeAnswer, NodeAnswer, QByteArray, QString>("asked", "format", "rm", "query", "lines");
         const NodeAnswer refused = NodeAnswer::error("no");
         const auto rewritten = NodeAnswer::json(R"({"CidStr":"x","Formatted":"Qm+","ErrorMsg":""})");
         const auto rm = [&](const char* name, const NodeAnswer& answer, const QString& line) {
@@ -221,11 +217,8 @@ private slots:
 
     void onlyWhatIsLeftIsTried_data()
     {
-        QTest::addColumn<NodeAnswer>("recursive");
-        QTest::addColumn<NodeAnswer>("direct");
-        QTest::addColumn<QString>("words");
-        QTest::addColumn<QStringList>("tried");
-        QTest::addColumn<QStringList>("lines");
+        const auto row = addColumns<NodeAnswer, NodeAnswer, QString, QStringList, QStringList>(
+            "recursive", "direct", "words", "tried", "lines");
         const auto listed = [](const QString& cid) {
             return NodeAnswer::json("{\"Cid\":\"" + cid.toLatin1() + "\",\"Type\":\"any\"}\n");
         };
@@ -235,24 +228,20 @@ private slots:
         const QString v0DocsExact = rewritten(v0Docs);
         const QStringList each {v0DocsExact, v0Docs, rewritten(v1Notes), v1Notes, rawHello};
         const QStringList notesGo {u"unpinned %1 %2"_s.arg(v0DocsExact, v1Notes), refused.arg(words, rawHello)};
-        QTest::newRow("recursive") << listed(v1Notes) << none << words << QStringList(v1Notes) << notesGo;
-        QTest::newRow("direct") << none << listed(v1Notes) << words << QStringList(v1Notes) << notesGo;
-        QTest::newRow("in one document") << NodeAnswer::json("{\"Keys\":{\"" + v1Notes.toLatin1() + "\":{}}}")
-                                         << NodeAnswer::json("{\"Keys\":{}}") << words << QStringList(v1Notes)
-                                         << notesGo;
-        QTest::newRow("an old node's words")
-            << listed(rawHello) << none << u"not pinned"_s << QStringList(rawHello)
-            << QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rawHello), refused.arg(u"not pinned"_s, v1Notes)};
-        QTest::newRow("not reached") << listed(v0DocsExact) << none << words << QStringList(v0DocsExact)
-                                     << QStringList {u"unpinned "_s + v0DocsExact,
-                                                     refused.arg(words, v1Notes + u", "_s + rawHello)};
-        QTest::newRow("none is left") << none << none << words << QStringList()
-                                      << QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rewritten(v1Notes)),
-                                                      refused.arg(words, rawHello)};
+        row("recursive", listed(v1Notes), none, words, QStringList(v1Notes), notesGo);
+        row("direct", none, listed(v1Notes), words, QStringList(v1Notes), notesGo);
+        row("in one document", NodeAnswer::json("{\"Keys\":{\"" + v1Notes.toLatin1() + "\":{}}}"),
+            NodeAnswer::json("{\"Keys\":{}}"), words, QStringList(v1Notes), notesGo);
+        row("an old node's words", listed(rawHello), none, u"not pinned"_s, QStringList(rawHello),
+            QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rawHello), refused.arg(u"not pinned"_s, v1Notes)});
+        row("not reached", listed(v0DocsExact), none, words, QStringList(v0DocsExact),
+            QStringList {u"unpinned "_s + v0DocsExact, refused.arg(words, v1Notes + u", "_s + rawHello)});
+        row("none is left", none, none, words, QStringList(),
+            QStringList {u"unpinned %1 %2"_s.arg(v0DocsExact, rewritten(v1Notes)), refused.arg(words, rawHello)});
         const QStringList allGo {u"unpinned %1 %2 %3"_s.arg(v0Docs, v1Notes, rawHello)};
-        QTest::newRow("no list") << none << NodeAnswer::error("no") << words << each << allGo;
-        QTest::newRow("a list that is none") << NodeAnswer::text(200, "<html>") << none << words << each << allGo;
-        QTest::newRow("an error as list") << NodeAnswer::json(R"({"Message":"no"})") << none << words << each << allGo;
+        row("no list", none, NodeAnswer::error("no"), words, each, allGo);
+        row("a list that is none", NodeAnswer::text(200, "<html>"), none, words, each, allGo);
+        row("an error as list", NodeAnswer::json(R"({"Message":"no"})"), none, words, each, allGo);
     }
     /// The first call is refused; what is tried afterwards succeeds, but for a text of the other version.
     void onlyWhatIsLeftIsTried()

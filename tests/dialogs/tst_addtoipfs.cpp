@@ -1,26 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "AddSelection.h"
 #include "AddToIpfsDialog.h"
-#include "AppSettings.h"
-#include "FakeNode.h"
+#include "DialogTest.h"
+#include "FileDrop.h"
 #include "FileTypeProvider.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
-#include "TestMain.h"
+#include "TestFiles.h"
 
-#include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileSystemModel>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QMimeData>
-#include <QTemporaryDir>
 #include <QTreeView>
 #include <QTreeWidget>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -32,37 +24,31 @@ const QByteArray servicesPath = "/pin/remote/service/ls";
 
 } // namespace
 
-class tst_AddToIpfs : public QObject
+class tst_AddToIpfs : public DialogTest<AddToIpfsDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
+        startNode();
+        node->answer(servicesPath, NodeAnswer::hold());
         home = std::make_unique<QTemporaryDir>();
         qputenv("HOME", home->path().toLocal8Bit());
-        for (const QString& path : inHome(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s))
-            QVERIFY(makeFile(path));
-        QVERIFY(makeFile(home->filePath(u" ab "_s)));
-        node = std::make_unique<FakeNode>();
-        node->answer(servicesPath, NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
+        makeFiles(u"a.txt a/b/c ab B 1/a.txt 1/a.txt-2 2/a.txt 3/a.txt 3/a.txt-2"_s.split(u' ')
+                  + QStringList(u" ab "_s));
     }
     void cleanup() { dialog.reset(); }
 
     void pathsAreNormalized_data()
     {
-        QTest::addColumn<QString>("chosen");
-        QTest::addColumn<QString>("kept");
-        QTest::newRow("what is in a folder; a.txt sorts between") << u"a/b/c a.txt a a/b"_s << u"a a.txt"_s;
-        QTest::newRow("the folder comes first") << u"a a/b"_s << u"a"_s;
-        QTest::newRow("a sibling's name begins like it") << u"ab a"_s << u"a ab"_s;
-        QTest::newRow("one path in several forms") << u"a/ ./a a//b/.. a"_s << u"a"_s;
-        QTest::newRow("upper case first") << u"a B"_s << u"B a"_s;
-        QTest::newRow("gone") << u"a/gone gone"_s << QString();
+        const auto row = addColumns<QString, QString>("chosen", "kept");
+        row("what is in a folder; a.txt sorts between", u"a/b/c a.txt a a/b"_s, u"a a.txt"_s);
+        row("the folder comes first", u"a a/b"_s, u"a"_s);
+        row("a sibling's name begins like it", u"ab a"_s, u"a ab"_s);
+        row("one path in several forms", u"a/ ./a a//b/.. a"_s, u"a"_s);
+        row("upper case first", u"a B"_s, u"B a"_s);
+        row("gone", u"a/gone gone"_s, QString());
     }
     void pathsAreNormalized()
     {
@@ -74,12 +60,11 @@ private slots:
 
     void namesAreUnique_data()
     {
-        QTest::addColumn<QString>("paths");
-        QTest::addColumn<QString>("names");
-        QTest::newRow("counted") << u"1/a.txt 2/a.txt gone 3/a.txt ab"_s << u"a.txt a.txt-2 a.txt-3 ab"_s;
-        QTest::newRow("one is really called so, and comes before")
-            << u"1/a.txt 1/a.txt-2 2/a.txt 3/a.txt"_s << u"a.txt a.txt-2 a.txt-3 a.txt-4"_s;
-        QTest::newRow("or after") << u"1/a.txt 2/a.txt 3/a.txt-2 1/a.txt-2"_s << u"a.txt a.txt-2 a.txt-2-2 a.txt-2-3"_s;
+        const auto row = addColumns<QString, QString>("paths", "names");
+        row("counted", u"1/a.txt 2/a.txt gone 3/a.txt ab"_s, u"a.txt a.txt-2 a.txt-3 ab"_s);
+        row("one is really called so, and comes before", u"1/a.txt 1/a.txt-2 2/a.txt 3/a.txt"_s,
+            u"a.txt a.txt-2 a.txt-3 a.txt-4"_s);
+        row("or after", u"1/a.txt 2/a.txt 3/a.txt-2 1/a.txt-2"_s, u"a.txt a.txt-2 a.txt-2-2 a.txt-2-3"_s);
     }
     void namesAreUnique()
     {
@@ -94,8 +79,8 @@ private slots:
 
     void typesComeFromSuffixes()
     {
-        QVERIFY(makeFile(home->filePath(u"none"_s), "%PDF-1.4") && makeFile(home->filePath(u"x.pdf"_s), "text")
-                && makeFile(home->filePath(u"x.of-no-type"_s)));
+        makeFiles({u"none"_s}, "%PDF-1.4");
+        makeFiles({u"x.pdf"_s, u"x.of-no-type"_s}, "text");
         const FileTypeProvider provider;
         QStringList types;
         for (const QString& path : inHome(u"none x.pdf x.of-no-type a"_s))
@@ -117,19 +102,19 @@ private slots:
             expected.pin = pin;
             expected.unpinLocalAfterRemote = unpin;
             QCOMPARE(dialog->options(), expected);
-            QCOMPARE(button("Pin"_L1)->isEnabled(), !remote);
+            QCOMPARE(control("Pin"_L1)->isEnabled(), !remote);
             for (const QWidget* field : {static_cast<QWidget*>(remoteService()), static_cast<QWidget*>(findEdit()),
-                                         static_cast<QWidget*>(button("Unpin"_L1))})
+                                         static_cast<QWidget*>(control("Unpin"_L1))})
                 QCOMPARE(field->isEnabled(), remote);
         };
-        button("Pin"_L1)->setChecked(false);
+        control("Pin"_L1)->setChecked(false);
         verify(u"local"_s, false, false, false);
         verify(u"both"_s, true, true, false);
         verify(u"local"_s, false, true, false);
         verify(u"remote"_s, true, true, true);
         verify(u"both"_s, true, true, true);
-        button("Wrap"_L1)->setChecked(false);
-        button("Only"_L1)->setChecked(true);
+        control("Wrap"_L1)->setChecked(false);
+        control("Only"_L1)->setChecked(true);
         auto* version = dialog->findChildren<QComboBox*>().constFirst();
         version->setCurrentIndex(version->findData(0));
         expected.wrapWithDirectory = false;
@@ -144,7 +129,7 @@ private slots:
         QCOMPARE(refusal(), u"Select at least one file or folder first."_s);
         dialog->addPaths(inHome(u"a"_s));
         choose(u"both"_s);
-        button("Only"_L1)->setChecked(true);
+        control("Only"_L1)->setChecked(true);
         remoteService()->setEditText(u"  "_s);
         QCOMPARE(refusal(), u"Remote service is required for remote pinning."_s);
         remoteService()->setEditText(u" svc "_s);
@@ -194,7 +179,7 @@ private slots:
             QCOMPARE(listed, is.items);
             QCOMPARE(dialog->options().remoteServiceNickname, is.nickname);
         }
-        dialog = std::make_unique<AddToIpfsDialog>(nullptr, true);
+        make(nullptr, true);
         QCOMPARE(statusText(), u"Remote service list unavailable."_s);
     }
 
@@ -216,7 +201,7 @@ private slots:
         dialog->addPaths(inHome(u"ab a.txt"_s));
         QVERIFY(QFile::remove(home->filePath(u"ab"_s)));
         QCOMPARE(dialog->selections(), QList<LocalPathSelection>({{home->filePath(u"a.txt"_s), u"a.txt"_s, false}}));
-        button("Clear"_L1)->click();
+        control("Clear"_L1)->click();
         QVERIFY(dialog->selections().isEmpty());
     }
 
@@ -240,7 +225,7 @@ private slots:
         QTest::keyClick(browser(), Qt::Key_Enter, Qt::KeypadModifier);
         QCOMPARE(rows(), inHome(u"a"_s));
         select(u"ab"_s);
-        button("Add selected"_L1)->click();
+        control("Add selected"_L1)->click();
         QCOMPARE(rows(), inHome(u"a ab"_s));
         QVERIFY(dialog->isVisible() && !refused.wasGiven());
     }
@@ -249,7 +234,7 @@ private slots:
     {
         open();
         choose(u"both"_s);
-        button("Wrap"_L1)->setFocus();
+        control("Wrap"_L1)->setFocus();
         QStringList order;
         for (int i = 0; i < 9; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -274,23 +259,22 @@ private slots:
     {
         open();
         choose(u"both"_s);
-        QVERIFY(!drop(list()->viewport(), {QUrl(u"https://example.org/a"_s), QUrl(u"file://elsewhere/tmp"_s)}));
+        QVERIFY(!dropFiles(list()->viewport(), {QUrl(u"https://example.org/a"_s), QUrl(u"file://elsewhere/tmp"_s)}));
         for (QWidget* target : {browser()->viewport(), list()->viewport(), static_cast<QWidget*>(findEdit()),
                                 static_cast<QWidget*>(remoteService()->lineEdit())}) {
             const QUrl here(u"file://localhost"_s + home->filePath(u"ab"_s));
-            QVERIFY(drop(target,
-                         {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'), here,
-                          QUrl(u"file://elsewhere/tmp"_s)}));
+            QVERIFY(dropFiles(target,
+                              {QUrl(u"https://example.org/a"_s), QUrl::fromLocalFile(home->filePath(u"a"_s) + u'/'),
+                               here, QUrl(u"file://elsewhere/tmp"_s)}));
             QCOMPARE(rows(), inHome(u"a ab"_s));
             QCOMPARE(dialog->options().remotePinLabel + dialog->options().remoteServiceNickname, QString());
-            button("Clear"_L1)->click();
+            control("Clear"_L1)->click();
         }
     }
 
     void theLastFolderIsOpenedAgain_data()
     {
-        QTest::addColumn<QString>("row");
-        QTest::addColumn<QString>("folder");
+        addColumns<QString, QString>("row", "folder");
         QTest::newRow("a file's folder") << u"a/b/c"_s << u"a/b"_s;
         QTest::newRow("a folder itself") << u"a/b"_s << u"a/b"_s;
         QTest::newRow("the home folder") << u"ab"_s << QString();
@@ -302,7 +286,7 @@ private slots:
         open();
         select(row);
         dialog->addPaths(inHome(u"a.txt"_s));
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), QDir::cleanPath(home->filePath(folder)));
         open();
         QCOMPARE(model()->filePath(browser()->rootIndex()), home->path());
@@ -313,7 +297,7 @@ private slots:
         QVERIFY(browser()->isExpanded(browser()->currentIndex()) && browser()->isExpanded(indexOf(u"a"_s)));
         QVERIFY(!browser()->selectionModel()->hasSelection());
         dialog->addPaths(inHome(u"a.txt"_s)); // accepted as it is, it stays the last one
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         QCOMPARE(openAppSettings().value(lastFolderKey).toString(), home->filePath(folder));
     }
 
@@ -324,18 +308,15 @@ private slots:
             QVERIFY(QDir().mkdir(home->filePath(u"00%1"_s.arg(i))));
         openAppSettings().setValue(lastFolderKey, home->filePath(u"a/b"_s));
         open();
-        const auto inSight = [this] {
-            return browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center());
-        };
-        QTRY_VERIFY(indexOf(u"a"_s).row() >= above && inSight());
+        QTRY_VERIFY(indexOf(u"a"_s).row() >= above);
+        QTRY_VERIFY(browser()->viewport()->rect().contains(browser()->visualRect(indexOf(u"a/b"_s)).center()));
     }
 
 private:
-    static bool makeFile(const QString& path, const QByteArray& content = {})
+    void makeFiles(const QStringList& names, const QByteArray& content = {}) const
     {
-        QFile file(path);
-        return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
-            && file.write(content) == content.size();
+        for (const QString& name : names)
+            writeTestFile(home->path(), name, content);
     }
     QStringList inHome(const QString& names) const
     {
@@ -346,11 +327,10 @@ private:
     }
     void open()
     {
-        dialog = std::make_unique<AddToIpfsDialog>(client.get(), false);
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        make(client.get(), false);
+        showActive();
     }
-    QAbstractButton* button(QLatin1StringView start) const
+    QAbstractButton* control(QLatin1StringView start) const
     {
         for (auto* any : dialog->findChildren<QAbstractButton*>()) {
             if (any->text().remove(u'&').startsWith(start))
@@ -360,11 +340,8 @@ private:
     }
     QComboBox* remoteService() const
     {
-        for (auto* combo : dialog->findChildren<QComboBox*>()) {
-            if (combo->isEditable())
-                return combo;
-        }
-        return nullptr;
+        const auto combos = dialog->findChildren<QComboBox*>();
+        return *std::ranges::find_if(combos, &QComboBox::isEditable);
     }
     QLineEdit* findEdit() const { return dialog->findChild<QLineEdit*>({}, Qt::FindDirectChildrenOnly); }
     void choose(const QString& destination) const
@@ -399,7 +376,7 @@ private:
             text = box.windowTitle() == "Add to IPFS"_L1 ? box.text() : u"another title"_s;
             box.accept();
         });
-        button("Add to IPFS"_L1)->click();
+        control("Add to IPFS"_L1)->click();
         return dialog->isVisible() ? text : u"closed"_s;
     }
     void pick(QLatin1StringView opener, const QStringList& paths) const
@@ -409,29 +386,11 @@ private:
             name->setText(paths.size() == 1 ? paths.constFirst() : u"\"%1\""_s.arg(paths.join(u"\" \""_s)));
             paths.isEmpty() ? picker.reject() : static_cast<QDialog&>(picker).accept();
         });
-        button(opener)->click();
+        control(opener)->click();
         QVERIFY(answer.wasGiven());
-    }
-    /// Returns whether the drag was accepted. The source offers to move the files and to copy them.
-    static bool drop(QWidget* target, const QList<QUrl>& urls)
-    {
-        QMimeData data;
-        data.setUrls(urls);
-        data.setText(u"text"_s);
-        const auto actions = Qt::MoveAction | Qt::CopyAction;
-        QDragEnterEvent enter({5, 5}, actions, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(target, &enter);
-        QDropEvent event({5, 5}, actions, &data, Qt::LeftButton, {});
-        event.setDropAction(Qt::MoveAction);
-        if (enter.isAccepted())
-            QApplication::sendEvent(target, &event);
-        return enter.isAccepted() && event.isAccepted() && event.dropAction() == Qt::CopyAction;
     }
 
     std::unique_ptr<QTemporaryDir> home;
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<AddToIpfsDialog> dialog;
 };
 
 NORVO_TEST_MAIN(QApplication, tst_AddToIpfs)

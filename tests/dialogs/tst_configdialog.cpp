@@ -104,7 +104,7 @@ private slots:
     {
         for (const QSize& size : {QSize(1200, 700), dialog->minimumSize()}) {
             dialog->resize(size);
-            QTRY_COMPARE(field(0)->y() == button("&Get")->y(), size.width() == 1200);
+            QTRY_COMPARE(field(0)->y() == button("Get")->y(), size.width() == 1200);
             QTRY_VERIFY(field(0)->width() > 150);
             for (const auto* button : dialog->findChildren<QPushButton*>())
                 QTRY_VERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->text()));
@@ -113,11 +113,8 @@ private slots:
 
     void whatIsSet_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("query"); // none if it is refused
-        QTest::addColumn<QString>("error");
+        // query: none if it is refused
+        addColumns<QString, QString, QString, QString, QString>("key", "value", "mode", "query", "error");
         const auto row = [](const char* name, const QString& key, const QString& value, const char* mode,
                             const QString& query, const QString& error = {}) {
             QTest::newRow(name) << key << value << QString::fromLatin1(mode) << query << error;
@@ -137,7 +134,7 @@ private slots:
         QFETCH(const QString, mode);
         QFETCH(const QString, query);
         fill(key, value, mode);
-        button("&Set")->click();
+        button("Set")->click();
         QCOMPARE(isIdle(), query.isEmpty());
         if (query.isEmpty()) {
             QFETCH(const QString, error);
@@ -172,7 +169,7 @@ private slots:
         }
         const QString section = QString(400'000, u'x'); // longer than what a field takes by itself
         node->answer(keyPath, NodeAnswer::json(R"({"Value":")" + section.toUtf8() + R"("})"));
-        button("&Get")->click();
+        button("Get")->click();
         QTRY_COMPARE(field(1)->text().size(), section.size());
         QCOMPARE(field(0)->text(), u"Swarm.X"_s);
         QCOMPARE(status()->text(), u"Loaded key ''"_s);
@@ -183,14 +180,14 @@ private slots:
     {
         fill(u" swarm.X<b>"_s, u"x"_s);
         answerNext(
-            QMessageBox::No, [this] { button("&Set")->click(); },
+            QMessageBox::No, [this] { button("Set")->click(); },
             u"Potentially risky key|You are changing 'swarm.X<b>'.\n\nThis may break RPC connectivity or "
             "networking.\nProceed?"_s);
         QVERIFY(isIdle() && !restore()->isEnabled());
         fill(u"A.B"_s, u"x"_s);
         node->answer(showPath, NodeAnswer::json(R"({"later":1})"));
         for (int i = 0; i < 2; ++i) {
-            button("&Set")->click();
+            button("Set")->click();
             QTRY_VERIFY(isIdle());
         }
         answerNext(
@@ -224,7 +221,7 @@ private slots:
                 edit->setPlainText(edited);
                 accept ? button("Replace")->click() : box.reject();
             });
-            button("Re&place Config…")->click();
+            button("Replace Config…")->click();
             QTRY_VERIFY(editor.wasGiven());
         };
         replaceBy(text, false);
@@ -244,16 +241,15 @@ private slots:
         QCOMPARE(documentIn(node->requests(replacePath).value(0)), text.toUtf8());
         QTRY_VERIFY(isIdle());
         refreshWith("{}");
-        button("Re&place Config…")->click();
+        button("Replace Config…")->click();
         verifyFailure(u"Load config first before replacing."_s);
     }
 
     /// Whatever becomes of the answer, the dialog stays usable, keeps its tree, and may go meanwhile.
     void nodesThatAnswerBadly_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("error"); // none if there is no answer
+        // error: none if there is no answer
+        addColumns<QByteArray, NodeAnswer, QString>("path", "answer", "error");
         for (const auto& [path, call] : {std::pair(showPath, u"get config"_s),
                                          {keyPath, u"set config key"_s},
                                          {replacePath, u"replace config"_s}}) {
@@ -279,7 +275,7 @@ private slots:
             if (path == replacePath)
                 client->replaceConfig("{}");
             else
-                button(path == showPath ? "&Refresh" : "&Set")->click();
+                button(path == showPath ? "Refresh" : "Set")->click();
         };
         int asked = node->headCount(path) + 1;
         ask();
@@ -315,15 +311,15 @@ private slots:
         other.answer(showPath, NodeAnswer::json(R"({"Theirs":1})"));
         const auto change = [&] { client->setEndpoint(u"127.0.0.1"_s, other.port()); };
         fill(u"A.B"_s, u"x"_s);
-        button("&Set")->click();
+        button("Set")->click();
         QTRY_VERIFY(restore()->isEnabled());
-        button("Re&place Config…")->click();
+        button("Replace Config…")->click();
         change();
         QVERIFY(field(0)->text().isEmpty() && field(1)->text().isEmpty() && tree()->topLevelItemCount() == 0);
         QTRY_COMPARE(tree()->topLevelItemCount(), 1);
         QTRY_VERIFY(!dialog->findChild<QPlainTextEdit*>() && isIdle() && !restore()->isEnabled());
 
-        for (const char* asking : {"&Set", "Re&place Config…"}) {
+        for (const char* asking : {"Set", "Replace Config…"}) {
             client->setEndpoint(u"127.0.0.1"_s, node->port());
             QTRY_COMPARE(tree()->topLevelItemCount(), 4);
             const qsizetype count = other.requests().size();
@@ -347,12 +343,12 @@ private slots:
     {
         fill(u"Swarm.X"_s, u"x"_s);
         const ModalAnswer<QMessageBox> risky([this](QMessageBox&) { dialog.reset(); });
-        button("&Set")->click();
+        button("Set")->click();
         QVERIFY(risky.wasGiven() && !dialog);
         open();
         QTRY_COMPARE(tree()->topLevelItemCount(), 4);
         const ModalAnswer<QMessageBox> question([this](QMessageBox&) { dialog.reset(); });
-        button("Re&place Config…")->click();
+        button("Replace Config…")->click();
         qobject_cast<QDialog*>(dialog->findChild<QPlainTextEdit*>()->window())->accept();
         QTRY_VERIFY(question.wasGiven() && !dialog);
         client->fetchConfig(); // what was sent before has come once this has

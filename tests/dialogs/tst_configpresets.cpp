@@ -4,7 +4,6 @@
 
 #include <QFileDialog>
 #include <QInputDialog>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -25,7 +24,7 @@ private slots:
         QTRY_VERIFY(isIdle());
         const auto apply = [this](int place) {
             box(1)->setCurrentIndex(place);
-            button("&Apply Preset")->click();
+            button("Apply Preset")->click();
         };
         QStringList labels;
         for (int i = 0; i < box(1)->count(); ++i)
@@ -60,10 +59,10 @@ private slots:
 
     void areSavedAndDeleted()
     {
-        button("&Delete Preset")->click();
+        button("Delete Preset")->click();
         verifyFailure(u"Select a custom preset to delete."_s);
         fill(u"k"_s, u" "_s);
-        button("Sa&ve Preset")->click();
+        button("Save Preset")->click();
         verifyFailure(u"Enter key and value before saving a preset."_s);
         fill(u" k "_s, u" v "_s, u"Bool"_s); // not judged before it is applied
         save(u" \t"_s);
@@ -86,12 +85,12 @@ private slots:
         save(u"builtin-api-localhost"_s);
         QTRY_COMPARE(box(1)->currentText(), u"API: localhost:5001"_s); // the first of that name
         QCOMPARE(stored().size(), 2);
-        button("&Delete Preset")->click();
+        button("Delete Preset")->click();
         verifyFailure(u"Select a custom preset to delete."_s);
         for (const auto choice : {QMessageBox::No, QMessageBox::Yes}) {
             box(1)->setCurrentIndex(6);
             answerNext(
-                choice, [this] { button("&Delete Preset")->click(); }, u"Delete preset|Delete preset '<b>mine'?"_s);
+                choice, [this] { button("Delete Preset")->click(); }, u"Delete preset|Delete preset '<b>mine'?"_s);
             QCOMPARE(stored().size(), choice == QMessageBox::Yes ? 1 : 2);
         }
         QCOMPARE(status()->text(), u"Deleted preset '<b>mine'."_s);
@@ -103,32 +102,32 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"norvo-config-presets.json"_s);
-        button("E&xport Presets")->click();
+        button("Export Presets")->click();
         verifyFailure(u"No custom presets to export."_s);
         store({7});
         writeTestFile(folder.path(), u"norvo-config-presets.json"_s, "old");
-        pick("E&xport Presets", u"Export custom presets"_s, path, u"No valid custom presets to export."_s);
+        pick("Export Presets", u"Export custom presets"_s, path, u"No valid custom presets to export."_s);
         QCOMPARE(contentOf(path), "old");
         const QByteArray file
             = R"([{"name":"n","key":"k","value":" v","mode":"JSON"},{"name":"n","key":"k2","mode":"Bool"}])";
-        pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"in.json"_s, file),
+        pick("Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"in.json"_s, file),
              u"Imported 2 preset(s)."_s);
         QCOMPARE(box(1)->itemText(box(1)->count() - 1), u"Custom: n"_s);
         store(stored() << 7 << entry(u" o "_s, u" \""_s));
-        pick("E&xport Presets", u"Export custom presets"_s, path, u"Exported 2 preset(s)."_s);
+        pick("Export Presets", u"Export custom presets"_s, path, u"Exported 2 preset(s)."_s);
         QCOMPARE(contentOf(path),
                  "[\n    {\n        \"key\": \"k2\",\n        \"mode\": \"Bool\",\n        \"name\": \"n\",\n"
                  "        \"value\": \"\"\n    },\n    {\n        \"key\": \"k\",\n        \"mode\": \"String\",\n"
                  "        \"name\": \"o\",\n        \"value\": \" \\\"\"\n    }\n]\n");
         const QVariantList before = stored();
-        pick("&Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"bad.json"_s, "[7]"),
+        pick("Import Presets", u"Import custom presets"_s, writeTestFile(folder.path(), u"bad.json"_s, "[7]"),
              u"No valid presets found in file."_s);
         QVERIFY(QFile::resize(path, 9 * 1024 * 1024));
-        pick("&Import Presets", u"Import custom presets"_s, path, u"Import file must be a JSON array of presets."_s);
+        pick("Import Presets", u"Import custom presets"_s, path, u"Import file must be a JSON array of presets."_s);
         QCOMPARE(status()->toolTip(), u"The file has 9.0 MB; at most 8.0 MB are read."_s);
         QCOMPARE(stored(), before);
         // Where nothing can be written; no rights stop the tests that root runs.
-        pick("E&xport Presets", u"Export custom presets"_s, u"/proc/self/none.json"_s, u"Could not write file: "_s);
+        pick("Export Presets", u"Export custom presets"_s, u"/proc/self/none.json"_s, u"Could not write file: "_s);
         QVERIFY(status()->toolTip().isEmpty());
     }
 
@@ -156,7 +155,7 @@ private:
             question.setTextValue(name);
             question.accept();
         });
-        button("Sa&ve Preset")->click();
+        button("Save Preset")->click();
         QTRY_VERIFY(answer.wasGiven());
     }
     /// Chooses a file, after which the status begins with `outcome`.

@@ -7,7 +7,6 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
@@ -43,9 +42,8 @@ private slots:
     /// What JSON mode sends, and what is shown of that value; what is sent reads back as the same.
     void values_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("sent"); // none if the text is refused
-        QTest::addColumn<QString>("shown");
+        // sent: none if the text is refused
+        addColumns<QString, QString, QString>("typed", "sent", "shown");
         const auto row = [](const QString& typed, const QString& sent, const QString& shown) {
             QTest::newRow(qPrintable(typed)) << typed << sent << shown;
         };
@@ -123,11 +121,7 @@ private slots:
 
     void presetFiles_data()
     {
-        QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<QStringList>("expected");
-        const auto row = [](const char* name, const QByteArray& json, const QStringList& expected) {
-            QTest::newRow(name) << json << expected;
-        };
+        const auto row = addColumns<QByteArray, QStringList>("json", "expected");
         row("trimmed, but for the value", R"([{"name":" n ","key":"k\t","value":" v ","mode":" Bool","custom":true}])",
             {u"n|k| v |Bool"_s});
         row("value that is no text", R"([{"name":"n","key":"k","value":true,"mode":"JSON"}])", {u"n|k||JSON"_s});
@@ -168,20 +162,17 @@ private slots:
 
     void filesThatAreNotRead_data()
     {
-        QTest::addColumn<QString>("file"); // in the test's folder
-        QTest::addColumn<QString>("error");
-        QTest::addColumn<QString>("detail");
+        // file: in the test's folder
+        const auto row = addColumns<QString, QString, QString>("file", "error", "detail");
         const QString notRegular = u"It is not a regular file."_s;
-        QTest::newRow("large") << u"large"_s << noList << u"The file has 100.0 MB; at most 8.0 MB are read."_s;
-        QTest::newRow("a byte too large")
-            << u"larger"_s << noList << u"The file has 8.0 MB; at most 8.0 MB are read."_s;
-        QTest::newRow("as large as may be") << u"limit"_s << QString() << QString();
-        QTest::newRow("folder") << u"."_s << u"Could not open file: file to open is a directory"_s << QString();
-        QTest::newRow("gone") << u"gone"_s << u"Could not open file: No such file or directory"_s << QString();
-        QTest::newRow("device without an end") << u"/dev/zero"_s << noList << notRegular;
-        QTest::newRow("pipe that nobody writes to") << u"pipe"_s << noList << notRegular;
-        QTest::newRow("file that can't be read")
-            << u"/proc/self/mem"_s << u"Could not open file: Input/output error"_s << QString();
+        row("large", u"large"_s, noList, u"The file has 100.0 MB; at most 8.0 MB are read."_s);
+        row("a byte too large", u"larger"_s, noList, u"The file has 8.0 MB; at most 8.0 MB are read."_s);
+        row("as large as may be", u"limit"_s, QString(), QString());
+        row("folder", u"."_s, u"Could not open file: file to open is a directory"_s, QString());
+        row("gone", u"gone"_s, u"Could not open file: No such file or directory"_s, QString());
+        row("device without an end", u"/dev/zero"_s, noList, notRegular);
+        row("pipe that nobody writes to", u"pipe"_s, noList, notRegular);
+        row("file that can't be read", u"/proc/self/mem"_s, u"Could not open file: Input/output error"_s, QString());
     }
     void filesThatAreNotRead()
     {

@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "AppSettings.h"
 #include "DhtGroups.h"
 #include "DhtStatsDialog.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
-#include "NodeWords.h"
-#include "TestMain.h"
+#include "DialogTest.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTableWidget>
@@ -45,31 +38,23 @@ QJsonValue manyBuckets(int count)
 
 } // namespace
 
-class tst_DhtStats : public QObject
+class tst_DhtStats : public DialogTest<DhtStatsDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         node->answer(dhtPath, NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        messages.clear();
         open();
     }
     void cleanup() { dialog.reset(); }
 
     void whatAnAnswerShows_data()
     {
-        QTest::addColumn<QByteArray>("json"); // in an array
-        QTest::addColumn<QStringList>("shown");
-        const auto row = [](const char* name, const QByteArray& json, const QStringList& shown) {
-            QTest::newRow(name) << json << shown;
-        };
+        // json: in an array
+        const auto row = addColumns<QByteArray, QStringList>("json", "shown");
         const QStringList wan {u"DHT: wan"_s};
         row("an object", R"({"Name":"wan"})", wan);
         row("an array of one", R"([{"Name":"wan"}])", wan);
@@ -87,9 +72,10 @@ private slots:
         emit client->dhtStatsReceived(QJsonDocument::fromJson('[' + json + ']').array().first());
         QTRY_VERIFY(isComplete());
         QTEST(titles(), "shown");
-        QCOMPARE(status(), u"Loaded from /api/v0/stats/dht"_s);
+        QCOMPARE(status()->text(), u"Loaded from /api/v0/stats/dht"_s);
         dialog->hide();
         dialog->show(); // an empty one asks again
+        QCOMPARE(messages.filter(u"Fetching"_s).size(), titles().isEmpty() ? 2 : 1);
         QTRY_COMPARE(node->heldCount(dhtPath), titles().isEmpty() ? 2 : 1);
     }
 
@@ -109,7 +95,7 @@ private slots:
         table->setFocus();
         QTRY_COMPARE(QApplication::focusWidget(), table);
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"<b>p\tkubo\nr\t"_s);
+        QCOMPARE(clipboard(), u"<b>p\tkubo\nr\t"_s);
         QCOMPARE(messages, QStringList({u"Fetching DHT stats…"_s, u"DHT stats loaded"_s}));
     }
 
@@ -171,7 +157,7 @@ private slots:
         emit client->dhtStatsFailed(u"<b>x"_s);
         QVERIFY(isComplete());
         QTRY_COMPARE(titles().size(), 0);
-        QCOMPARE(status(), u"<b>x"_s);
+        QCOMPARE(status()->text(), u"<b>x"_s);
         QCOMPARE(messages.last(), u"DHT stats error: <b>x"_s);
         emit client->dhtStatsReceived(manyBuckets(150));
         dialog->hide();
@@ -186,23 +172,23 @@ private slots:
     void theChoiceIsKeptAndAskedFor()
     {
         QCOMPARE(combo()->currentText(), u"wan & lan (default)"_s);
-        QVERIFY(!combo()->isEnabled() && !button()->isEnabled());
-        node->release(dhtPath, NodeAnswer::json("[]"));
-        QTRY_VERIFY(combo()->isEnabled() && button()->isEnabled());
+        QVERIFY(!combo()->isEnabled() && !refresh()->isEnabled());
+        answerHeld(NodeAnswer::json("[]"));
+        QTRY_VERIFY(combo()->isEnabled() && refresh()->isEnabled());
         combo()->setFocus();
         combo()->setCurrentIndex(4);
         QVERIFY(dialog->focusWidget() == dialog.get());
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
         QCOMPARE(messages.last(), u"Fetching DHT stats (lanserver)…"_s);
         QCOMPARE(node->requests(dhtPath).first().rawQuery + node->requests(dhtPath).last().rawQuery, "arg=lanserver");
-        node->release(dhtPath, NodeAnswer::json("[]"));
+        answerHeld(NodeAnswer::json("[]"));
         QTRY_COMPARE(dialog->focusWidget(), combo());
         messages.clear();
         open();
         QCOMPARE(combo()->currentData(), u"lanserver"_s);
         QCOMPARE(messages.size(), 1); // by being shown, not by the choice
         openAppSettings().clear();
-        store(u"LAN"_s);
+        openAppSettings().setValue("DhtStatsDialog/dhtArg"_L1, u"LAN"_s);
         open();
         QCOMPARE(combo()->currentIndex(), 0);
     }
@@ -210,16 +196,16 @@ private slots:
     void theNodesWordsAreShown()
     {
         answerHeld(NodeAnswer::error("this command must be run in online mode. Try running 'ipfs daemon' first"));
-        QTRY_COMPARE(nodeWords()->text(),
+        QTRY_COMPARE(words()->text(),
                      u"The node says: this command must be run in online mode. Try running 'ipfs daemon' first"_s);
-        QVERIFY(nodeWords()->isVisible() && nodeWords()->textFormat() == Qt::PlainText);
-        QVERIFY(status().startsWith(u"Failed to get DHT stats: "_s) && !status().contains(u'\n'));
-        button()->click();
+        QVERIFY(words()->isVisible() && words()->textFormat() == Qt::PlainText);
+        QVERIFY(status()->text().startsWith(u"Failed to get DHT stats: "_s) && !status()->text().contains(u'\n'));
+        refresh()->click();
         QTRY_COMPARE(node->heldCount(dhtPath), 1);
-        QVERIFY(!nodeWords()->isVisible());
+        QVERIFY(!words()->isVisible());
         answerHeld(NodeAnswer::brokenOff(wanAndLan, "no LAN client found"));
-        QTRY_COMPARE(status(), u"Loaded from /api/v0/stats/dht"_s);
-        QCOMPARE(nodeWords()->text(), u"The node says: no LAN client found"_s);
+        QTRY_COMPARE(status()->text(), u"Loaded from /api/v0/stats/dht"_s);
+        QCOMPARE(words()->text(), u"The node says: no LAN client found"_s);
         QVERIFY(!titles().isEmpty());
     }
 
@@ -240,18 +226,11 @@ private slots:
 private:
     void open()
     {
-        dialog = std::make_unique<DhtStatsDialog>(client.get());
-        connect(dialog.get(), &DhtStatsDialog::statusMessageRequested, this,
-                [this](const QString& message) { messages += message; });
+        make(client.get());
         const int before = node->heldCount(dhtPath);
         dialog->show();
         dialog->resize(1100, 700);
         QTRY_COMPARE(node->heldCount(dhtPath), before + 1);
-    }
-    static void store(const QString& dhtArg)
-    {
-        QSettings settings = openAppSettings();
-        settings.setValue("DhtStatsDialog/dhtArg"_L1, dhtArg);
     }
     void answerHeld(const NodeAnswer& answer) const { node->release(dhtPath, answer); }
 
@@ -271,15 +250,8 @@ private:
             cells.append(table.item(row, column)->text());
         return cells.join(u'|');
     }
-    QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
-    NodeWords* nodeWords() const { return dialog->findChild<NodeWords*>(); }
     QComboBox* combo() const { return dialog->findChild<QComboBox*>(); }
-    QPushButton* button() const { return dialog->findChild<QPushButton*>(); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<DhtStatsDialog> dialog;
-    QStringList messages;
+    QPushButton* refresh() const { return dialog->findChild<QPushButton*>(); }
 };
 
 NORVO_TEST_MAIN(QApplication, tst_DhtStats)

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "AppSettings.h"
-#include "FakeNode.h"
+#include "DialogTest.h"
 #include "GcDialog.h"
 #include "GcReportText.h"
-#include "IpfsClient.h"
-#include "NodeWords.h"
-#include "TestMain.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QJsonDocument>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QTextBlock>
 
@@ -28,24 +21,17 @@ QStringList numberedLines(int count)
 
 } // namespace
 
-class tst_Gc : public QObject
+class tst_Gc : public DialogTest<GcDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         node->answer("/repo/stat", NodeAnswer::hold());
         node->answer("/repo/gc", NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        dialog = std::make_unique<GcDialog>(client.get());
-        messages.clear();
-        connect(dialog.get(), &GcDialog::statusMessageRequested, this,
-                [this](const QString& message) { messages += message; });
+        make(client.get());
         dialog->show();
         QTRY_COMPARE(node->heldCount("/repo/stat"), 1);
     }
@@ -53,11 +39,8 @@ private slots:
 
     void statLines_data()
     {
-        QTest::addColumn<QByteArray>("stat");
-        QTest::addColumn<QString>("lines"); // after the first
-        const auto row = [](const char* name, const QByteArray& stat, const QString& lines) {
-            QTest::newRow(name) << stat << lines;
-        };
+        // lines: after the first
+        const auto row = addColumns<QByteArray, QString>("stat", "lines");
         const QString empty = u"NumObjects: 0\nRepoSize: 0 B (0 B)"_s;
         row("nothing is none, not unknown", "{}", empty);
         row("all",
@@ -85,28 +68,28 @@ private slots:
 
     void statsAndCollectionReplaceEachOther()
     {
-        QVERIFY(!button(0)->isEnabled() && !button(1)->isEnabled());
+        QVERIFY(!statsButton()->isEnabled() && !collectButton()->isEnabled());
         dialog->hide();
         dialog->show(); // still waiting for the first answer
         node->release("/repo/stat", NodeAnswer::json(R"({"RepoPath":"<b>&amp;"})"));
-        QTRY_VERIFY(button(0)->isEnabled() && button(1)->isEnabled());
+        QTRY_VERIFY(statsButton()->isEnabled() && collectButton()->isEnabled());
         QVERIFY(text().endsWith(u"\nRepoPath: <b>&amp;"_s));
         dialog->hide();
         dialog->show();
         QCOMPARE(node->count("/repo/stat"), 1);
 
-        button(1)->click();
+        collectButton()->click();
         QCOMPARE(text(), QString());
         QTRY_COMPARE(node->heldCount("/repo/gc"), 1);
         node->release("/repo/gc",
                       NodeAnswer::json("{\"Key\":{\"/\":\"a\"}}\n{\"Key\":null,\"Error\":\"<i>\"}\n"
                                        "{\"Key\":{\"/\":\"b\"}}\n"));
-        QTRY_VERIFY(button(1)->isEnabled());
+        QTRY_VERIFY(collectButton()->isEnabled());
         QVERIFY(text().endsWith(u"] /api/v0/repo/gc completed\nCollected entries: 2\nErrors: 1\n\nErrors:\n - <i>\n\n"
                                 "Collected CIDs:\n - a\n - b"_s));
         emit client->repoGcCompleted({}, {});
         QVERIFY(text().endsWith(u"\nCollected entries: 0\nErrors: 0\n\nNo collected CIDs returned."_s));
-        QCOMPARE(status(), u"GC completed"_s);
+        QCOMPARE(status()->text(), u"GC completed"_s);
         QCOMPARE(
             messages,
             QStringList({u"Fetching repo stats..."_s, u"Repo stats loaded"_s, u"Running repo garbage collection..."_s,
@@ -116,23 +99,23 @@ private slots:
     void aFailureShowsTheNodesWords()
     {
         node->release("/repo/stat", NodeAnswer::error("<b>locked"));
-        QTRY_VERIFY(button(0)->isEnabled());
-        QCOMPARE(nodeWords(), u"The node says: <b>locked"_s);
-        QVERIFY(status().startsWith(u"Failed to get repo stat: "_s));
-        QCOMPARE(text(), status());
-        QVERIFY(dialog->findChild<StatusLabel*>()->styleSheet().contains(u"darkred"_s));
+        QTRY_VERIFY(statsButton()->isEnabled());
+        QCOMPARE(words()->text(), u"The node says: <b>locked"_s);
+        QVERIFY(status()->text().startsWith(u"Failed to get repo stat: "_s));
+        QCOMPARE(text(), status()->text());
+        QVERIFY(isRed());
         emit client->repoGcFailed(u"<b>x"_s);
-        QCOMPARE(text() + status(), u"<b>x<b>x"_s);
-        button(1)->click();
-        QCOMPARE(nodeWords(), QString()); // those of an earlier call
+        QCOMPARE(text() + status()->text(), u"<b>x<b>x"_s);
+        collectButton()->click();
+        QCOMPARE(words()->text(), QString()); // those of an earlier call
         QVERIFY(messages.value(1).startsWith(u"Repo stats error: "_s));
         QCOMPARE(messages.value(2), u"Repo GC error: <b>x"_s);
     }
 
     void anotherNodeIsAskedAnew()
     {
-        button(1)->setEnabled(true); // as if the statistics had come
-        button(1)->click();
+        collectButton()->setEnabled(true); // as if the statistics had come
+        collectButton()->click();
         QTRY_COMPARE(node->heldCount("/repo/gc"), 1);
         FakeNode other;
         other.answer("/repo/stat", NodeAnswer::json(R"({"RepoPath":"/other"})"));
@@ -141,20 +124,20 @@ private slots:
         QTRY_VERIFY(text().endsWith(u"/other"_s));
         node->release("/repo/gc", NodeAnswer::json(R"({"Key":{"/":"old"}})"));
         QTRY_VERIFY(text().endsWith(u" - old"_s));
-        QCOMPARE(status(), u"GC completed at the former node"_s);
-        button(1)->click();
+        QCOMPARE(status()->text(), u"GC completed at the former node"_s);
+        collectButton()->click();
         QTRY_VERIFY(text().endsWith(u" - new"_s));
-        QCOMPARE(status(), u"GC completed"_s);
+        QCOMPARE(status()->text(), u"GC completed"_s);
 
         dialog->hide();
         client->setEndpoint(u"127.0.0.1"_s, node->port());
         QCOMPARE(text(), QString());
-        QVERIFY(button(0)->isEnabled());
+        QVERIFY(statsButton()->isEnabled());
         node->clearRequests();
         dialog->show();
         QTRY_COMPARE(node->heldCount("/repo/stat"), 1 + 1); // the first one of all is still held
-        button(1)->setEnabled(true);
-        button(1)->click();
+        collectButton()->setEnabled(true);
+        collectButton()->click();
         dialog.reset(); // answers to come find nobody
         node->release("/repo/stat", NodeAnswer::json("{}"), 1);
         QTRY_COMPARE(node->count("/repo/gc"), 1);
@@ -168,14 +151,14 @@ private slots:
         QVERIFY(text().contains(u"\n - line 5000\n"_s));
         view()->selectAll();
         view()->copy(); // before all is there
-        const QString copied = QGuiApplication::clipboard()->text();
+        const QString copied = clipboard();
         QVERIFY(copied.endsWith(u" - line 59999"_s));
         QTRY_VERIFY(!view()->isFilling());
         QCOMPARE(text(), copied);
         QCOMPARE(copied.count(u'\n'), cids.size() + 4);
         QCOMPARE(view()->verticalScrollBar()->value(), 0);
         view()->copy(); // all of it is still selected
-        QCOMPARE(QGuiApplication::clipboard()->text(), copied);
+        QCOMPARE(clipboard(), copied);
 
         emit client->repoGcCompleted(cids, {});
         emit client->repoGcFailed(u"x"_s);
@@ -219,14 +202,8 @@ private slots:
 private:
     LineView* view() const { return dialog->findChild<LineView*>(); }
     QString text() const { return view()->toPlainText(); }
-    QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
-    QString nodeWords() const { return dialog->findChild<NodeWords*>()->text(); }
-    QPushButton* button(int index) const { return dialog->findChildren<QPushButton*>().value(index); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<GcDialog> dialog;
-    QStringList messages;
+    QPushButton* statsButton() const { return dialog->findChildren<QPushButton*>().value(0); }
+    QPushButton* collectButton() const { return dialog->findChildren<QPushButton*>().value(1); }
 };
 
 NORVO_TEST_MAIN(QApplication, tst_Gc)

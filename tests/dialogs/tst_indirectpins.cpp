@@ -1,25 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "Detached.h"
-#include "FakeNode.h"
+#include "DialogTest.h"
 #include "IndirectPinsDialog.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
 #include "ProductInfo.h"
-#include "TestMain.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QDesktopServices>
-#include <QLabel>
-#include <QLineEdit>
-#include <QSettings>
 #include <QTableView>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
-class tst_IndirectPins : public QObject
+class tst_IndirectPins : public DialogTest<IndirectPinsDialog>
 {
     Q_OBJECT
 
@@ -29,22 +19,16 @@ public slots:
 private slots:
     void init()
     {
-        failOnWarnings();
-        QSettings(u"Norvo"_s, u"settings"_s).clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         node->answer("/refs", NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
         for (const auto scheme : {"http"_L1, "https"_L1})
             QDesktopServices::setUrlHandler(scheme, this, "keepUrl");
     }
     void cleanup()
     {
-        dialog.reset();
+        close();
         for (const auto scheme : {"http"_L1, "https"_L1})
             QDesktopServices::unsetUrlHandler(scheme);
-        client.reset();
-        QVERIFY(waitForDetached(10s));
     }
 
     void answers()
@@ -121,7 +105,7 @@ private slots:
         click(2, {});
         click(0, Qt::ControlModifier);
         QVERIFY(chooseFromMenu(1, u"Copy CID"_s)); // the pointer on a row that is not selected
-        QCOMPARE(QGuiApplication::clipboard()->text(), u"c\na"_s);
+        QCOMPARE(clipboard(), u"c\na"_s);
         opened.clear();
         QVERIFY(chooseFromMenu(1, u"Open from gateway"_s));
         QVERIFY(chooseFromMenu(1, u"Open from local"_s));
@@ -144,9 +128,8 @@ private slots:
 private:
     void open(const QString& root)
     {
-        dialog = std::make_unique<IndirectPinsDialog>(root, client.get());
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        make(root, client.get());
+        showActive();
     }
     void openWith(const QStringList& cids)
     {
@@ -164,7 +147,7 @@ private:
         QTest::keySequence(table(), QKeySequence::Copy);
         for (const char* slot : {"onOpenInGateway", "onOpenFromLocal"})
             QVERIFY(QMetaObject::invokeMethod(dialog.get(), slot));
-        QCOMPARE(QGuiApplication::clipboard()->text(), text.isEmpty() ? u"before"_s : text);
+        QCOMPARE(clipboard(), text.isEmpty() ? u"before"_s : text);
         QCOMPARE(opened.size(), text.isEmpty() ? 0 : 2);
     }
     void verifyFirstRowIsUsable(bool usable)
@@ -197,9 +180,6 @@ private:
         return texts;
     }
 
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<IndirectPinsDialog> dialog;
     QStringList opened;
 };
 

@@ -79,9 +79,8 @@ private slots:
     /// Each row has all outcomes of two calls for one of the third.
     void verdicts_data()
     {
-        QTest::addColumn<QString>("swarm");
-        QTest::addColumn<QString>("dht");
-        QTest::addColumn<QString>("states"); // for bitswap good, bad, failed
+        // states: for bitswap good, bad, failed
+        addColumns<QString, QString, QString>("swarm", "dht", "states");
         const auto row = [](const char* swarm, const char* dht, const char* states) {
             QTest::addRow("%s %s", swarm, dht)
                 << QString::fromLatin1(swarm) << QString::fromLatin1(dht) << QString::fromLatin1(states);
@@ -109,8 +108,7 @@ private slots:
 
     void levels_data()
     {
-        QTest::addColumn<QStringList>("outcomes");
-        QTest::addColumn<QStringList>("expected");
+        addColumns<QStringList, QStringList>("outcomes", "expected");
         const auto row = [](const char* outcomes, const QStringList& expected) {
             QTest::newRow(outcomes) << QString::fromLatin1(outcomes).split(u' ') << expected;
         };
@@ -177,25 +175,23 @@ private slots:
 
     void dhtViews_data()
     {
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<QString>("summary"); // views, buckets, peers, connected peers
-        QTest::addColumn<QString>("first");
+        // summary: views, buckets, peers, connected peers
+        const auto row = addColumns<QByteArray, QString, QString>("data", "summary", "first");
         const QString none
             = uR"({"bucket_count":0,"buckets":[],"connected_peer_count":0,"name":"%1","peer_count":0})"_s;
-        QTest::newRow("an object") << QByteArray(R"({"Name":42,"Buckets":7})") << u"1 0 0 0"_s << none.arg(u"wan"_s);
-        QTest::newRow("no views") << QByteArray("[7,null,[]]") << u"0 0 0 0"_s << u"{}"_s;
-        QTest::newRow("an empty name") << QByteArray(R"([7,{"Name":"","Buckets":null}])") << u"1 0 0 0"_s
-                                       << none.arg(QString());
-        QTest::newRow("peers")
-            << QByteArray(
-                   R"([{"Name":"lan","Buckets":[7,{"LastRefresh":"r","Peers":[{"ID":"p","Connected":true,"AgentVersion":"v","LastUsefulAt":"u","LastQueriedAt":"q"},"x"]}]},)"
-                   R"({"Buckets":[{"Peers":[{"Connected":1},{"Connected":true}]}]}])")
-            << u"2 3 4 2"_s
-            << uR"({"bucket_count":2,"buckets":[{"connected_peer_count":0,"index":0,"last_refresh":"","peer_count":0,"peers":[]},)"
-               uR"({"connected_peer_count":1,"index":1,"last_refresh":"r","peer_count":2,"peers":[)"
-               uR"({"agent_version":"v","connected":true,"last_queried_at":"q","last_useful_at":"u","peer_id":"p"},)"
-               uR"({"agent_version":"","connected":false,"last_queried_at":"","last_useful_at":"","peer_id":""}]}],)"
-               uR"("connected_peer_count":1,"name":"lan","peer_count":2})"_s;
+        row("an object", QByteArray(R"({"Name":42,"Buckets":7})"), u"1 0 0 0"_s, none.arg(u"wan"_s));
+        row("no views", QByteArray("[7,null,[]]"), u"0 0 0 0"_s, u"{}"_s);
+        row("an empty name", QByteArray(R"([7,{"Name":"","Buckets":null}])"), u"1 0 0 0"_s, none.arg(QString()));
+        row("peers",
+            QByteArray(
+                R"([{"Name":"lan","Buckets":[7,{"LastRefresh":"r","Peers":[{"ID":"p","Connected":true,"AgentVersion":"v","LastUsefulAt":"u","LastQueriedAt":"q"},"x"]}]},)"
+                R"({"Buckets":[{"Peers":[{"Connected":1},{"Connected":true}]}]}])"),
+            u"2 3 4 2"_s,
+            uR"({"bucket_count":2,"buckets":[{"connected_peer_count":0,"index":0,"last_refresh":"","peer_count":0,"peers":[]},)"
+            uR"({"connected_peer_count":1,"index":1,"last_refresh":"r","peer_count":2,"peers":[)"
+            uR"({"agent_version":"v","connected":true,"last_queried_at":"q","last_useful_at":"u","peer_id":"p"},)"
+            uR"({"agent_version":"","connected":false,"last_queried_at":"","last_useful_at":"","peer_id":""}]}],)"
+            uR"("connected_peer_count":1,"name":"lan","peer_count":2})"_s);
     }
     void dhtViews()
     {
@@ -223,23 +219,17 @@ private slots:
 
     void numbersOutOfRange_data()
     {
-        QTest::addColumn<QByteArray>("stat");
-        QTest::addColumn<qint64>("total");
-        QTest::addColumn<double>("ratio");
+        const auto row = addColumns<QByteArray, qint64, double>("stat", "total", "ratio");
         const qint64 most = std::numeric_limits<qint64>::max();
-        QTest::newRow("nothing received")
-            << QByteArray(R"({"DataReceived":0,"DupDataReceived":7})") << qint64(0) << 0.0;
-        QTest::newRow("less than nothing")
-            << QByteArray(R"({"DataReceived":-5,"DupDataReceived":7})") << qint64(-5) << 0.0;
-        QTest::newRow("too much") << QByteArray(R"({"DataReceived":1e30,"DataSent":"9223372036854775807"})") << most
-                                  << 0.0;
-        QTest::newRow("2^63") << QByteArray(R"({"DataSent":9223372036854775808})") << most << 0.0;
-        QTest::newRow("too little") << QByteArray(R"({"DataReceived":-1e30,"DataSent":-1})")
-                                    << std::numeric_limits<qint64>::min() << 0.0;
-        QTest::newRow("fraction below 1") << QByteArray(R"({"DataReceived":0.9,"DataSent":-1.9})") << qint64(-1) << 0.0;
-        QTest::newRow("text out of range")
-            << QByteArray(R"({"DataReceived":"9223372036854775808"})") << qint64(0) << 0.0;
-        QTest::newRow("a third") << QByteArray(R"({"DataReceived":3,"DupDataReceived":1})") << qint64(3) << 1.0 / 3.0;
+        row("nothing received", QByteArray(R"({"DataReceived":0,"DupDataReceived":7})"), qint64(0), 0.0);
+        row("less than nothing", QByteArray(R"({"DataReceived":-5,"DupDataReceived":7})"), qint64(-5), 0.0);
+        row("too much", QByteArray(R"({"DataReceived":1e30,"DataSent":"9223372036854775807"})"), most, 0.0);
+        row("2^63", QByteArray(R"({"DataSent":9223372036854775808})"), most, 0.0);
+        row("too little", QByteArray(R"({"DataReceived":-1e30,"DataSent":-1})"), std::numeric_limits<qint64>::min(),
+            0.0);
+        row("fraction below 1", QByteArray(R"({"DataReceived":0.9,"DataSent":-1.9})"), qint64(-1), 0.0);
+        row("text out of range", QByteArray(R"({"DataReceived":"9223372036854775808"})"), qint64(0), 0.0);
+        row("a third", QByteArray(R"({"DataReceived":3,"DupDataReceived":1})"), qint64(3), 1.0 / 3.0);
     }
     void numbersOutOfRange()
     {

@@ -1,21 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "AppSettings.h"
-#include "Detached.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
+#include "DialogTest.h"
 #include "LineView.h"
-#include "ModalAnswer.h"
 #include "NetworkStatsDialog.h"
-#include "NodeWords.h"
-#include "TestMain.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QFileDialog>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLabel>
-#include <QPushButton>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -46,35 +36,24 @@ QByteArray manyPeers()
 
 } // namespace
 
-class tst_NetworkStats : public QObject
+class tst_NetworkStats : public DialogTest<NetworkStatsDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        dialog = std::make_unique<NetworkStatsDialog>(client.get());
-        messages.clear();
-        connect(dialog.get(), &NetworkStatsDialog::statusMessageRequested, this,
-                [this](const QString& message) { messages.append(message); });
+        startNode();
+        make(client.get());
     }
-    void cleanup()
-    {
-        dialog.reset();
-        QVERIFY(waitForDetached(std::chrono::seconds(10)));
-    }
+    void cleanup() { close(); }
 
     void theFirstShowAsks()
     {
         QCOMPARE(signalLines(), noLines);
         QCOMPARE(status()->text() + status()->styleSheet(), hint + u"color: gray;"_s);
-        button("Copy JSON"_L1)->click();
-        button("Save snapshot..."_L1)->click();
+        button("Copy JSON")->click();
+        button("Save snapshot...")->click();
         QVERIFY(messages.isEmpty() && !dialog->findChild<QFileDialog*>());
         const QImage empty = view()->grab().toImage();
         view()->setPlaceholderText({});
@@ -90,8 +69,8 @@ private slots:
         dialog->hide();
         dialog->show(); // there is something to see
         QCOMPARE(node->requests().size(), 3);
-        button("Copy JSON"_L1)->click();
-        QCOMPARE(QApplication::clipboard()->text(), view()->toPlainText());
+        button("Copy JSON")->click();
+        QCOMPARE(clipboard(), view()->toPlainText());
         QCOMPARE(messages, QStringList({u"Fetching network diagnostics..."_s, u"Network snapshot JSON copied"_s}));
     }
 
@@ -118,7 +97,7 @@ private slots:
         QVERIFY(refresh()->isEnabled());
         QVERIFY(status()->text().startsWith(u"Network diagnostics loaded at "_s) && status()->styleSheet().isEmpty());
         QCOMPARE(messages, QStringList({u"Fetching network diagnostics..."_s, u"Network diagnostics loaded"_s}));
-        QVERIFY(!cause()->isVisible());
+        QVERIFY(!words()->isVisible());
 
         refresh()->click(); // what is shown stays until something comes
         QTRY_COMPARE(node->heldCount(paths[0]) + node->heldCount(paths[1]) + node->heldCount(paths[2]), 3);
@@ -130,9 +109,7 @@ private slots:
     /// The answers of a node that is offline, or has gone, with what the window says of the cause.
     void failures_data()
     {
-        QTest::addColumn<QList<NodeAnswer>>("answers");
-        QTest::addColumn<QStringList>("shown");
-        QTest::addColumn<QString>("health");
+        const auto row = addColumns<QList<NodeAnswer>, QStringList, QString>("answers", "shown", "health");
         const auto good = [](size_t call) { return NodeAnswer::json(goodBodies.at(call)); };
         const NodeAnswer gone = NodeAnswer::dropAt({}, 0);
         const NodeAnswer lists = NodeAnswer::error("this action must be run in online mode, try <b>'ipfs daemon'</b>");
@@ -141,18 +118,16 @@ private slots:
         const QString noPeers = u"Swarm peers: this action must be run in online mode, try <b>'ipfs daemon'</b>"_s;
         const QString noDht = u"DHT statistics: this command must be run in online mode."_s;
         const QString noBitswap = u"Bitswap statistics: unable to run offline: x"_s;
-        QTest::newRow("offline") << QList {lists, dht, bitswap} << QStringList {noPeers, noDht, noBitswap}
-                                 << u"unknown"_s;
-        QTest::newRow("no peers") << QList {lists, good(1), good(2)} << QStringList {noPeers} << u"poor"_s;
-        QTest::newRow("no DHT") << QList {good(0), dht, good(2)} << QStringList {noDht} << u"good"_s;
-        QTest::newRow("no exchange") << QList {good(0), good(1), bitswap} << QStringList {noBitswap} << u"degraded"_s;
-        QTest::newRow("gone") << QList {good(0), gone, gone}
-                              << QStringList {u"DHT statistics: Failed to get DHT stats: Connection closed"_s,
-                                              u"Bitswap statistics: Failed to get bitswap stats: Connection closed"_s}
-                              << u"poor"_s;
-        QTest::newRow("one view missing")
-            << QList {good(0), NodeAnswer::brokenOff(goodBodies[1], "no LAN client found"), good(2)}
-            << QStringList {u"DHT statistics: no LAN client found"_s} << u"good"_s;
+        row("offline", QList {lists, dht, bitswap}, QStringList {noPeers, noDht, noBitswap}, u"unknown"_s);
+        row("no peers", QList {lists, good(1), good(2)}, QStringList {noPeers}, u"poor"_s);
+        row("no DHT", QList {good(0), dht, good(2)}, QStringList {noDht}, u"good"_s);
+        row("no exchange", QList {good(0), good(1), bitswap}, QStringList {noBitswap}, u"degraded"_s);
+        row("gone", QList {good(0), gone, gone},
+            QStringList {u"DHT statistics: Failed to get DHT stats: Connection closed"_s,
+                         u"Bitswap statistics: Failed to get bitswap stats: Connection closed"_s},
+            u"poor"_s);
+        row("one view missing", QList {good(0), NodeAnswer::brokenOff(goodBodies[1], "no LAN client found"), good(2)},
+            QStringList {u"DHT statistics: no LAN client found"_s}, u"good"_s);
     }
     void failures()
     {
@@ -161,9 +136,9 @@ private slots:
             node->answer(paths.at(call), answers.at(static_cast<qsizetype>(call)));
         dialog->show();
         QTRY_VERIFY(refresh()->isEnabled());
-        QTEST(cause()->text().split(u'\n'), "shown");
-        QVERIFY(cause()->isVisible());
-        QCOMPARE(cause()->textFormat(), Qt::PlainText);
+        QTEST(words()->text().split(u'\n'), "shown");
+        QVERIFY(words()->isVisible());
+        QCOMPARE(words()->textFormat(), Qt::PlainText);
         QTEST(snapshot()["health"_L1]["state"_L1].toString(), "health");
         if (QLatin1StringView(QTest::currentDataTag()) == "one view missing"_L1)
             return;
@@ -173,8 +148,9 @@ private slots:
         for (size_t call = 0; call < paths.size(); ++call)
             node->answer(paths.at(call), NodeAnswer::json(goodBodies.at(call)));
         refresh()->click();
+        QVERIFY(!words()->isVisible());
         QTRY_COMPARE(messages.constLast(), u"Network diagnostics loaded"_s);
-        QVERIFY(!cause()->isVisible());
+        QVERIFY(!words()->isVisible());
     }
 
     /// Signals don't say who asked.
@@ -187,7 +163,7 @@ private slots:
         emit client->swarmPeersReceived({u"/a"_s, u"/b"_s});
         emit client->dhtStatsFailed(u"<i>theirs"_s);
         QCOMPARE(signalLines().constFirst(), u"Connectivity: swarm peers = 2"_s);
-        QCOMPARE(cause()->text(), u"DHT statistics: <i>theirs"_s);
+        QCOMPARE(words()->text(), u"DHT statistics: <i>theirs"_s);
         answer(2);
         QVERIFY(refresh()->isEnabled());
         QCOMPARE(status()->text(), partly);
@@ -195,7 +171,7 @@ private slots:
         QVERIFY(status()->text().startsWith(u"Network diagnostics loaded at "_s));
         answer(0);
         QCOMPARE(signalLines(), linesAfter({0, 1, 2}));
-        QVERIFY(!cause()->isVisible());
+        QVERIFY(!words()->isVisible());
     }
 
     void anotherNode_data()
@@ -240,14 +216,14 @@ private slots:
             if (message != "Network diagnostics loaded"_L1)
                 return;
             inSight = view()->isFilling() ? view()->toPlainText() : QString();
-            button("Copy JSON"_L1)->click();
+            button("Copy JSON")->click();
         });
         answer(1);
         answer(2);
         node->release(paths[0], NodeAnswer::json(manyPeers()));
         QTRY_VERIFY(refresh()->isEnabled());
         QCOMPARE(signalLines().constFirst(), u"Connectivity: swarm peers = 10001"_s);
-        const QString copied = QApplication::clipboard()->text();
+        const QString copied = clipboard();
         QVERIFY(!inSight.isEmpty() && inSight.size() < copied.size() && copied.startsWith(inSight));
         QTRY_VERIFY_WITH_TIMEOUT(!view()->isFilling(), 30'000);
         QCOMPARE(view()->toPlainText(), copied);
@@ -360,19 +336,10 @@ private:
 
     QFileDialog* pickerAfterSave()
     {
-        button("Save snapshot..."_L1)->click();
+        button("Save snapshot...")->click();
         return dialog->findChild<QFileDialog*>();
     }
-    QPushButton* button(QLatin1StringView text) const
-    {
-        for (auto* any : dialog->findChildren<QPushButton*>()) {
-            if (any->text().remove(u'&') == text)
-                return any;
-        }
-        return nullptr;
-    }
-    QPushButton* refresh() const { return button("Refresh"_L1); }
-    StatusLabel* status() const { return dialog->findChild<StatusLabel*>(); }
+    QPushButton* refresh() const { return button("Refresh"); }
     LineView* view() const { return dialog->findChild<LineView*>(); }
     QJsonDocument snapshot() const { return QJsonDocument::fromJson(view()->toPlainText().toUtf8()); }
     QStringList signalLines() const
@@ -384,12 +351,6 @@ private:
         }
         return lines;
     }
-    QLabel* cause() const { return dialog->findChild<NodeWords*>(); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<NetworkStatsDialog> dialog;
-    QStringList messages;
 };
 
 NORVO_TEST_MAIN(QApplication, tst_NetworkStats)

@@ -1,20 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "ContentsItem.h"
-#include "Detached.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
+#include "DialogTest.h"
 #include "PinContentsDialog.h"
-#include "StatusLabel.h"
-#include "TestMain.h"
 
 #include <QDirIterator>
 #include <QFileDialog>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QMessageBox>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
@@ -28,24 +19,23 @@ const QString root = u"root"_s;
 /// A listing of "name=cid/" for a folder, "name=cid" or "name=cid=size=name of the listed object" for a file.
 NodeAnswer listing(const QString& text)
 {
-    QJsonArray links;
+    QStringList links;
     QString objectName;
     for (const QString& entry : text.split(u',', Qt::SkipEmptyParts)) {
         const QStringList parts = entry.split(u'=');
         const bool folder = parts.at(1).endsWith(u'/');
-        links.append(QJsonObject {{u"Name"_s, parts.at(0)},
-                                  {u"Hash"_s, folder ? parts.at(1).chopped(1) : parts.at(1)},
-                                  {u"Size"_s, parts.value(2, folder ? u"0"_s : u"1"_s).toLongLong()},
-                                  {u"Type"_s, folder ? 1 : 2}});
+        links.append(uR"({"Name":"%1","Hash":"%2","Size":%3,"Type":%4})"_s.arg(
+            parts.at(0), folder ? parts.at(1).chopped(1) : parts.at(1), parts.value(2, folder ? u"0"_s : u"1"_s),
+            folder ? u"1"_s : u"2"_s));
         objectName += parts.value(3);
     }
-    const QJsonObject object {{u"Name"_s, objectName}, {u"Links"_s, links}};
-    return NodeAnswer::json(QJsonDocument(QJsonObject {{u"Objects"_s, QJsonArray {object}}}).toJson());
+    const QString body = uR"({"Objects":[{"Name":"%1","Links":[%2]}]})"_s;
+    return NodeAnswer::json(body.arg(objectName, links.join(u',')).toUtf8());
 }
 
 } // namespace
 
-class tst_PinContents : public QObject
+class tst_PinContents : public DialogTest<PinContentsDialog>
 {
     Q_OBJECT
 
@@ -53,28 +43,17 @@ private slots:
     void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
     void init()
     {
-        failOnWarnings();
-        node = std::make_unique<FakeNode>();
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
+        startNode();
         folder = std::make_unique<QTemporaryDir>();
         setKind("directory");
         node->route("/cat", cat);
         haveListings(u"root>docs=docs/,a.txt=a;docs>b.txt=b,deep=deep/;deep>c.txt=c=2048"_s);
     }
-    void cleanup()
-    {
-        dialog.reset();
-        QVERIFY(waitForDetached(10s));
-    }
+    void cleanup() { close(); }
 
     void trees_data()
     {
-        QTest::addColumn<QString>("listings");
-        QTest::addColumn<QByteArray>("kind");
-        QTest::addColumn<QString>("rootName");
-        QTest::addColumn<QString>("lines");
-        QTest::addColumn<QString>("outcome");
+        addColumns<QString, QByteArray, QString, QString, QString>("listings", "kind", "rootName", "lines", "outcome");
         const auto row = [](const char* name, const QString& listings, const QByteArray& kind, const QString& rootName,
                             const QString& lines, int files, int folders) {
             const QString outcome = u"%1 file(s), %2 folder(s)"_s.arg(files).arg(folders);
@@ -105,7 +84,7 @@ private slots:
         setKind(kind);
         open(rootName);
         QTRY_VERIFY(saveAll()->isEnabled() && node->openNow() == 0);
-        QTEST(status(), "outcome");
+        QTEST(status()->text(), "outcome");
         QTEST(lines().join(u' '), "lines");
         QCOMPARE(node->count("/files/stat"), kind.isEmpty() ? 0 : 1);
         QVERIFY(tree()->topLevelItem(0)->isExpanded());
@@ -120,12 +99,12 @@ private slots:
         emit client->lsReceived(u"other"_s, {{.name = u"x"_s, .hash = u"x"_s}});
         QVERIFY(!saveAll()->isEnabled());
         emit client->errorOccurred(u"<b>busy</b>"_s); // whoever's it is
-        QCOMPARE(status(), u"1 file(s), 1 folder(s)"_s);
+        QCOMPARE(status()->text(), u"1 file(s), 1 folder(s)"_s);
         node->answer("/cat", NodeAnswer::hold());
         save(saveAll());
         QTRY_COMPARE(node->heldCount("/cat"), 1);
         node->release("/ls", listing(u"late=l"_s));
-        QTRY_COMPARE(status(), u"2 file(s), 1 folder(s)"_s);
+        QTRY_COMPARE(status()->text(), u"2 file(s), 1 folder(s)"_s);
         QVERIFY(!saveAll()->isEnabled());
     }
 
@@ -140,7 +119,7 @@ private slots:
             QTRY_COMPARE(node->heldCount("/ls"), std::min(16, 40 - i));
             node->release("/ls", listing(u"f=F"_s));
         }
-        QTRY_COMPARE(status(), u"40 file(s), 40 folder(s)"_s);
+        QTRY_COMPARE(status()->text(), u"40 file(s), 40 folder(s)"_s);
         QCOMPARE(node->mostOpen("/ls"), 16);
     }
 
@@ -152,7 +131,8 @@ private slots:
         open();
         QTRY_VERIFY_WITH_TIMEOUT(saveAll()->isEnabled(), 60'000);
         const QString all = u"%1 file(s), 3 folder(s) (stopped; more is not listed)"_s;
-        QVERIFY(status() == all.arg(249'997) || status() == all.arg(249'996)); // with the late folder, or before it
+        QVERIFY(status()->text() == all.arg(249'997)
+                || status()->text() == all.arg(249'996)); // with the late folder, or before it
         QTRY_COMPARE(node->openNow(), 0);
     }
 
@@ -188,13 +168,13 @@ private slots:
         connect(client.get(), &IpfsClient::catReceived, this, emitForeign, Qt::SingleShotConnection);
         save(saveAll());
         QVERIFY(!saveSelected()->isEnabled());
-        QTRY_COMPARE(status(), savedText(6));
+        QTRY_COMPARE(status()->text(), savedText(6));
         QCOMPARE(saved(), QStringList({u".._up=u"_s, u"a.txt=a"_s, u"again.txt=a"_s}) + savedDocs);
         QCOMPARE(node->mostOpen("/cat"), 1);
         verifyNothingRuns();
         QCOMPARE(failures(), u"1 of 6 file(s) were not saved.\nnothing: it has no CID"_s);
         emit client->errorOccurred(u"of something else"_s);
-        QCOMPARE(status(), savedText(6));
+        QCOMPARE(status()->text(), savedText(6));
     }
 
     void savesWhatLiesBelowTheSelection()
@@ -204,7 +184,7 @@ private slots:
         docs->setSelected(true);
         docs->child(0)->setSelected(true);
         save(saveSelected());
-        QTRY_COMPARE(status(), savedText(3)); // one is selected in two ways
+        QTRY_COMPARE(status()->text(), savedText(3)); // one is selected in two ways
         QCOMPARE(saved(), savedDocs);
         QCOMPARE(node->count("/cat"), 3);
         QCOMPARE(failures(), QString());
@@ -237,7 +217,7 @@ private slots:
         for (const QString& rootName : {u"paper"_s, u"paper.x"_s}) {
             load(rootName);
             save(saveAll());
-            QTRY_COMPARE(status(), savedText(1));
+            QTRY_COMPARE(status()->text(), savedText(1));
         }
         QCOMPARE(saved(), QStringList({u"paper.pdf=%PDF-1.7"_s, u"paper.x=%PDF-1.7"_s}));
         QCOMPARE(node->requests("/cat").constFirst().value(u"arg"_s), root);
@@ -245,16 +225,14 @@ private slots:
 
     void aFailedFileStopsNoOther_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<NodeAnswer>("answer");
-        QTest::addColumn<QString>("reason");
+        const auto row = addColumns<QString, NodeAnswer, QString>("name", "answer", "reason");
         NodeAnswer tooFew = NodeAnswer::text(200, "half");
         tooFew.headers.emplaceBack("X-Content-Length", "8");
-        QTest::newRow("refused") << u"bad"_s << NodeAnswer::error("no") << u"Internal Server Error"_s;
-        QTest::newRow("interrupted") << u"bad"_s << NodeAnswer::dropAt("half", 2) << u"Connection closed"_s;
-        QTest::newRow("short") << u"bad"_s << tooFew << u"4 of 8 bytes received"_s;
-        QTest::newRow("a folder of that name") << u"taken"_s << NodeAnswer::text(200, "x") << u"directory"_s;
-        QTest::newRow("name too long") << QString(300, u'n') << NodeAnswer::text(200, "x") << u"write"_s;
+        row("refused", u"bad"_s, NodeAnswer::error("no"), u"Internal Server Error"_s);
+        row("interrupted", u"bad"_s, NodeAnswer::dropAt("half", 2), u"Connection closed"_s);
+        row("short", u"bad"_s, tooFew, u"4 of 8 bytes received"_s);
+        row("a folder of that name", u"taken"_s, NodeAnswer::text(200, "x"), u"directory"_s);
+        row("name too long", QString(300, u'n'), NodeAnswer::text(200, "x"), u"write"_s);
     }
     void aFailedFileStopsNoOther()
     {
@@ -267,7 +245,7 @@ private slots:
         });
         load();
         save(saveAll());
-        QTRY_COMPARE(status(), savedText(4));
+        QTRY_COMPARE(status()->text(), savedText(4));
         QCOMPARE(saved(), QStringList(u"a.txt=a"_s) + savedDocs);
         QVERIFY2(failures().startsWith(u"1 of 4 file(s) were not saved.\n"_s + name + u": "_s), qPrintable(failures()));
         QFETCH(const QString, reason);
@@ -280,12 +258,12 @@ private slots:
         QVERIFY(blocking.open(QIODevice::WriteOnly));
         load();
         save(saveAll());
-        QTRY_COMPARE(status(), u"Failed to create directory: "_s + folder->filePath(u"docs"_s));
-        QVERIFY(dialog->findChild<StatusLabel*>()->styleSheet().contains(u"darkred"_s));
+        QTRY_COMPARE(status()->text(), u"Failed to create directory: "_s + folder->filePath(u"docs"_s));
+        QVERIFY(isRed());
         verifyNothingRuns();
         emit client->catReceived(u"b"_s, "b"); // somebody else's
         emit client->catFailed(u"b"_s, u"no"_s);
-        QVERIFY(status().startsWith(u"Failed to create directory"_s));
+        QVERIFY(status()->text().startsWith(u"Failed to create directory"_s));
         QVERIFY(waitForDetached(10s));
         QCOMPARE(saved(), QStringList({u"a.txt=a"_s, u"docs="_s}));
     }
@@ -324,8 +302,7 @@ private slots:
     void returnInTheTreeSavesNothing()
     {
         open();
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        showActive();
         QTRY_VERIFY(saveAll()->isEnabled());
         QCOMPARE(dialog->focusWidget(), tree());
         QTest::keyClick(tree(), Qt::Key_Return);
@@ -355,10 +332,7 @@ private:
         return NodeAnswer::text(200, request.value(u"arg"_s).toUtf8());
     }
 
-    void open(const QString& rootName = {})
-    {
-        dialog = std::make_unique<PinContentsDialog>(root, client.get(), nullptr, rootName);
-    }
+    void open(const QString& rootName = {}) { make(root, client.get(), nullptr, rootName); }
     void load(const QString& rootName = {})
     {
         open(rootName);
@@ -367,10 +341,6 @@ private:
     void save(QPushButton* button)
     {
         button->click();
-        choose();
-    }
-    void choose()
-    {
         auto* picker = dialog->findChild<QFileDialog*>();
         QVERIFY(picker);
         picker->setDirectory(folder->path());
@@ -411,15 +381,11 @@ private:
         QVERIFY(saveAll()->isEnabled() && saveSelected()->isEnabled());
         QVERIFY(dialog->findChild<QProgressBar*>()->isHidden());
     }
-    QString status() const { return dialog->findChild<StatusLabel*>()->text(); }
     QTreeWidget* tree() const { return dialog->findChild<QTreeWidget*>(); }
     QPushButton* saveAll() const { return dialog->findChildren<QPushButton*>(Qt::FindDirectChildrenOnly).at(0); }
     QPushButton* saveSelected() const { return dialog->findChildren<QPushButton*>(Qt::FindDirectChildrenOnly).at(1); }
 
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
     std::unique_ptr<QTemporaryDir> folder;
-    std::unique_ptr<PinContentsDialog> dialog;
     QHash<QString, QString> served;
     const QStringList savedDocs {u"docs/b.txt=b"_s, u"docs/deep/c.txt=c"_s};
 };

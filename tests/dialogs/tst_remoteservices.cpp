@@ -1,19 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "AppSettings.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
+#include "DialogTest.h"
 #include "RemoteServicesDialog.h"
-#include "StatusLabel.h"
-#include "TestMain.h"
 
-#include <QApplication>
-#include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
-#include <QPushButton>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -25,33 +14,27 @@ const QString loading = u"Loading remote services from Kubo..."_s;
 
 } // namespace
 
-class tst_RemoteServices : public QObject
+class tst_RemoteServices : public DialogTest<RemoteServicesDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         node->answer(listPath,
                      NodeAnswer::json(R"({"RemoteServices":[{"Service":"<b>a","ApiEndpoint":"http://a"},)"
                                       R"({"Service":"bare"}]})"));
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
         connect(client.get(), &IpfsClient::rpcRequestIssued, this, [this](const QString& line) { rpcLog += line; });
         rpcLog.clear();
-        messages.clear();
         open();
     }
     void cleanup() { dialog.reset(); }
 
     void whatAnAnswerDoes_data()
     {
-        QTest::addColumn<QString>("status"); // one of a failure begins with '!'
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("icon");
+        // status: one of a failure begins with '!'
+        addColumns<QString, QString, int>("status", "message", "icon");
         const auto row = [](const char* signal, const QString& status, const QString& message, int icon = 0) {
             QTest::newRow(signal) << status << message << icon;
         };
@@ -72,8 +55,8 @@ private slots:
         messages.clear();
         const bool listsAnew = status == loading;
         const auto verify = [&] {
-            QCOMPARE(statusLabel()->text(), status.startsWith(u'!') ? status.sliced(1) : status);
-            QCOMPARE(statusLabel()->styleSheet().contains(u"darkred"_s), status.startsWith(u'!'));
+            QCOMPARE(this->status()->text(), status.startsWith(u'!') ? status.sliced(1) : status);
+            QCOMPARE(isRed(), status.startsWith(u'!'));
             QTEST(messages.value(0), "message");
             QCOMPARE(field(0)->isEnabled(), !listsAnew);
             QCOMPARE(field(2)->text(), listsAnew ? QString() : u"secret"_s);
@@ -109,7 +92,7 @@ private slots:
         client->fetchRemoteServices(false, {}); // another dialog asks
         QTRY_COMPARE(node->heldCount(listPath), 2);
         node->release(listPath, NodeAnswer::json(R"({"RemoteServices":[]})"), 1);
-        QTRY_COMPARE(statusLabel()->text(), u"Loaded 0 remote service(s)."_s);
+        QTRY_COMPARE(status()->text(), u"Loaded 0 remote service(s)."_s);
         QVERIFY(list()->isEnabled() && list()->count() == 0);
         QCOMPARE(texts().constFirst(), u"bare"_s);
     }
@@ -162,7 +145,7 @@ private slots:
                 QCOMPARE(box.text(), u"Remove service '<b>a' from Kubo configuration?"_s);
                 box.button(choice)->click();
             });
-            button("Re&move"_L1)->click();
+            button("Remove")->click();
             QVERIFY(answer.wasGiven());
             QCOMPARE(messages.contains(u"Removing remote service '<b>a'..."_s), choice == QMessageBox::Yes);
         }
@@ -193,7 +176,7 @@ private slots:
                 emit client->remoteServiceTested(u"s"_s, false, u"another answer"_s);
                 QVERIFY(inner.wasGiven());
             });
-            asks ? button("Re&move"_L1)->click() : emit client->remoteServiceAddFailed(u"x"_s);
+            asks ? button("Remove")->click() : emit client->remoteServiceAddFailed(u"x"_s);
             QVERIFY(outer.wasGiven() && !dialog);
             open();
         }
@@ -203,21 +186,17 @@ private slots:
 private:
     void open()
     {
-        dialog = std::make_unique<RemoteServicesDialog>(client.get());
-        connect(dialog.get(), &RemoteServicesDialog::statusMessageRequested, this,
-                [this](const QString& text) { messages.append(text); });
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        make(client.get());
+        showActive();
         QTRY_VERIFY(list()->isEnabled());
     }
     void refreshHeld() const
     {
         node->answer(listPath, NodeAnswer::hold());
-        button("&Refresh"_L1)->click();
+        button("Refresh")->click();
         QTRY_COMPARE(node->heldCount(listPath), 1);
     }
     QListWidget* list() const { return dialog->findChild<QListWidget*>(); }
-    StatusLabel* statusLabel() const { return dialog->findChild<StatusLabel*>(); }
     QLineEdit* field(int position) const { return dialog->findChildren<QLineEdit*>().value(position); }
     QStringList texts() const { return {field(0)->text(), field(1)->text(), field(2)->text()}; }
     void fill(const QStringList& newTexts) const
@@ -225,17 +204,8 @@ private:
         for (int i = 0; i < newTexts.size(); ++i)
             field(i)->setText(newTexts.at(i));
     }
-    QPushButton* button(QLatin1StringView text) const
-    {
-        const auto all = dialog->findChildren<QPushButton*>();
-        return *std::ranges::find(all, text, &QPushButton::text);
-    }
 
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<RemoteServicesDialog> dialog;
     QString rpcLog;
-    QStringList messages; ///< for the main window
 };
 
 NORVO_TEST_MAIN(QApplication, tst_RemoteServices)

@@ -1,22 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "AddressTable.h"
-#include "AppSettings.h"
 #include "CellCopy.h"
 #include "DemoNode.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
-#include "StatusLabel.h"
+#include "DialogTest.h"
 #include "SwarmDialog.h"
-#include "TestMain.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QElapsedTimer>
 #include <QHeaderView>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -36,21 +26,20 @@ const QList<QByteArray> lists {R"({"Peers":[{"Addr":"/ip4/B","Peer":"p1"},{"Addr
 
 } // namespace
 
-class tst_SwarmDialog : public QObject
+class tst_SwarmDialog : public DialogTest<SwarmDialog>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         for (const QByteArray& path : listPaths)
             node->answer(path, NodeAnswer::hold());
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(u"127.0.0.1"_s, node->port());
-        open();
+        make(client.get());
+        dialog->show();
+        for (const QByteArray& path : listPaths)
+            QTRY_COMPARE(node->heldCount(path), 1);
     }
     void cleanup() { dialog.reset(); }
 
@@ -89,17 +78,14 @@ private slots:
 
     void whatAnAnswerDoes_data()
     {
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<QString>("status"); // empty if it stays as it was
-        QTest::addColumn<QString>("message");
+        // status: empty if it stays as it was
+        const auto row = addColumns<bool, QString, QString>("ok", "status", "message");
         const QString stays = u"Swarm connect error: <b>no"_s;
-        QTest::newRow("swarmConnectResult") << true << u"Connect: a | b"_s << u"Swarm connect success: t"_s;
-        QTest::newRow("swarmConnectResult failed")
-            << false << u"Connect: Connected."_s << u"Swarm connect success: t"_s;
-        QTest::newRow("swarmDisconnectResult failed")
-            << false << u"Disconnect: Disconnected."_s << u"Swarm disconnect success: t"_s;
-        QTest::newRow("bootstrapAddResult") << true << u"Added bootstrap peer: t"_s << u"Bootstrap peer added: t"_s;
-        QTest::newRow("bootstrapAddResult failed") << false << QString() << stays;
+        row("swarmConnectResult", true, u"Connect: a | b"_s, u"Swarm connect success: t"_s);
+        row("swarmConnectResult failed", false, u"Connect: Connected."_s, u"Swarm connect success: t"_s);
+        row("swarmDisconnectResult failed", false, u"Disconnect: Disconnected."_s, u"Swarm disconnect success: t"_s);
+        row("bootstrapAddResult", true, u"Added bootstrap peer: t"_s, u"Bootstrap peer added: t"_s);
+        row("bootstrapAddResult failed", false, QString(), stays);
     }
     /// Each after a failure, which is red; what is no refused change of the list covers it.
     void whatAnAnswerDoes()
@@ -149,7 +135,7 @@ private slots:
         table(1)->clearSelection();
         table(1)->setCurrentCell(0, 1);
         table(1)->actions().constFirst()->trigger();
-        QCOMPARE(QApplication::clipboard()->text(), u"/ip4/1\n/ip4/2\n/ip6/Third"_s);
+        QCOMPARE(clipboard(), u"/ip4/1\n/ip4/2\n/ip6/Third"_s);
     }
 
     void whatIsFoldedAwayIsNotCopied()
@@ -319,16 +305,6 @@ private slots:
     }
 
 private:
-    void open()
-    {
-        dialog = std::make_unique<SwarmDialog>(client.get());
-        messages.clear();
-        connect(dialog.get(), &SwarmDialog::statusMessageRequested, this,
-                [this](const QString& text) { messages.append(text); });
-        dialog->show();
-        for (const QByteArray& path : listPaths)
-            QTRY_COMPARE(node->heldCount(path), 1);
-    }
     void answerAll() const
     {
         for (int i = 0; i < 4; ++i)
@@ -366,29 +342,16 @@ private:
     {
         table(list)->selectAll();
         table(list)->actions().constFirst()->trigger();
-        return QApplication::clipboard()->text();
+        return clipboard();
     }
     StatusLabel* words() const { return dialog->findChild<StatusLabel*>(u"nodeWordsLabel"_s); }
-    StatusLabel* status() const
+    QLineEdit* field(const char* name) const
     {
-        const auto labels = dialog->findChildren<StatusLabel*>();
-        return *std::ranges::find_if(labels, [this](auto* label) { return label != words(); });
+        const auto all = dialog->findChildren<QLineEdit*>();
+        return *std::ranges::find(all, QLatin1StringView(name), &QWidget::accessibleName);
     }
-    bool isRed() const { return status()->styleSheet() == u"color: darkred;"_s; }
-    template <typename Widget, typename Text> Widget* called(const char* name, Text text) const
-    {
-        const auto all = dialog->findChildren<Widget*>();
-        return *std::ranges::find(all, QLatin1StringView(name), text);
-    }
-    QPushButton* button(const char* name) const { return called<QPushButton>(name, &QPushButton::text); }
-    QLineEdit* field(const char* name) const { return called<QLineEdit>(name, &QWidget::accessibleName); }
     QLineEdit* filter() const { return field("Filter"); }
     QLineEdit* target() const { return field("Peer"); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<SwarmDialog> dialog;
-    QStringList messages; ///< for the main window
 };
 
 NORVO_TEST_MAIN(QApplication, tst_SwarmDialog)

@@ -37,16 +37,15 @@ class tst_Kit : public QObject
 private slots:
     void byteTexts_data()
     {
-        QTest::addColumn<long long>("bytes");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("negative") << -1LL << QString();
-        QTest::newRow("zero") << 0LL << u"0 B"_s;
-        QTest::newRow("last in bytes") << 1023LL << u"1023 B"_s;
-        QTest::newRow("first in KB") << 1024LL << u"1.0 KB"_s;
-        QTest::newRow("last in KB rounds up") << 1048575LL << u"1024.0 KB"_s;
-        QTest::newRow("first in MB") << 1048576LL << u"1.0 MB"_s;
-        QTest::newRow("first in GB") << 1073741824LL << u"1.0 GB"_s;
-        QTest::newRow("no unit above GB") << 5LL * 1024 * 1073741824 << u"5120.0 GB"_s;
+        const auto row = addColumns<long long, QString>("bytes", "text");
+        row("negative", -1LL, QString());
+        row("zero", 0LL, u"0 B"_s);
+        row("last in bytes", 1023LL, u"1023 B"_s);
+        row("first in KB", 1024LL, u"1.0 KB"_s);
+        row("last in KB rounds up", 1048575LL, u"1024.0 KB"_s);
+        row("first in MB", 1048576LL, u"1.0 MB"_s);
+        row("first in GB", 1073741824LL, u"1.0 GB"_s);
+        row("no unit above GB", 5LL * 1024 * 1073741824, u"5120.0 GB"_s);
     }
     void byteTexts()
     {
@@ -58,16 +57,11 @@ private slots:
 
     void cidsOfKnownObjects_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("version");
-        QTest::addColumn<quint64>("codec");
-        QTest::addColumn<QString>("rawTwin");
+        const auto row = addColumns<QString, int, quint64, QString>("text", "version", "codec", "rawTwin");
         const QString twin = u"bafkreidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s;
-        QTest::newRow("v1 directory") << u"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s << 1
-                                      << Cid::dagPbCodec << twin;
-        QTest::newRow("v0 directory") << u"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST"_s << 0 << Cid::dagPbCodec
-                                      << twin;
-        QTest::newRow("raw block is its own twin") << twin << 1 << Cid::rawCodec << twin;
+        row("v1 directory", u"bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a"_s, 1, Cid::dagPbCodec, twin);
+        row("v0 directory", u"QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST"_s, 0, Cid::dagPbCodec, twin);
+        row("raw block is its own twin", twin, 1, Cid::rawCodec, twin);
     }
     void cidsOfKnownObjects()
     {

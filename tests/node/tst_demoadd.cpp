@@ -46,10 +46,8 @@ private slots:
 
     void files_data()
     {
-        QTest::addColumn<qsizetype>("size"); ///< of a file whose bytes count from 0 to 250 over and over
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QString>("cid");
-        QTest::addColumn<quint64>("cumulative");
+        // size: of a file whose bytes count from 0 to 250 over and over
+        addColumns<qsizetype, int, QString, quint64>("size", "version", "cid", "cumulative");
         const auto row = [](qsizetype size, int version, const QString& cid, quint64 cumulative) {
             QTest::addRow("%lld bytes, version %d", static_cast<long long>(size), version)
                 << size << version << cid << cumulative;
@@ -86,9 +84,8 @@ private slots:
 
     void names_data()
     {
-        QTest::addColumn<QByteArray>("parts");
-        QTest::addColumn<QString>("names"); ///< of the lines without wrapping, with blanks between them
-        QTest::addColumn<QByteArray>("error");
+        // names: of the lines without wrapping, with blanks between them
+        addColumns<QByteArray, QString, QByteArray>("parts", "names", "error");
         const auto row = [](const char* name, const QByteArray& parts, const QString& names, const char* error = "") {
             QTest::newRow(name) << parts << names << QByteArray(error);
         };

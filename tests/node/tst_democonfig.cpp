@@ -122,11 +122,7 @@ private slots:
 
     void refusedDocuments_data()
     {
-        QTest::addColumn<QByteArray>("document");
-        QTest::addColumn<QByteArray>("message");
-        const auto refused = [](const char* name, const QByteArray& document, const QByteArray& message) {
-            QTest::newRow(name) << document << message;
-        };
+        const auto refused = addColumns<QByteArray, QByteArray>("document", "message");
         const auto services = [](const QByteArray& list) { return "{`Pinning`:{`RemoteServices`:" + list + "}}"; };
         const QByteArray undecoded = "failed to decode file as config";
         refused("not JSON", "{`API`", undecoded);

@@ -42,13 +42,12 @@ private slots:
 
     void routingTables_data()
     {
-        QTest::addColumn<int>("peers");
-        QTest::addColumn<int>("buckets");
-        QTest::addColumn<int>("lastBucket"); ///< number of its peers
-        QTest::newRow("none") << 0 << 0 << 0;
-        QTest::newRow("one") << 1 << 2 << 1;
-        QTest::newRow("usual") << 300 << 16 << 20;
-        QTest::newRow("more than buckets hold") << 5001 << 17 << 321;
+        // lastBucket: number of its peers
+        const auto row = addColumns<int, int, int>("peers", "buckets", "lastBucket");
+        row("none", 0, 0, 0);
+        row("one", 1, 2, 1);
+        row("usual", 300, 16, 20);
+        row("more than buckets hold", 5001, 17, 321);
     }
     void routingTables()
     {

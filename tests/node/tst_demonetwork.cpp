@@ -64,6 +64,17 @@ void nameRows()
     row("forced offline", publish + "self&allow-offline=true", "{`Name`:`KSELF`,`Value`:`/ipfs/HELLO`}\n", 200, true);
 }
 
+void pinListRows()
+{
+    row("one document", "/pin/ls?arg=NOTES&names=true", "{`Keys`:{`NOTES`:{`Type`:`recursive`,`Name`:`notes`}}}\n");
+    row("a stream", "/pin/ls?arg=HELLO&arg=/ipfs/NOTES&stream=true",
+        "{`Cid`:`HELLO`,`Type`:`direct`}\n{`Cid`:`NOTES`,`Type`:`recursive`}\n");
+    row("indirect", "/pin/ls?arg=DOCS", "{`Keys`:{`DOCS`:{`Type`:`indirect through NOTES`}}}\n");
+    failure("of another type", "/pin/ls?type=direct&arg=NOTES", "path 'NOTES' is not pinned");
+    failure("not pinned", "/pin/ls?arg=NOTES&arg=LOOSE", "path 'LOOSE' is not pinned");
+    failure("no CID", "/pin/ls?arg=%22x%22", "invalid path \\`\\`x\\`\\`: path does not have enough components");
+}
+
 void swarmRows()
 {
     const QByteArray a0 = demoAddress(0).toLatin1();
@@ -133,7 +144,7 @@ void statisticsRows()
 
 } // namespace
 
-/// Names, connections, bootstrap peers and refused statistics as a node answers them.
+/// Names, pins, connections, bootstrap peers and refused statistics as a node answers them.
 class tst_DemoNetwork : public QObject
 {
     Q_OBJECT
@@ -146,6 +157,7 @@ private slots:
         addCallColumns();
         QTest::addColumn<bool>("offline");
         nameRows();
+        pinListRows();
         swarmRows();
         bootstrapRows();
         statisticsRows();

@@ -93,10 +93,7 @@ private slots:
 
     void requests_data()
     {
-        QTest::addColumn<QByteArray>("sent");
-        QTest::addColumn<QByteArray>("status");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<bool>("closes");
+        addColumns<QByteArray, QByteArray, QByteArray, bool>("sent", "status", "text", "closes");
         const auto row = [](const char* name, const QByteArray& sent, const char* status, const char* text = "") {
             QTest::newRow(name) << sent << QByteArray(status) << QByteArray(text) << false;
         };
@@ -162,40 +159,6 @@ private slots:
             QVERIFY(wire.ends());
         QVERIFY(Wire(node, post("/id")).brings("\"ID\""));
         QTRY_COMPARE(node.openNow(), 0);
-    }
-
-    void pinLists_data()
-    {
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<QByteArray>("lines"); ///< with ` for "
-        const auto row = [](const char* name, const QByteArray& query, const QByteArray& lines) {
-            QTest::newRow(name) << query << lines + '\n';
-        };
-        const auto failure
-            = [](const QByteArray& message) { return "{`Message`:`" + message + "`,`Code`:0,`Type`:`error`}"; };
-        row("one document", "arg=NOTES&names=true", "{`Keys`:{`NOTES`:{`Type`:`recursive`,`Name`:`notes`}}}");
-        row("a stream", "arg=HELLO&arg=/ipfs/NOTES&stream=true",
-            "{`Cid`:`HELLO`,`Type`:`direct`}\n{`Cid`:`NOTES`,`Type`:`recursive`}");
-        row("indirect", "arg=DOCS", "{`Keys`:{`DOCS`:{`Type`:`indirect through NOTES`}}}");
-        row("of another type", "type=direct&arg=NOTES", failure("path 'NOTES' is not pinned"));
-        row("not pinned", "arg=NOTES&arg=LOOSE", failure("path 'LOOSE' is not pinned"));
-        row("no CID", "arg=%22x%22", failure("invalid path \\`\\`x\\`\\`: path does not have enough components"));
-    }
-    void pinLists()
-    {
-        QFETCH(QByteArray, query);
-        QFETCH(QByteArray, lines);
-        for (QByteArray* text : {&query, &lines}) {
-            text->replace("NOTES", "bafybeigu66tnnkzn65sqrifvkie7nzul6yfbjhkbzgb2rumg3kuwkth3d4")
-                .replace("DOCS", "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a")
-                .replace("LOOSE", "bafybeihdwdcefgh4dqkjv67uzcmw7ojee6xedzdetojuzjevtenxquvyku") // no such pin
-                .replace("HELLO", "bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4")
-                .replace('`', '"');
-        }
-        const DemoNode node({.port = 0});
-        const Wire wire(node, post("/pin/ls?" + query));
-        QVERIFY2(wire.brings("0\r\n\r\n"), wire.came.constData());
-        QCOMPARE(withoutFrames(wire.came), lines);
     }
 
     void wholePinLists()

@@ -29,49 +29,31 @@ class tst_PinListParser : public QObject
 private slots:
     void bodies_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QStringList>("entries");
-        QTest::addColumn<int>("keyCount");
-        QTest::addColumn<bool>("openLine");
+        addColumns<QByteArray, QStringList, int, bool>("body", "entries", "keyCount", "openLine");
+        const auto row = [](const char* name, const QByteArray& body, const QStringList& entries, int keyCount = 0,
+                            bool openLine = false) { QTest::newRow(name) << body << entries << keyCount << openLine; };
         const QStringList one {u"a:direct:n"_s};
-        QTest::newRow("empty") << QByteArray() << QStringList() << 0 << false;
-        QTest::newRow("blank lines") << QByteArray("\n \r\n\n") << QStringList() << 0 << false;
-        QTest::newRow("line as a node writes it") << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})"
-                                                                "\n")
-                                                  << one << 0 << false;
-        QTest::newRow("keys in another order, blanks, CRLF")
-            << QByteArray(R"( { "Type" : "direct", "Name":"n","Cid":"a" })"
-                          "\r\n")
-            << one << 0 << false;
-        QTest::newRow("wrapped line") << QByteArray(R"({"PinLsObject":{"Cid":"a","Name":"n","Type":"direct"}})"
-                                                    "\n")
-                                      << one << 0 << false;
-        QTest::newRow("wrapper comes before the line's own keys") << QByteArray(R"({"PinLsObject":7,"Cid":"a"})"
-                                                                                "\n")
-                                                                  << QStringList() << 0 << false;
-        QTest::newRow("no line feed at the end")
-            << QByteArray(R"({"Cid":"a","Name":"n","Type":"direct"})") << one << 0 << true;
-        QTest::newRow("half a line at the end")
-            << QByteArray("{\"Cid\":\"a\",\"Name\":\"n\",\"Type\":\"direct\"}\n{\"Cid\":\"b\",\"Na") << one << 0
-            << false;
-        QTest::newRow("escapes and UTF-8") << QByteArray("{\"Cid\":\"a\",\"Name\":\"\\u003cb\\\"\xc3\xbc\"}\n")
-                                           << QStringList({u"a::<b\"ü"_s}) << 0 << false;
-        QTest::newRow("garbage between lines") << QByteArray(
-            "{\"Cid\":\"a\"}\nnonsense\n[1]\n{\"Cid\":7}\n{\"Cid\":\"\"}\n{\"Name\":\"x\"}\n{\"Cid\":\"b\"}\n")
-                                               << QStringList({u"a::"_s, u"b::"_s}) << 0 << false;
-        QTest::newRow("trailing text is no line")
-            << QByteArray("{\"Cid\":\"a\"}x\n{\"Cid\":\"b\",}\n{\"Cid\" \"c\"}\n") << QStringList() << 0 << false;
-        QTest::newRow("a key twice") << QByteArray("{\"Cid\":\"a\",\"Cid\":\"b\"}\n") << QStringList({u"b::"_s}) << 0
-                                     << false;
-        QTest::newRow("other values than texts")
-            << QByteArray("{\"Cid\":\"a\",\"Name\":null,\"Type\":3}\n") << QStringList({u"a::"_s}) << 0 << false;
-        QTest::newRow("document of keys")
-            << QByteArray(R"({"Keys":{"b":{"Type":"recursive","Name":"x"},"a":{"Type":"direct"},"":{}}})")
-            << QStringList({u"::"_s, u"a:direct:"_s, u"b:recursive:x"_s}) << 3 << false;
-        QTest::newRow("wrapped document of keys")
-            << QByteArray(R"({"PinLsList":{"Keys":{"a":{"Type":"direct","Name":"n"}}},"Keys":{"z":{}}})") << one << 1
-            << false;
-        QTest::newRow("document without keys") << QByteArray("{}\n") << QStringList() << 0 << false;
+        const QByteArray line = R"({"Cid":"a","Name":"n","Type":"direct"})";
+        row("empty", {}, {});
+        row("blank lines", "\n \r\n\n", {});
+        row("line as a node writes it", line + '\n', one);
+        row("keys in another order, blanks, CRLF", " { \"Type\" : \"direct\", \"Name\":\"n\",\"Cid\":\"a\" }\r\n", one);
+        row("wrapped line", "{\"PinLsObject\":" + line + "}\n", one);
+        row("wrapper comes before the line's own keys", "{\"PinLsObject\":7,\"Cid\":\"a\"}\n", {});
+        row("no line feed at the end", line, one, 0, true);
+        row("half a line at the end", line + "\n{\"Cid\":\"b\",\"Na", one);
+        row("escapes and UTF-8", "{\"Cid\":\"a\",\"Name\":\"\\u003cb\\\"\xc3\xbc\"}\n", {u"a::<b\"ü"_s});
+        row("garbage between lines",
+            "{\"Cid\":\"a\"}\nnonsense\n[1]\n{\"Cid\":7}\n{\"Cid\":\"\"}\n{\"Name\":\"x\"}\n{\"Cid\":\"b\"}\n",
+            {u"a::"_s, u"b::"_s});
+        row("trailing text is no line", "{\"Cid\":\"a\"}x\n{\"Cid\":\"b\",}\n{\"Cid\" \"c\"}\n", {});
+        row("a key twice", "{\"Cid\":\"a\",\"Cid\":\"b\"}\n", {u"b::"_s});
+        row("other values than texts", "{\"Cid\":\"a\",\"Name\":null,\"Type\":3}\n", {u"a::"_s});
+        row("document of keys", R"({"Keys":{"b":{"Type":"recursive","Name":"x"},"a":{"Type":"direct"},"":{}}})",
+            {u"::"_s, u"a:direct:"_s, u"b:recursive:x"_s}, 3);
+        row("wrapped document of keys", R"({"PinLsList":{"Keys":{"a":{"Type":"direct","Name":"n"}}},"Keys":{"z":{}}})",
+            one, 1);
+        row("document without keys", "{}\n", {});
     }
     void bodies()
     {
@@ -133,14 +115,13 @@ private slots:
 
     void plainReplies_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("object") << QByteArray(R"({"a":1})") << QString();
-        QTest::newRow("empty error is none") << QByteArray(R"({"Error":" ","Message":""})") << QString();
-        QTest::newRow("error") << QByteArray(R"({"Error":" no \n","Message":"m"})") << u"Failed to get it: no"_s;
-        QTest::newRow("message") << QByteArray(R"({"Message":"%1 %2"})") << u"Failed to get it: %1 %2"_s;
-        QTest::newRow("array") << QByteArray("[]") << u"Failed to get it: invalid JSON response"_s;
-        QTest::newRow("nothing") << QByteArray() << u"Failed to get it: invalid JSON response"_s;
+        const auto row = addColumns<QByteArray, QString>("body", "error");
+        row("object", QByteArray(R"({"a":1})"), QString());
+        row("empty error is none", QByteArray(R"({"Error":" ","Message":""})"), QString());
+        row("error", QByteArray(R"({"Error":" no \n","Message":"m"})"), u"Failed to get it: no"_s);
+        row("message", QByteArray(R"({"Message":"%1 %2"})"), u"Failed to get it: %1 %2"_s);
+        row("array", QByteArray("[]"), u"Failed to get it: invalid JSON response"_s);
+        row("nothing", QByteArray(), u"Failed to get it: invalid JSON response"_s);
     }
     void plainReplies()
     {

@@ -1,30 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "AppSettings.h"
 #include "ConfigDialog.h"
 #include "ConfigTree.h"
-#include "Detached.h"
-#include "FakeNode.h"
-#include "IpfsClient.h"
-#include "ModalAnswer.h"
-#include "StatusLabel.h"
-#include "TestMain.h"
+#include "DialogTest.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-
-#include <algorithm>
-#include <chrono>
-#include <memory>
 
 /// The dialog of a scripted node's configuration, shown and loaded anew for each test.
-class ConfigDialogTest : public QObject
+class ConfigDialogTest : public DialogTest<ConfigDialog>
 {
 protected:
     const QByteArray keyPath = "/config";
@@ -33,30 +19,17 @@ protected:
 
     void start(const QByteArray& config)
     {
-        failOnWarnings();
-        openAppSettings().clear();
-        node = std::make_unique<FakeNode>();
+        startNode();
         node->answer(showPath, NodeAnswer::json(config));
         node->answer(replacePath, NodeAnswer::json({}));
         node->route(keyPath, answerToKey);
-        client = std::make_unique<IpfsClient>();
-        client->setEndpoint(QStringLiteral("127.0.0.1"), node->port());
-        messages.clear();
         open();
         QTRY_VERIFY(messages.size() == 2 && isIdle());
     }
     void open()
     {
-        dialog = std::make_unique<ConfigDialog>(client.get());
-        connect(dialog.get(), &ConfigDialog::statusMessageRequested, this,
-                [this](const QString& text) { messages.append(text); });
-        dialog->show();
-        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
-    }
-    void close()
-    {
-        dialog.reset();
-        QVERIFY(waitForDetached(std::chrono::seconds(10)));
+        make(client.get());
+        showActive();
     }
     void fill(const QString& key, const QString& value, const QString& mode = QStringLiteral("String")) const
     {
@@ -67,13 +40,13 @@ protected:
     void verifyFailure(const QString& problem) const
     {
         QCOMPARE(status()->text(), problem);
-        QCOMPARE(status()->styleSheet(), QStringLiteral("color: darkred;"));
+        QVERIFY(isRed());
         QCOMPARE(messages.constLast(), QStringLiteral("Config error: ") + problem);
     }
     void refreshWith(const QByteArray& config)
     {
         node->answer(showPath, NodeAnswer::json(config));
-        button("&Refresh")->click();
+        button("Refresh")->click();
         QTRY_VERIFY(isIdle());
     }
     /// Answers the question that `act` raises, which is `expected`, as its title and its text.
@@ -102,22 +75,11 @@ protected:
         return parts.join(QLatin1Char('|'));
     }
     /// Whether no request runs.
-    bool isIdle() const { return button("&Set")->isEnabled(); }
+    bool isIdle() const { return button("Set")->isEnabled(); }
     ConfigTree* tree() const { return dialog->findChild<ConfigTree*>(); }
-    StatusLabel* status() const { return dialog->findChild<StatusLabel*>(); }
     QLineEdit* field(int place) const { return dialog->findChildren<QLineEdit*>().value(place); }
     QComboBox* box(int place) const { return dialog->findChildren<QComboBox*>().value(place); }
-    QPushButton* button(const char* text) const
-    {
-        const auto all = dialog->findChildren<QPushButton*>();
-        return *std::ranges::find(all, QString::fromUtf8(text), &QPushButton::text);
-    }
-    QPushButton* restore() const { return button("Restore &Backup"); }
-
-    std::unique_ptr<FakeNode> node;
-    std::unique_ptr<IpfsClient> client;
-    std::unique_ptr<ConfigDialog> dialog;
-    QStringList messages; ///< for the main window
+    QPushButton* restore() const { return button("Restore Backup"); }
 
 private:
     /// What a node answers to a read and to a write.

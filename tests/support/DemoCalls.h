@@ -50,6 +50,9 @@ inline QByteArray expanded(QByteArray text)
 {
     text.replace("QMHELLO", "QmVJ1xg67UckH6KcJ4K6zEy8mofTdCxFeqCt2L7Jc5QWST")
         .replace("HELLO", "bafkreifjjcie6lypi6ny7amxnfftagclbuxndqonfipmb64f2km2devei4")
+        .replace("NOTES", "bafybeigu66tnnkzn65sqrifvkie7nzul6yfbjhkbzgb2rumg3kuwkth3d4")
+        .replace("DOCS", "bafybeidhkumeonuwkebh2i4fc7o7lguehauradvlk57gzake6ggjsy372a")
+        .replace("LOOSE", "bafybeihdwdcefgh4dqkjv67uzcmw7ojee6xedzdetojuzjevtenxquvyku") // no such pin
         .replace("KSELF", "k51qzi5uqu5dgco0da1k97ov7wpeuywq1clp4ayqbassqybqz7jt1ycp4shjhg")
         .replace("PSELF", selfPeerId.latin1())
         .replace('`', '"')

@@ -12,6 +12,13 @@ int runTestObject(QObject& test, int argc, char* argv[]);
 /// From here to the end of the test function every warning is a failure, but for what a test's screen can't do.
 void failOnWarnings();
 
+/// Names the columns of a test's table. Returns what adds a row to it: from a name and a value for each column.
+template <typename... Columns, typename... Names> auto addColumns(Names... names)
+{
+    (QTest::addColumn<Columns>(names), ...);
+    return +[](const char* name, const Columns&... values) { (QTest::newRow(name) << ... << values); };
+}
+
 // Qt 6.8's own QTRY_ macros store a count of milliseconds in an int, which warns wherever one is used. These are the
 // same waits without that; they look every 10 ms, not every 50.
 #undef QTRY_VERIFY_WITH_TIMEOUT

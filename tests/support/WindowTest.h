@@ -4,12 +4,18 @@
 #include "AppSettings.h"
 #include "Detached.h"
 #include "FakeNode.h"
+#include "IpfsClient.h"
 #include "MainWindow.h"
+#include "ModalAnswer.h"
 #include "TestMain.h"
+#include "WidgetSearch.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -22,6 +28,22 @@
 class WindowTest : public QObject
 {
 protected:
+    /// A fresh node whose peer is "x" and that has these pins, and no settings.
+    void startNode(const QByteArray& pins)
+    {
+        failOnWarnings();
+        openAppSettings().clear();
+        node = std::make_unique<FakeNode>();
+        node->answer("/id", NodeAnswer::json(R"({"ID":"x"})"));
+        node->answer("/pin/ls", NodeAnswer::json(pins));
+    }
+    void open() { open(*node); }
+    /// And waits until the table has its `count` rows.
+    void openLoaded(int count)
+    {
+        open();
+        QVERIFY(waitForRows(count));
+    }
     /// Shows a window that asks `served`.
     void open(const NodeServer& served)
     {
@@ -38,6 +60,8 @@ protected:
     }
     static void setting(QLatin1StringView key, const QVariant& value) { openAppSettings().setValue(key, value); }
 
+    IpfsClient* client() const { return window->findChild<IpfsClient*>(); }
+    static QString clipboard() { return QGuiApplication::clipboard()->text(); }
     QTableView* table() const { return window->findChild<QTableView*>(); }
     int rows() const { return table()->model()->rowCount(); }
     QStringList cells(int section) const
@@ -53,14 +77,7 @@ protected:
     }
     QPushButton* refreshButton() const { return window->findChild<QPushButton*>(QStringLiteral("refreshBtn")); }
     /// An entry of the menus, by its text without "&".
-    QAction* action(const QString& text) const
-    {
-        for (auto* candidate : window->menuBar()->findChildren<QAction*>()) {
-            if (candidate->text().remove(QLatin1Char('&')) == text)
-                return candidate;
-        }
-        return nullptr;
-    }
+    QAction* action(const QString& text) const { return withText<QAction>(*window->menuBar(), text); }
     void trigger(const QString& text) const { action(text)->trigger(); }
     bool isLogged(const QString& text) const
     {
