@@ -26,6 +26,11 @@ protected:
     void open(const NodeServer& served)
     {
         setting(QLatin1StringView("port"), served.port());
+        reopen();
+    }
+    /// Shows a window that asks the node of the one before it.
+    void reopen()
+    {
         window = std::make_unique<MainWindow>();
         window->show();
         window->activateWindow(); // nobody else does where there is no window manager
