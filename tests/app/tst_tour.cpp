@@ -9,14 +9,12 @@
 #include "DhtStatsDialog.h"
 #include "GcDialog.h"
 #include "LineView.h"
+#include "LogDialog.h"
 #include "ModalAnswer.h"
 #include "NetworkStatsDialog.h"
 #include "PinModel.h"
 #include "RemotePinFlow.h"
-#include "RpcLogDialog.h"
 #include "SettingsDialog.h"
-#include "SplitActionButton.h"
-#include "StatusLogDialog.h"
 #include "SwarmDialog.h"
 #include "TestFiles.h"
 #include "WindowTest.h"
@@ -45,20 +43,36 @@ namespace {
 constexpr int pinCount = 12;
 const QSize normalSize(900, 620);
 const QSize swarmSize(740, 480);
-const QString service = u"mysrv"_s;
-const QString configKey = u"Datastore.StorageMax"_s;
+/// What the logs have in the end, of all that is in them.
+const QString callSteps
+    = u"/pin/ls /id /pin/remote/service/ls /add /pin/remote/add /pin/remote/ls /key/list /name/publish /name/resolve "
+      "/config/show /config /config/show /config/replace /config/show /swarm/peers /stats/dht /bitswap/stat "
+      "/swarm/peers /swarm/addrs /bootstrap/list /stats/dht /repo/stat /repo/gc /pin/rm /pin/ls"_s;
+const QString statusSteps
+    = u"  Ready\n  Fetching pins from\n  Loaded 12 pin(s)\n  Uploading 1 item(s) to IPFS…\n"
+      "  Added to IPFS: %1\n  Remote pin queued for %1 via service 'mysrv'.\n"
+      "  Remote pin complete on 'mysrv': 1 pinned, 0 failed.\n  Publishing %1 to IPNS key 'website'…\n"
+      "  IPNS publish succeeded: %2 -> /ipfs/%1\n  IPNS resolved: /ipns/%2 -> /ipfs/%1\n  Opened config window\n"
+      "  Config window closed\n  Network snapshot saved\n  Opened swarm window\n  DHT stats loaded\n"
+      "  Running repo garbage collection...\n  Repo GC finished:\n  Unpinned 1 CID(s)"_s;
 
-QJsonObject objectIn(const QByteArray& json)
+/// A member of each object.
+QStringList textsIn(const QJsonValue& objects, QLatin1StringView key)
 {
-    return QJsonDocument::fromJson(json).object();
+    QStringList texts;
+    const QJsonArray array = objects.toArray();
+    for (const auto& object : array)
+        texts.append(object[key].toString());
+    return texts;
 }
 
-/// The first of `steps` that does not come in `log` after those before it; empty if all are there in this order.
+/// The first of `steps`, which are whole words, that does not come in `log` after those before it; empty if all do.
 QString missingStep(const QStringList& log, const QStringList& steps)
 {
     auto from = log.begin();
     for (const QString& step : steps) {
-        from = std::find_if(from, log.end(), [&step](const QString& line) { return line.contains(step); });
+        const auto isStep = [&step](const QString& line) { return (line + u' ').contains(step + u' '); };
+        from = std::find_if(from, log.end(), isStep);
         if (from == log.end())
             return step;
         ++from;
@@ -74,11 +88,6 @@ class tst_Tour : public WindowTest
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        qputenv("HOME", QFile::encodeName(home.path())); // where the browser of files begins
-        openAppSettings().clear();
-    }
     void init()
     {
         if (isBroken)
@@ -88,8 +97,9 @@ private slots:
     void cleanup() { isBroken = isBroken || QTest::currentTestFailed(); }
     void cleanupTestCase() { close(); }
 
-    void lists()
+    void startsWithAList()
     {
+        qputenv("HOME", QFile::encodeName(home.path())); // where the browser of files begins
         open(demo);
         QVERIFY(waitForRows(pinCount));
         QVERIFY(window->isMaximized());
@@ -103,10 +113,9 @@ private slots:
     {
         const int asked = demo.headCount();
         auto* search = field<QLineEdit>("Search:"_L1);
-        const QStringList cids = cells(PinModel::CidColumn);
-        const QString last = cids.constLast().last(12);
-        QTest::keyClicks(search, last.toUpper());
-        QTRY_COMPARE(cells(PinModel::CidColumn), cids.last(1));
+        const QStringList one = rowsShown().last(1);
+        QTest::keyClicks(search, one.constFirst().last(12).toUpper());
+        QTRY_COMPARE(rowsShown(), one);
         button<QRadioButton>(window.get(), u"Name"_s)->click();
         QTRY_COMPARE(rows(), 0);
         search->clear();
@@ -129,7 +138,7 @@ private slots:
             button(&dialog, u"Add selected"_s)->click();
             for (auto* combo : dialog.findChildren<QComboBox*>()) {
                 combo->setCurrentIndex(std::max(combo->findData(u"both"_s), 0));
-                QTRY_VERIFY(!combo->isEditable() || combo->currentText() == service);
+                QTRY_VERIFY(!combo->isEditable() || combo->currentText() == u"mysrv"_s);
             }
             button(&dialog, u"Add to IPFS"_s)->click();
         });
@@ -137,21 +146,19 @@ private slots:
         const QStringList added = QGuiApplication::clipboard()->text().split(u'\n');
         root = added.constFirst();
         QVERIFY(waitForRows(pinCount + 1));
-        QCOMPARE(rowsShown(), pinsAtNode());
-        QVERIFY(cells(PinModel::CidColumn).contains(root));
-        QList<QByteArray> files;
+        QVERIFY(rowsShown() == pinsAtNode() && rowsShown().contains(root));
+        QByteArray files;
         for (const QString& cid : added) {
             if (const NodeAnswer file = demo.ask("/cat?arg=" + cid.toLatin1()); file.status == 200)
-                files.append(bodyOf(file));
+                files += bodyOf(file);
         }
-        QCOMPARE(files.size(), 2);
-        QVERIFY(files.contains("first day") && files.contains(maps));
+        QVERIFY(files == "first day" + maps || files == maps + "first day");
     }
 
     void pinsItRemotely()
     {
         QTRY_VERIFY(isLogged(u"Remote pin complete on 'mysrv': 1 pinned, 0 failed."_s));
-        const QJsonObject pin = objectIn(bodyOf(demo.ask("/pin/remote/ls?service=mysrv")));
+        const QJsonObject pin = objectAtNode("/pin/remote/ls?service=mysrv");
         QCOMPARE(pin[u"Status"_s].toString() + u' ' + pin[u"Cid"_s].toString(), u"pinned "_s + root);
         QCOMPARE(rows(), pinCount + 1); // here as well
     }
@@ -165,7 +172,7 @@ private slots:
         name = modal<ActionBox>()->text().section(u"Name: "_s, 1).section(u'\n', 0, 0);
         QVERIFY(press(u"OK"_s));
         QVERIFY(name.startsWith("k51"_L1));
-        QCOMPARE(objectIn(bodyOf(demo.ask("/name/resolve?arg=" + name.toLatin1())))[u"Path"_s], u"/ipfs/"_s + root);
+        QCOMPARE(objectAtNode("/name/resolve?arg=" + name.toLatin1())[u"Path"_s], u"/ipfs/"_s + root);
     }
 
     void resolvesTheName()
@@ -181,28 +188,23 @@ private slots:
 
     void changesTheConfigAndTakesItBack()
     {
-        const auto nodeConfig = [this] { return objectIn(bodyOf(demo.ask("/config/show"))); };
-        const auto limit = [&] { return nodeConfig()[u"Datastore"_s][u"StorageMax"_s].toString(); };
-        const auto sayYes = [](QMessageBox& question) { question.button(QMessageBox::Yes)->click(); };
-        const QJsonObject before = nodeConfig();
+        const QJsonObject before = objectAtNode("/config/show");
         auto* dialog = openTool<ConfigDialog>(u"Kubo config"_s);
-        auto* set = button(dialog, u"Set"_s);
-        QTRY_VERIFY(isLogged(u"Config loaded (%1 keys)"_s.arg(before.size())));
-        QTRY_VERIFY(set->isEnabled());
+        const auto* set = button(dialog, u"Set"_s);
+        QTRY_VERIFY(isLogged(u"Config loaded (%1 keys)"_s.arg(before.size())) && set->isEnabled());
         const auto fields = dialog->findChildren<QLineEdit*>();
-        QTest::keyClicks(fields.at(0), configKey);
+        QTest::keyClicks(fields.at(0), u"Datastore.StorageMax"_s);
         QTest::keyClicks(fields.at(1), u"77GB"_s);
-        const ModalAnswer<QMessageBox> risk(sayYes);
-        set->click();
-        QVERIFY(risk.wasGiven());
-        QTRY_COMPARE(limit(), u"77GB"_s);
-        auto* restore = button(dialog, u"Restore Backup"_s);
-        QTRY_VERIFY(restore->isEnabled());
-        const ModalAnswer<QMessageBox> back(sayYes);
-        restore->click();
-        QVERIFY(back.wasGiven());
-        QTRY_COMPARE(nodeConfig(), before);
-        QTRY_VERIFY(set->isEnabled());
+        for (const bool back : {false, true}) {
+            auto* act = button(dialog, back ? u"Restore Backup"_s : u"Set"_s);
+            QTRY_VERIFY(act->isEnabled());
+            const ModalAnswer<QMessageBox> agree([](QMessageBox&) { QVERIFY(press(u"Yes"_s)); });
+            act->click();
+            QVERIFY(agree.wasGiven());
+            QTRY_VERIFY((objectAtNode("/config/show") == before) == back);
+            QTRY_VERIFY(set->isEnabled());
+            QCOMPARE(objectAtNode("/config/show")[u"Datastore"_s][u"StorageMax"_s], back ? u"10GB"_s : u"77GB"_s);
+        }
         closeTool(dialog);
     }
 
@@ -210,19 +212,15 @@ private slots:
     {
         auto* dialog = openTool<NetworkStatsDialog>(u"Network"_s);
         QTRY_VERIFY(isLogged(u"Network diagnostics loaded"_s));
-        const QString path = home.path() + u"/snapshot.json"_s;
+        QFile file(home.path() + u"/snapshot.json"_s);
         button(dialog, u"Save snapshot..."_s)->click();
         auto* picker = dialog->findChild<QFileDialog*>();
-        picker->selectFile(path);
+        picker->selectFile(file.fileName());
         static_cast<QDialog*>(picker)->accept();
         QTRY_VERIFY(isLogged(u"Network snapshot saved"_s));
-        QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QJsonObject saved = objectIn(file.readAll());
-        QStringList addresses;
-        for (const auto& peer : saved[u"swarm"_s][u"peers"_s].toArray())
-            addresses.append(peer[u"addr"_s].toString());
-        QCOMPARE(addresses, peersAtNode());
+        const QJsonObject saved = QJsonDocument::fromJson(file.readAll()).object();
+        QCOMPARE(textsIn(saved[u"swarm"_s][u"peers"_s], "addr"_L1), peersAtNode());
         QCOMPARE(saved[u"dht"_s][u"summary"_s][u"total_peers"_s].toInt(), dhtPeersAtNode());
         closeTool(dialog);
     }
@@ -232,17 +230,14 @@ private slots:
         auto* dialog = openTool<SwarmDialog>(u"Swarm"_s);
         QTRY_VERIFY(isLogged(u"Swarm diagnostics loaded"_s));
         const auto tables = dialog->findChildren<AddressTable*>();
-        const auto* peers = *std::ranges::find(tables, u"Connected peers"_s, &QWidget::accessibleName);
+        auto* peers = *std::ranges::find(tables, u"Connected peers"_s, &QWidget::accessibleName);
         const QString wanted = u"198.18.0.1"_s; // and .10 to .19
         QTest::keyClicks(dialog->findChildren<QLineEdit*>().constFirst(), wanted);
-        QStringList shown;
-        for (int row = 0; row < peers->rowCount(); ++row) {
-            if (!peers->isRowHidden(row))
-                shown.append(peers->item(row, 0)->text());
-        }
         QCOMPARE(peers->rowCount(), peersAtNode().size());
-        QCOMPARE(shown, peersAtNode().filter(wanted));
-        QVERIFY(!shown.isEmpty() && shown.size() < peers->rowCount());
+        peers->setSelectionMode(AddressTable::ExtendedSelection);
+        peers->selectAll();
+        QCOMPARE(peers->selectedTexts(), peersAtNode().filter(wanted)); // of the rows that are shown
+        QVERIFY(peers->selectedTexts().size() > 1 && peers->selectedTexts().size() < peers->rowCount());
         dialog->resize(swarmSize);
         closeTool(dialog);
     }
@@ -250,11 +245,10 @@ private slots:
     void showsTheDht()
     {
         auto* dialog = openTool<DhtStatsDialog>(u"DHT stats"_s);
-        const auto peersShown = [dialog] {
-            int count = 0;
-            for (const auto* group : dialog->findChildren<QTableWidget*>())
-                count += group->rowCount();
-            return count;
+        const auto peersShown = [dialog](int sum = 0) {
+            for (const auto* bucket : dialog->findChildren<QTableWidget*>())
+                sum += bucket->rowCount();
+            return sum;
         };
         QTRY_COMPARE(peersShown(), dhtPeersAtNode());
         closeTool(dialog);
@@ -262,14 +256,14 @@ private slots:
 
     void collectsGarbage()
     {
-        const QStringList before = blocksAtNode();
+        const qsizetype before = blocksAtNode();
         const QStringList pinned = pinsAtNode();
         auto* dialog = openTool<GcDialog>(u"Repo stats"_s);
         const auto* view = dialog->findChild<LineView*>();
-        QTRY_VERIFY(view->toPlainText().contains(u"\nNumObjects: %1\n"_s.arg(before.size())));
+        QTRY_VERIFY(view->toPlainText().contains(u"\nNumObjects: %1\n"_s.arg(before)));
         button(dialog, u"Run garbage collection"_s)->click();
         QTRY_VERIFY(isLogged(u"Repo GC finished: "_s));
-        const auto collected = before.size() - blocksAtNode().size();
+        const auto collected = before - blocksAtNode();
         QVERIFY(collected > 0);
         QVERIFY(isLogged(u"Repo GC finished: %1 collected, 0 errors"_s.arg(collected)));
         QVERIFY(view->toPlainText().contains(u"\nCollected entries: %1\n"_s.arg(collected)));
@@ -285,8 +279,7 @@ private slots:
         QVERIFY(!QApplication::activeModalWidget()); // the entry is the warning
         QTRY_VERIFY(isLogged(u"Unpinned 1 CID(s)"_s));
         QVERIFY(waitForRows(pinCount));
-        QVERIFY(!cells(PinModel::CidColumn).contains(root));
-        QCOMPARE(rowsShown(), pinsAtNode());
+        QVERIFY(rowsShown() == pinsAtNode() && !rowsShown().contains(root));
         QVERIFY(demo.ask("/pin/ls?arg=" + root.toLatin1()).status != 200);
     }
 
@@ -294,29 +287,11 @@ private slots:
     void keepsItAllInItsLogs()
     {
         QTRY_COMPARE(demo.headCount(), window->rpcLog().size());
-        QStringList calls;
-        for (const QString& line : window->rpcLog())
-            calls.append(line.section(u"/api/v0"_s, 1).section(u'?', 0, 0) + u';');
-        const QStringList callSteps
-            = u"/pin/ls /id /pin/remote/service/ls /add /pin/remote/add /pin/remote/ls /key/list /name/publish "
-              "/name/resolve /config/show /config /config/show /config/replace /config/show /swarm/peers /stats/dht "
-              "/bitswap/stat /swarm/peers /swarm/addrs /bootstrap/list /stats/dht /repo/stat /repo/gc /pin/rm /pin/ls"_s
-                  .split(u' ');
-        QCOMPARE(missingStep(calls, QStringList(callSteps).replaceInStrings(QRegularExpression(u"$"_s), u";"_s)),
-                 QString());
-        QCOMPARE(missingStep(window->statusLog(),
-                             {u"  Ready"_s, u"  Fetching pins from http://127.0.0.1:"_s, u"  Loaded 12 pin(s) — "_s,
-                              u"  Uploading 1 item(s) to IPFS…"_s, u"  Added to IPFS: "_s + root,
-                              u"  Remote pin queued for %1 via service 'mysrv'."_s.arg(root),
-                              u"  Remote pin complete on 'mysrv': 1 pinned, 0 failed."_s,
-                              u"  Publishing %1 to IPNS key 'website'…"_s.arg(root), u"  IPNS publish succeeded: "_s,
-                              u"  IPNS resolved: /ipns/%1 -> /ipfs/%2"_s.arg(name, root), u"  Opened config window"_s,
-                              u"  Config window closed"_s, u"  Network snapshot saved"_s, u"  Opened swarm window"_s,
-                              u"  DHT stats loaded"_s, u"  Running repo garbage collection..."_s,
-                              u"  Repo GC finished: "_s, u"  Unpinned 1 CID(s)"_s}),
-                 QString());
-        verifyLogWindow<RpcLogDialog>(u"RPC log"_s, &StatusWindow::rpcLog);
-        verifyLogWindow<StatusLogDialog>(u"Status log"_s, &StatusWindow::statusLog);
+        const QStringList calls = window->rpcLog().replaceInStrings(QRegularExpression(u"\\?.*"_s), {});
+        QCOMPARE(missingStep(calls, callSteps.split(u' ')), QString());
+        QCOMPARE(missingStep(window->statusLog(), statusSteps.arg(root, name).split(u'\n')), QString());
+        verifyLog(u"RPC log"_s, window->rpcLog());
+        verifyLog(u"Status log"_s, window->statusLog());
     }
 
     /// The folder is one of the blocks without a pin now.
@@ -330,7 +305,7 @@ private slots:
             dialog.accept();
         });
         field<QComboBox>("Content:"_L1)->setCurrentText(u"Not pinned"_s);
-        QTRY_VERIFY(refreshButton()->isEnabled() && cells(PinModel::CidColumn).contains(blockOfRoot()));
+        QTRY_VERIFY(refreshButton()->isEnabled() && rowsShown().contains(blockOfRoot()));
         window->showNormal();
         window->resize(normalSize);
         QTRY_COMPARE(window->size(), normalSize);
@@ -343,9 +318,8 @@ private slots:
     void startsAgainAsItWas()
     {
         reopen();
-        QTRY_VERIFY(refreshButton()->isEnabled() && cells(PinModel::CidColumn).contains(blockOfRoot()));
-        QCOMPARE(window->size(), normalSize);
-        QVERIFY(!window->isMaximized());
+        QTRY_VERIFY(refreshButton()->isEnabled() && rowsShown().contains(blockOfRoot()));
+        QVERIFY(!window->isMaximized() && window->size() == normalSize);
         QCOMPARE(field<QComboBox>("Content:"_L1)->currentText() + field<QComboBox>("Filter:"_L1)->currentText(),
                  u"Not pinnedRecursive"_s);
         QVERIFY(field<QLineEdit>("Search:"_L1)->text().isEmpty()); // a search is for one sitting
@@ -364,30 +338,12 @@ private:
     // What the window shows.
     QStringList rowsShown() const
     {
-        QStringList texts;
-        const QStringList types = cells(PinModel::TypeColumn);
-        const QStringList names = cells(PinModel::NameColumn);
-        const QStringList cids = cells(PinModel::CidColumn);
-        for (qsizetype row = 0; row < cids.size(); ++row)
-            texts.append(cids.at(row) + u' ' + types.at(row) + u' ' + names.at(row));
-        texts.sort();
-        return texts;
-    }
-    template <typename Button = QPushButton> static Button* button(const QWidget* parent, const QString& text)
-    {
-        for (auto* candidate : parent->findChildren<Button*>()) {
-            if (candidate->text().remove(u'&') == text)
-                return candidate;
-        }
-        return nullptr;
+        QStringList cids = cells(PinModel::CidColumn);
+        cids.sort();
+        return cids;
     }
     /// As a node lists its blocks.
-    QString blockOfRoot() const
-    {
-        Cid cid = decodeCid(root).value_or(Cid());
-        cid.codec = Cid::rawCodec;
-        return encodeCid(cid);
-    }
+    QString blockOfRoot() const { return encodeCid({.multihash = decodeCid(root).value_or(Cid()).multihash}); }
     void selectRoot() const { table()->selectRow(static_cast<int>(cells(PinModel::CidColumn).indexOf(root))); }
     template <typename Dialog> Dialog* openTool(const QString& caption) const
     {
@@ -399,26 +355,11 @@ private:
         dialog->close();
         QTRY_VERIFY(!dialog);
     }
-    template <typename Dialog> void verifyLogWindow(const QString& caption, QStringList (StatusWindow::*lines)() const)
+    void verifyLog(const QString& caption, const QStringList& lines) const
     {
-        auto* dialog = openTool<Dialog>(caption);
-        QTRY_COMPARE(dialog->template findChild<LineView*>()->toPlainText().split(u'\n'), (window.get()->*lines)());
+        auto* dialog = openTool<LogDialog>(caption);
+        QCOMPARE(dialog->findChild<LineView*>()->toPlainText().split(u'\n'), lines);
         closeTool(dialog);
-    }
-    /// Opens a dialog by its entry in the menus. One that `act` leaves open is cancelled.
-    template <typename Dialog, typename Act> void inDialog(const QString& entry, const Act& act) const
-    {
-        const ModalAnswer<Dialog> answer([&act](Dialog& dialog) {
-            act(dialog);
-            if (dialog.isVisible())
-                dialog.reject();
-        });
-        trigger(entry);
-        QVERIFY(answer.wasGiven());
-    }
-    template <typename Dialog> static Dialog* modal()
-    {
-        return qobject_cast<Dialog*>(QApplication::activeModalWidget());
     }
     static void answerQuestion(const QString& text)
     {
@@ -432,31 +373,22 @@ private:
     // What the node has.
     QStringList pinsAtNode() const
     {
-        QStringList texts;
-        for (const DemoPin& pin : demo.allPins()) {
-            Cid shown = pin.cid;
-            shown.version = 1; // as the node is asked to list it
-            texts.append(encodeCid(shown) + (pin.recursive ? u" recursive "_s : u" direct "_s) + pin.name);
-        }
-        texts.sort();
-        return texts;
+        QStringList cids;
+        for (const DemoPin& pin : demo.allPins())
+            cids.append(encodeCid({.version = 1, .codec = pin.cid.codec, .multihash = pin.cid.multihash}));
+        cids.sort();
+        return cids;
     }
-    QStringList blocksAtNode()
+    QJsonObject objectAtNode(const QByteArray& call)
     {
-        return QString::fromLatin1(bodyOf(demo.ask("/refs/local"))).split(u'\n', Qt::SkipEmptyParts);
+        return QJsonDocument::fromJson(bodyOf(demo.ask(call))).object();
     }
-    QStringList peersAtNode()
-    {
-        QStringList addresses;
-        const QJsonArray peers = objectIn(bodyOf(demo.ask("/swarm/peers")))[u"Peers"_s].toArray();
-        for (const auto& peer : peers)
-            addresses.append(peer[u"Addr"_s].toString());
-        return addresses;
-    }
+    qsizetype blocksAtNode() { return bodyOf(demo.ask("/refs/local")).count('\n'); }
+    QStringList peersAtNode() { return textsIn(objectAtNode("/swarm/peers")[u"Peers"_s], "Addr"_L1); }
     int dhtPeersAtNode() { return static_cast<int>(bodyOf(demo.ask("/stats/dht")).count("\"ID\"")); }
 
     QTemporaryDir home;
-    OpenNode demo {{.pins = pinCount, .looseBlocks = 5, .remoteServices = {service}, .remotePinTime = 200ms}};
+    OpenNode demo {{.pins = pinCount, .looseBlocks = 5, .remoteServices = {u"mysrv"_s}, .remotePinTime = 200ms}};
     bool isBroken = false;
     QString root; ///< of the folder that was added
     QString name; ///< under which it was published

@@ -5,6 +5,7 @@
 #include "Detached.h"
 #include "FakeNode.h"
 #include "MainWindow.h"
+#include "ModalAnswer.h"
 #include "TestMain.h"
 
 #include <QAction>
@@ -67,21 +68,42 @@ protected:
         return nullptr;
     }
     void trigger(const QString& text) const { action(text)->trigger(); }
+    /// Opens a dialog by its entry in the menus. One that `act` leaves open is cancelled.
+    template <typename Dialog, typename Act> void inDialog(const QString& entry, const Act& act) const
+    {
+        const ModalAnswer<Dialog> answer([&act](Dialog& dialog) {
+            act(dialog);
+            if (dialog.isVisible())
+                dialog.reject();
+        });
+        trigger(entry);
+        QVERIFY(answer.wasGiven());
+    }
     bool isLogged(const QString& text) const
     {
         return !window->statusLog().filter(QStringLiteral("  ") + text).isEmpty();
     }
+    template <typename Dialog> static Dialog* modal()
+    {
+        return qobject_cast<Dialog*>(QApplication::activeModalWidget());
+    }
+    /// A button below `parent`, by its text without "&"; null if there is none.
+    template <typename Button = QPushButton> static Button* button(const QWidget* parent, const QString& text)
+    {
+        for (auto* candidate : parent->findChildren<Button*>()) {
+            if (candidate->text().remove(QLatin1Char('&')) == text)
+                return candidate;
+        }
+        return nullptr;
+    }
     /// Presses a button of the modal box; false if there is none.
     static bool press(const QString& text)
     {
-        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        for (QAbstractButton* button : box ? box->buttons() : QList<QAbstractButton*>()) {
-            if (button->text().remove(QLatin1Char('&')) == text) {
-                button->click();
-                return true;
-            }
-        }
-        return false;
+        const auto* box = modal<QMessageBox>();
+        auto* found = box ? button(box, text) : nullptr;
+        if (found)
+            found->click();
+        return found;
     }
     QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString status() const { return label(QLatin1StringView("statusLabel"))->text(); }
