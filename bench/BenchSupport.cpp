@@ -44,10 +44,10 @@ bool measureDemo(const Demo& demo)
     return good;
 }
 
-/// A line of this process's state; -1 if it can't be had.
-double memoryMiB(const char* name)
+/// A line of a file about this process's memory; -1 if it can't be had.
+double memoryMiB(const char* name, const QString& path = u"/proc/self/status"_s)
 {
-    QFile status(u"/proc/self/status"_s);
+    QFile status(path);
     if (!status.open(QIODevice::ReadOnly))
         return -1;
     const QByteArray text = status.readAll().simplified();
@@ -69,7 +69,8 @@ QNetworkReply* postReading(QNetworkAccessManager& manager, const QString& url)
 Bench::Bench(int& argc, char** argv, const QList<QCommandLineOption>& newOptions)
 {
     returnLargeBlocks(); // as the program does
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qgetenv("QT_QPA_PLATFORM") != "xcb")
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     app = std::make_unique<QApplication>(argc, argv);
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
     options.addHelpOption();
@@ -187,6 +188,11 @@ double peakRssMiB()
 double residentMiB()
 {
     return memoryMiB("VmRSS: ");
+}
+
+double proportionalMiB()
+{
+    return memoryMiB("Pss: ", u"/proc/self/smaps_rollup"_s);
 }
 
 QJsonObject rounded(QJsonObject object)

@@ -25,8 +25,8 @@ struct Demo
     QList<QStringList> runs {QStringList()};
 };
 
-/// The frame of a program that measures: an application off screen with settings of its own, never the user's, a
-/// clock, and a watch over how long the event loop goes without a turn.
+/// The frame of a program that measures: an application with settings of its own, never the user's, off screen unless
+/// QT_QPA_PLATFORM is "xcb", a clock, and a watch over how long the event loop goes without a turn.
 class Bench : public QObject
 {
 public:
@@ -40,6 +40,8 @@ public:
     double seconds() const { return static_cast<double>(clock.nsecsElapsed()) / 1e9; }
     /// The longest stall since the last call or start().
     double takeStallMs();
+    /// Ends the watch over stalls, which wakes the process each millisecond.
+    void stopWatching() { timer.stop(); }
     /// Prints the result as one line of JSON and ends the event loop with success.
     void print() const;
 
@@ -85,6 +87,8 @@ double cpuSeconds(clockid_t clock);
 double peakRssMiB();
 /// What it holds now, likewise.
 double residentMiB();
+/// As that, with what it shares with other processes counted in proportion.
+double proportionalMiB();
 /// The object with its numbers rounded to three places.
 QJsonObject rounded(QJsonObject object);
 /// Prints the message on standard error and ends the event loop with failure.

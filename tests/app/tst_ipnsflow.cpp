@@ -290,8 +290,8 @@ private:
         table()->selectRow(rowOf(cid));
         trigger(u"Publish to IPNS..."_s);
     }
-    static QInputDialog* dialog() { return qobject_cast<QInputDialog*>(QApplication::activeModalWidget()); }
-    static ActionBox* box() { return qobject_cast<ActionBox*>(QApplication::activeModalWidget()); }
+    static QInputDialog* dialog() { return modal<QInputDialog>(); }
+    static ActionBox* box() { return modal<ActionBox>(); }
     /// Answers the open dialog, or cancels it; "title|label|text at first".
     static QString answer(const QString& text)
     {

@@ -48,6 +48,11 @@ protected:
     void open(const NodeServer& served)
     {
         setting(QLatin1StringView("port"), served.port());
+        reopen();
+    }
+    /// Shows a window that asks the node of the one before it.
+    void reopen()
+    {
         window = std::make_unique<MainWindow>();
         window->show();
         window->activateWindow(); // nobody else does where there is no window manager
@@ -79,21 +84,33 @@ protected:
     /// An entry of the menus, by its text without "&".
     QAction* action(const QString& text) const { return withText<QAction>(*window->menuBar(), text); }
     void trigger(const QString& text) const { action(text)->trigger(); }
+    /// Opens a dialog by its entry in the menus. One that `act` leaves open is cancelled.
+    template <typename Dialog, typename Act> void inDialog(const QString& entry, const Act& act) const
+    {
+        const ModalAnswer<Dialog> answer([&act](Dialog& dialog) {
+            act(dialog);
+            if (dialog.isVisible())
+                dialog.reject();
+        });
+        trigger(entry);
+        QVERIFY(answer.wasGiven());
+    }
     bool isLogged(const QString& text) const
     {
         return !window->statusLog().filter(QStringLiteral("  ") + text).isEmpty();
     }
+    template <typename Dialog> static Dialog* modal()
+    {
+        return qobject_cast<Dialog*>(QApplication::activeModalWidget());
+    }
     /// Presses a button of the modal box; false if there is none.
     static bool press(const QString& text)
     {
-        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        for (QAbstractButton* button : box ? box->buttons() : QList<QAbstractButton*>()) {
-            if (button->text().remove(QLatin1Char('&')) == text) {
-                button->click();
-                return true;
-            }
-        }
-        return false;
+        const auto* box = modal<QMessageBox>();
+        auto* found = box ? withText<QPushButton>(*box, text) : nullptr;
+        if (found)
+            found->click();
+        return found;
     }
     QLabel* label(QLatin1StringView name) const { return window->findChild<QLabel*>(name); }
     QString status() const { return label(QLatin1StringView("statusLabel"))->text(); }
