@@ -143,10 +143,11 @@ private:
     void listTools()
     {
         auto* window = table->window();
-        for (int id = 0; id < ToolWindows::count; ++id)
+        for (int id = 0; id < ToolWindows::count; ++id) {
             tools.append([window, id] {
                 window->findChild<ToolWindows*>()->show(static_cast<ToolWindows::Id>(id), ToolWindows::AuxChildWindow);
             });
+        }
         for (const char* entry : {"onAddToIpfsClicked", "onSettingsClicked"})
             tools.append([window, entry] { QMetaObject::invokeMethod(window, entry); });
         const QString cid = model->pinAt(0)->cid;

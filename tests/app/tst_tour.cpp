@@ -351,7 +351,7 @@ private:
         withText<QPushButton>(*window, caption)->click();
         return window->findChild<Dialog*>();
     }
-    static void closeTool(QPointer<QDialog> dialog)
+    static void closeTool(const QPointer<QDialog>& dialog)
     {
         dialog->close();
         QTRY_VERIFY(!dialog);
