@@ -4,11 +4,12 @@
 #include "CellCopy.h"
 #include "DhtText.h"
 #include "PlainText.h"
+#include "StatusLabel.h"
 
 #include <QElapsedTimer>
 #include <QGroupBox>
 #include <QHeaderView>
-#include <QLabel>
+#include <QScrollArea>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -27,6 +28,26 @@ constexpr int agentColumn = 1;
 constexpr int widestAgent = 300;
 constexpr int tallestTable = 1'000'000; // pixels; a widget ends at 16 millions, and so does all that the dialog shows
 constexpr int rowsInAStep = 100;        // less than 1 ms; a real bucket has 20
+
+/// Its rows are all in sight of it, so the area around it follows the current cell.
+class BucketTable : public QTableWidget
+{
+public:
+    using QTableWidget::QTableWidget;
+
+    void scrollTo(const QModelIndex& index, ScrollHint hint) override
+    {
+        QTableWidget::scrollTo(index, hint);
+        for (QWidget* up = parentWidget(); up; up = up->parentWidget()) {
+            auto* area = qobject_cast<QScrollArea*>(up);
+            if (!area)
+                continue;
+            const QRect cell = visualRect(index);
+            const QPoint center = viewport()->mapTo(area->widget(), cell.center());
+            area->ensureVisible(center.x(), center.y(), 0, cell.height());
+        }
+    }
+};
 
 /// A box for foreign text, which is not to name a key or to widen the dialog.
 QGroupBox* newBox(const QString& title, const QString& style, QWidget* parent)
@@ -108,8 +129,8 @@ void DhtGroups::beginView()
     buckets = view.value("Buckets"_L1).toArray();
     nextBucket = 0;
     if (buckets.isEmpty()) {
-        auto* label = newPlainLabel(tr("No buckets in this DHT."), group);
-        label->setStyleSheet(u"color: gray;"_s);
+        auto* label = new StatusLabel(group);
+        label->showHint(tr("No buckets in this DHT."));
         group->layout()->addWidget(label);
     }
     layout->insertWidget(layout->count() - 1, group);
@@ -134,7 +155,7 @@ void DhtGroups::addBucket()
 
 void DhtGroups::beginTable(QWidget* box)
 {
-    table = new QTableWidget(static_cast<int>(peers.size()), columns, box);
+    table = new BucketTable(static_cast<int>(peers.size()), columns, box);
     table->setHorizontalHeaderLabels(dhtPeerColumns());
     table->setAlternatingRowColors(true);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -134,8 +134,10 @@ void RemoteServicesDialog::setupFields()
     tokenEdit = new QLineEdit(this);
     tokenEdit->setPlaceholderText(tr("API key / access token"));
     tokenEdit->setEchoMode(QLineEdit::Password);
-    for (const QLineEdit* edit : {nicknameEdit, endpointEdit, tokenEdit})
+    for (QLineEdit* edit : {nicknameEdit, endpointEdit, tokenEdit}) {
+        makeRoomForPlaceholder(edit);
         connect(edit, &QLineEdit::textChanged, this, &RemoteServicesDialog::updateButtons);
+    }
 }
 
 QLayout* RemoteServicesDialog::newButtonRow()

@@ -2,6 +2,7 @@
 #include "AddressTable.h"
 
 #include "CellCopy.h"
+#include "LtrDelegate.h"
 #include "PlainText.h"
 
 #include <QHash>
@@ -93,6 +94,7 @@ AddressTable::AddressTable(const QStringList& headers, QWidget* parent)
     setTabKeyNavigation(false); // Tab leads on to the next control
     setWordWrap(false);
     setTextElideMode(Qt::ElideMiddle); // addresses differ at their ends
+    showLeftToRight(this);
     setVerticalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().lineSpacing() + addressRowPadding);

@@ -41,6 +41,7 @@ LineView::LineView(QWidget* parent)
     : QTextEdit(parent)
 {
     setReadOnly(true);
+    setLayoutDirection(Qt::LeftToRight); // logs and JSON, in every language
     setUndoRedoEnabled(false); // else the document keeps a command for every line
     // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
     setLineWrapMode(QTextEdit::NoWrap);

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTableView>
 
@@ -25,6 +26,14 @@ QLabel* newLabelFor(const QString& text, QWidget* field)
     auto* label = new QLabel(text, field->parentWidget());
     label->setBuddy(field);
     return label;
+}
+
+void makeRoomForPlaceholder(QLineEdit* field)
+{
+    constexpr int emptyLetters = 3; // frame, margins and cursor
+    const QFontMetrics metrics = field->fontMetrics();
+    field->setMinimumWidth(metrics.horizontalAdvance(field->placeholderText())
+                           + emptyLetters * metrics.averageCharWidth());
 }
 
 QLabel* newWrappedLabel(const QString& text, QWidget* parent)

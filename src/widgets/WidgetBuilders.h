@@ -4,6 +4,7 @@
 #include <QString>
 
 class QLabel;
+class QLineEdit;
 class QTableView;
 class QWidget;
 
@@ -13,6 +14,8 @@ void makeRowTable(QTableView* table);
 
 /// A caption; its mnemonic leads to `field`.
 QLabel* newLabelFor(const QString& text, QWidget* field);
+/// Makes the field at least as wide as the example that it shows while it is empty.
+void makeRoomForPlaceholder(QLineEdit* field);
 /// For the program's own texts, which may be markup.
 QLabel* newWrappedLabel(const QString& text, QWidget* parent);
 
