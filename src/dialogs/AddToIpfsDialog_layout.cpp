@@ -38,7 +38,7 @@ constexpr int browserShare = 3;
 constexpr int listShare = 2;
 constexpr int nicknameLetters = 16;
 constexpr int destinationLetters = 24; // of the longest text, where there is no room for all of it
-constexpr int nameLetters = 12; // at the least
+constexpr int nameLetters = 12;        // at the least
 constexpr int columnGap = 20;
 constexpr int textMargin = 4;
 
@@ -148,6 +148,7 @@ void AddToIpfsDialog::setupBrowser()
     browserTree->setSortingEnabled(true);
     browserTree->sortByColumn(0, Qt::AscendingOrder);
 
+    showFocusAtFrame(browserTree);
     setupBrowserColumns();
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
         bindKey(key, browserTree, this, &AddToIpfsDialog::onAddFromBrowser);
@@ -193,6 +194,7 @@ void AddToIpfsDialog::setupList()
     selectedTree->setRootIsDecorated(false);
     selectedTree->setTextElideMode(Qt::ElideMiddle); // the file's own name is at the end
     selectedTree->setItemDelegateForColumn(0, new LtrDelegate(selectedTree));
+    showFocusAtFrame(selectedTree);
     bindKey(Qt::Key_Delete, selectedTree, this, &AddToIpfsDialog::onDeletePressed);
 }
 

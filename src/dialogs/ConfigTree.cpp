@@ -5,6 +5,7 @@
 #include "ConfigValues.h"
 #include "LtrDelegate.h"
 #include "PlainText.h"
+#include "WidgetBuilders.h"
 
 #include <QHeaderView>
 #include <QJsonArray>
@@ -105,6 +106,7 @@ ConfigTree::ConfigTree(QWidget* parent)
     setItemDelegate(new LineTexts(this));
     setAccessibleName(tr("Configuration"));
     copyCellsOnRequest(this);
+    showFocusAtFrame(this);
     connect(this, &QTreeWidget::itemClicked, this, &ConfigTree::chooseKey);
     connect(this, &QTreeWidget::itemActivated, this, &ConfigTree::chooseKey); // by the keyboard
     connect(this, &QTreeWidget::itemExpanded, this, &ConfigTree::reportToggle);

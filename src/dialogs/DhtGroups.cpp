@@ -5,6 +5,7 @@
 #include "DhtText.h"
 #include "PlainText.h"
 #include "StatusLabel.h"
+#include "WidgetBuilders.h"
 
 #include <QElapsedTimer>
 #include <QGroupBox>
@@ -53,6 +54,7 @@ public:
 QGroupBox* newBox(const QString& title, const QString& style, QWidget* parent)
 {
     auto* box = new QGroupBox(lineForLabel(title).replace(u'&', u"&&"_s), parent);
+    box->setAccessibleName(lineForLabel(title)); // else a box in another one is read out with that one's title
     box->setStyleSheet(style);
     box->setLayout(new QVBoxLayout);
     return box;
@@ -164,6 +166,7 @@ void DhtGroups::beginTable(QWidget* box)
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(false);
     copyCellsOnRequest(table);
+    showFocusAtFrame(table);
 }
 
 void DhtGroups::addRows()

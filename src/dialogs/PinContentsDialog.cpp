@@ -101,6 +101,7 @@ void PinContentsDialog::setupTree()
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree->setUniformRowHeights(true);
     tree->setTextElideMode(Qt::ElideMiddle); // CIDs differ at their ends, and so do the suffixes of files
+    showFocusAtFrame(tree);
     tree->setFocus();
 }
 

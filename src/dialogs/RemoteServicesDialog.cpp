@@ -97,6 +97,7 @@ void RemoteServicesDialog::setupList()
 {
     serviceList = new QListWidget(this);
     serviceList->setAccessibleName(tr("Configured services"));
+    showFocusAtFrame(serviceList);
     serviceList->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(serviceList, &QListWidget::itemSelectionChanged, this, &RemoteServicesDialog::onServiceSelected);
 }

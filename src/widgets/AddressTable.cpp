@@ -4,6 +4,7 @@
 #include "CellCopy.h"
 #include "LtrDelegate.h"
 #include "PlainText.h"
+#include "WidgetBuilders.h"
 
 #include <QHash>
 #include <QHeaderView>
@@ -95,6 +96,7 @@ AddressTable::AddressTable(const QStringList& headers, QWidget* parent)
     setWordWrap(false);
     setTextElideMode(Qt::ElideMiddle); // addresses differ at their ends
     showLeftToRight(this);
+    showFocusAtFrame(this);
     setVerticalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().lineSpacing() + addressRowPadding);

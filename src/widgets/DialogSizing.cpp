@@ -129,8 +129,9 @@ private:
         const QSize room = availableArea().size() - frameRoom;
         if (scrolls || !layout || !isAboveZero(room))
             return;
-        const QSize least = layout->totalMinimumSize();
-        if (least.width() <= room.width() && layout->totalMinimumHeightForWidth(room.width()) <= room.height())
+        const QSize least
+            = layout->totalMinimumSize().expandedTo({0, layout->totalMinimumHeightForWidth(room.width())});
+        if (least.boundedTo(room) == least)
             return;
         scrolls = true;
         auto* content = new QWidget;

@@ -143,7 +143,8 @@ QList<FlowLayout::Place> FlowLayout::takeLine(QList<Place>& rest, int room) cons
     }
     if (free < 0)
         line.first().width = room;
-    auto growing = static_cast<int>(std::ranges::count_if(line, [](const Place& place) { return canGrow(place.item); }));
+    auto growing
+        = static_cast<int>(std::ranges::count_if(line, [](const Place& place) { return canGrow(place.item); }));
     for (Place& place : line) {
         if (free <= 0 || !canGrow(place.item))
             continue;

@@ -2,12 +2,41 @@
 #include "WidgetBuilders.h"
 
 #include <QClipboard>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
 #include <QTableView>
+
+namespace {
+
+class FocusFramePainter : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* view = qobject_cast<QWidget*>(watched);
+        if (event->type() != QEvent::Paint || !view || !view->hasFocus())
+            return QObject::eventFilter(watched, event);
+        watched->event(event); // draws the usual frame
+        QPainter painter(view);
+        painter.setPen(view->palette().color(QPalette::Highlight));
+        painter.drawRect(view->rect().adjusted(0, 0, -1, -1));
+        return true;
+    }
+};
+
+} // namespace
+
+void showFocusAtFrame(QAbstractScrollArea* view)
+{
+    view->installEventFilter(new FocusFramePainter(view));
+}
 
 void makeRowTable(QTableView* table)
 {
@@ -19,6 +48,7 @@ void makeRowTable(QTableView* table)
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(true);
+    showFocusAtFrame(table);
 }
 
 QLabel* newLabelFor(const QString& text, QWidget* field)

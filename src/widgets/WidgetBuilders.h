@@ -3,6 +3,7 @@
 
 #include <QString>
 
+class QAbstractScrollArea;
 class QLabel;
 class QLineEdit;
 class QTableView;
@@ -11,6 +12,10 @@ class QWidget;
 /// A table of whole rows: extended selection, alternating colours, no grid, no row numbers, the last column stretched,
 /// and a context menu that its owner provides.
 void makeRowTable(QTableView* table);
+
+/// Draws the view's frame in the highlight colour while it has the focus: Fusion shows that at cells only, and neither
+/// an empty list nor a text that is read only has one.
+void showFocusAtFrame(QAbstractScrollArea* view);
 
 /// A caption; its mnemonic leads to `field`.
 QLabel* newLabelFor(const QString& text, QWidget* field);
