@@ -46,7 +46,7 @@ QPalette darkPalette()
     palette.setColor(QPalette::ToolTipBase, Qt::white);
     palette.setColor(QPalette::ToolTipText, Qt::white);
     palette.setColor(QPalette::Text, Qt::white);
-    palette.setColor(QPalette::PlaceholderText, faded); // Qt's own is black
+    palette.setColor(QPalette::PlaceholderText, {150, 150, 150}); // Qt's own is black
     palette.setColor(QPalette::Button, window);
     palette.setColor(QPalette::ButtonText, Qt::white);
     palette.setColor(QPalette::BrightText, Qt::red);

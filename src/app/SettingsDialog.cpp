@@ -72,15 +72,6 @@ void SettingsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(defaults, &QPushButton::clicked, this, &SettingsDialog::restoreDefaults);
     column->addWidget(buttons);
-    growMinimumSize();
-}
-
-/// Nothing is to be cut off, however large the fonts and however often the hints have to wrap.
-void SettingsDialog::growMinimumSize()
-{
-    layout()->activate();
-    const QSize least = minimumSize().expandedTo(layout()->totalMinimumSize());
-    setMinimumSize(least.expandedTo({0, layout()->totalMinimumHeightForWidth(least.width())}));
 }
 
 QGroupBox* SettingsDialog::newConnectionGroup()
@@ -162,8 +153,6 @@ void SettingsDialog::onHostChanged(const QString& text)
     if (wrong == !hostHint->isHidden())
         return;
     hostHint->setVisible(wrong);
-    if (wrong)
-        growMinimumSize();
     DialogSizing::requestRefit(this);
 }
 

@@ -50,7 +50,6 @@ private:
     QGroupBox* newConnectionGroup();
     QGroupBox* newFilterGroup();
     QGroupBox* newOptionsGroup();
-    void growMinimumSize();
     void onHostChanged(const QString& text);
     void onSendOriginToggled(bool on);
 

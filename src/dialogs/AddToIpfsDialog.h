@@ -69,7 +69,7 @@ private:
     QLayout* newOptionsBlock();
     QLayout* newAddRow();
     QLayout* newPinRow();
-    QLayout* newButtonRow(const QList<QPushButton*>& buttons);
+    QLayout* newButtonRow(const QList<QWidget*>& buttons);
     QPushButton* newButton(const QString& text, void (AddToIpfsDialog::*slot)());
     void setupServiceFields();
     void askForServices();

@@ -2,6 +2,8 @@
 #include "AddToIpfsDialog.h"
 
 #include "FileTypeProvider.h"
+#include "FlowLayout.h"
+#include "LtrDelegate.h"
 #include "StatusLabel.h"
 #include "WidgetBuilders.h"
 
@@ -36,7 +38,7 @@ constexpr int browserShare = 3;
 constexpr int listShare = 2;
 constexpr int nicknameLetters = 16;
 constexpr int destinationLetters = 24; // of the longest text, where there is no room for all of it
-constexpr int labelLetters = 16;
+constexpr int nameLetters = 12;        // at the least
 constexpr int columnGap = 20;
 constexpr int textMargin = 4;
 
@@ -65,16 +67,20 @@ protected:
     }
 };
 
+QLayout* newLabelledField(const QString& text, QWidget* field, int stretch = 0)
+{
+    auto* pair = new QHBoxLayout;
+    pair->setSpacing(spacing);
+    pair->addWidget(newLabelFor(text, field));
+    pair->addWidget(field, stretch);
+    return pair;
+}
+
 QCheckBox* newCheck(const QString& text, bool on, QWidget* parent)
 {
     auto* check = new QCheckBox(text, parent);
     check->setChecked(on);
     return check;
-}
-
-int widthOfLetters(const QWidget* field, int letters)
-{
-    return field->fontMetrics().averageCharWidth() * letters;
 }
 
 /// Works while `view` has the focus, and before the dialog would take the key for its default button.
@@ -109,7 +115,6 @@ void AddToIpfsDialog::setupUi()
     connect(buttons, &QDialogButtonBox::accepted, this, &AddToIpfsDialog::onAcceptClicked);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addWidget(buttons);
-    setMinimumSize(minimumSize().expandedTo(column->totalMinimumSize())); // larger fonts take more
 }
 
 QLayout* AddToIpfsDialog::newBrowserColumn()
@@ -143,6 +148,7 @@ void AddToIpfsDialog::setupBrowser()
     browserTree->setSortingEnabled(true);
     browserTree->sortByColumn(0, Qt::AscendingOrder);
 
+    showFocusAtFrame(browserTree);
     setupBrowserColumns();
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
         bindKey(key, browserTree, this, &AddToIpfsDialog::onAddFromBrowser);
@@ -152,6 +158,7 @@ void AddToIpfsDialog::setupBrowser()
 void AddToIpfsDialog::setupBrowserColumns()
 {
     browserTree->header()->setStretchLastSection(false);
+    browserTree->header()->setMinimumSectionSize(nameLetters * browserTree->fontMetrics().averageCharWidth());
     browserTree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     const QString date = QLocale::system().toString(QDateTime({2028, 12, 28}, {22, 58, 58}), QLocale::ShortFormat);
     const QStringList widest {u"999.99 MiB"_s, tr("JPEG image…", "a type of file, of usual length"), date};
@@ -186,15 +193,15 @@ void AddToIpfsDialog::setupList()
     selectedTree->setUniformRowHeights(true);
     selectedTree->setRootIsDecorated(false);
     selectedTree->setTextElideMode(Qt::ElideMiddle); // the file's own name is at the end
+    selectedTree->setItemDelegateForColumn(0, new LtrDelegate(selectedTree));
+    showFocusAtFrame(selectedTree);
     bindKey(Qt::Key_Delete, selectedTree, this, &AddToIpfsDialog::onDeletePressed);
 }
 
-QLayout* AddToIpfsDialog::newButtonRow(const QList<QPushButton*>& buttons)
+QLayout* AddToIpfsDialog::newButtonRow(const QList<QWidget*>& buttons)
 {
-    auto* row = new QHBoxLayout;
-    for (QPushButton* button : buttons)
-        row->addWidget(button);
-    row->addStretch();
+    auto* row = new FlowLayout;
+    row->addWidgets(buttons);
     return row;
 }
 
@@ -234,13 +241,11 @@ QLayout* AddToIpfsDialog::newAddRow()
     cidVersionCombo->addItem(u"CIDv1"_s, 1);
     cidVersionCombo->addItem(u"CIDv0"_s, 0);
 
-    auto* row = new QHBoxLayout;
+    auto* row = new FlowLayout;
     row->setSpacing(checkSpacing);
-    for (QCheckBox* check : {wrapCheck, pinCheck, onlyHashCheck})
-        row->addWidget(check);
+    row->addWidgets({wrapCheck, pinCheck, onlyHashCheck});
     row->addStretch();
-    row->addWidget(newLabelFor(tr("CID &version:"), cidVersionCombo));
-    row->addWidget(cidVersionCombo);
+    row->addLayout(newLabelledField(tr("CID &version:"), cidVersionCombo));
     return row;
 }
 
@@ -250,17 +255,15 @@ QLayout* AddToIpfsDialog::newPinRow()
     pinDestinationCombo->addItem(tr("Local only"), u"local"_s);
     pinDestinationCombo->addItem(tr("Local + Remote"), u"both"_s);
     pinDestinationCombo->addItem(tr("Remote only (unpin local after remote pin)"), u"remote"_s);
-    pinDestinationCombo->setMinimumWidth(widthOfLetters(pinDestinationCombo, destinationLetters));
+    pinDestinationCombo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    pinDestinationCombo->setMinimumContentsLength(destinationLetters);
     setupServiceFields();
 
-    auto* row = new QHBoxLayout;
+    auto* row = new FlowLayout;
     row->setSpacing(spacing);
-    row->addWidget(newLabelFor(tr("Pin des&tination:"), pinDestinationCombo));
-    row->addWidget(pinDestinationCombo, 1);
-    row->addWidget(newLabelFor(tr("Remote service &nickname:"), remoteServiceCombo));
-    row->addWidget(remoteServiceCombo, 1);
-    row->addWidget(newLabelFor(tr("Remote pin &label (optional):"), remotePinLabelEdit));
-    row->addWidget(remotePinLabelEdit, 1);
+    row->addLayout(newLabelledField(tr("Pin des&tination:"), pinDestinationCombo, 1));
+    row->addLayout(newLabelledField(tr("Remote service &nickname:"), remoteServiceCombo, 1));
+    row->addLayout(newLabelledField(tr("Remote pin &label (optional):"), remotePinLabelEdit, 1));
     return row;
 }
 
@@ -274,7 +277,7 @@ void AddToIpfsDialog::setupServiceFields()
     remoteServiceCombo->lineEdit()->setPlaceholderText(tr("e.g. pinata-prod (configured in Kubo)"));
     remotePinLabelEdit = new QLineEdit(this);
     remotePinLabelEdit->setPlaceholderText(tr("e.g. invoice-2026-03-17"));
-    remotePinLabelEdit->setMinimumWidth(widthOfLetters(remotePinLabelEdit, labelLetters));
+    makeRoomForPlaceholder(remotePinLabelEdit);
     for (QLineEdit* edit : {remoteServiceCombo->lineEdit(), remotePinLabelEdit})
         edit->setAcceptDrops(false); // dropped files are the dialog's
 }

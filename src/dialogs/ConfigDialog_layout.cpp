@@ -4,6 +4,7 @@
 #include "ConfigTree.h"
 #include "ConfigValues.h"
 #include "DialogSizing.h"
+#include "FlowLayout.h"
 #include "IpfsClient.h"
 #include "StatusLabel.h"
 #include "WidgetBuilders.h"
@@ -36,6 +37,7 @@ QLineEdit* newConfigField(const QString& name, const QString& placeholder, QWidg
     auto* field = new QLineEdit(parent);
     field->setAccessibleName(name);
     field->setPlaceholderText(placeholder);
+    makeRoomForPlaceholder(field);
     field->setMaxLength(longestValue);
     return field;
 }
@@ -62,10 +64,8 @@ QLayout* ConfigDialog::newStatusRow()
     auto* refreshButton = newButton(tr("&Refresh"), &ConfigDialog::onRefreshClicked);
     idleWidgets.append(refreshButton);
 
-    auto* row = new QHBoxLayout;
-    row->addWidget(expandCollapseButton);
-    row->addWidget(statusLabel, 1); // what is left of the row: a message may be long
-    row->addWidget(refreshButton);
+    auto* row = new FlowLayout;
+    row->addWidgets({expandCollapseButton, statusLabel, refreshButton});
     return row;
 }
 
@@ -91,6 +91,7 @@ void ConfigDialog::setupFields()
     keyEdit = newConfigField(tr("Config key"), tr("Config key (e.g. Addresses.API)"), this);
     valueEdit = newConfigField(tr("Value"), tr("Value"), this);
     modeCombo = new QComboBox(this);
+    modeCombo->setToolTip(tr("Value mode")); // on Linux a combo box is read out with this, never by a name of its own
     modeCombo->setAccessibleName(tr("Value mode"));
     for (const QLatin1StringView mode : {ConfigMode::text, ConfigMode::boolean, ConfigMode::json})
         modeCombo->addItem(mode);
@@ -119,13 +120,12 @@ QLayout* ConfigDialog::newPresetRow()
 /// Where the dialog is too narrow for one line, its buttons are in a second.
 QLayout* ConfigDialog::newFoldingRow(QLayout* fields, const QList<QWidget*>& buttons)
 {
-    auto* line = new QHBoxLayout;
-    for (QWidget* button : buttons)
-        line->addWidget(button);
+    auto* line = new FlowLayout;
+    line->addStretch();
+    line->addWidgets(buttons);
     auto* row = new QBoxLayout(QBoxLayout::LeftToRight);
     row->addLayout(fields, 1);
     row->addLayout(line);
-    row->setAlignment(line, Qt::AlignRight);
     foldingRows.append(row);
     return row;
 }
@@ -168,6 +168,7 @@ QDialog* ConfigDialog::newReplaceEditor()
     auto* text = new QPlainTextEdit(configForEditor(lastConfig), editor);
     text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     text->setTabChangesFocus(true);
+    text->setLayoutDirection(Qt::LeftToRight); // it is JSON
     text->setAccessibleName(tr("Config JSON"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, editor);
     buttons->button(QDialogButtonBox::Ok)->setText(tr("Replace"));

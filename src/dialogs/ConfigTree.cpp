@@ -3,12 +3,13 @@
 
 #include "CellCopy.h"
 #include "ConfigValues.h"
+#include "LtrDelegate.h"
 #include "PlainText.h"
+#include "WidgetBuilders.h"
 
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -23,10 +24,10 @@ constexpr auto arraySuffix = " []"_L1;
 
 /// Shows a text in one line, and the middle of a very long one not at all: a megabyte would be shaped anew, for most of
 /// a second, each time it is painted, and one text of many lines in the first row would make every row as high.
-class LineTexts : public QStyledItemDelegate
+class LineTexts : public LtrDelegate
 {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using LtrDelegate::LtrDelegate;
     QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
     {
         return lineForLabel(value.toString());
@@ -105,6 +106,7 @@ ConfigTree::ConfigTree(QWidget* parent)
     setItemDelegate(new LineTexts(this));
     setAccessibleName(tr("Configuration"));
     copyCellsOnRequest(this);
+    showFocusAtFrame(this);
     connect(this, &QTreeWidget::itemClicked, this, &ConfigTree::chooseKey);
     connect(this, &QTreeWidget::itemActivated, this, &ConfigTree::chooseKey); // by the keyboard
     connect(this, &QTreeWidget::itemExpanded, this, &ConfigTree::reportToggle);

@@ -4,11 +4,13 @@
 #include "CellCopy.h"
 #include "DhtText.h"
 #include "PlainText.h"
+#include "StatusLabel.h"
+#include "WidgetBuilders.h"
 
 #include <QElapsedTimer>
 #include <QGroupBox>
 #include <QHeaderView>
-#include <QLabel>
+#include <QScrollArea>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -28,10 +30,31 @@ constexpr int widestAgent = 300;
 constexpr int tallestTable = 1'000'000; // pixels; a widget ends at 16 millions, and so does all that the dialog shows
 constexpr int rowsInAStep = 100;        // less than 1 ms; a real bucket has 20
 
+/// Its rows are all in sight of it, so the area around it follows the current cell.
+class BucketTable : public QTableWidget
+{
+public:
+    using QTableWidget::QTableWidget;
+
+    void scrollTo(const QModelIndex& index, ScrollHint hint) override
+    {
+        QTableWidget::scrollTo(index, hint);
+        for (QWidget* up = parentWidget(); up; up = up->parentWidget()) {
+            auto* area = qobject_cast<QScrollArea*>(up);
+            if (!area)
+                continue;
+            const QRect cell = visualRect(index);
+            const QPoint center = viewport()->mapTo(area->widget(), cell.center());
+            area->ensureVisible(center.x(), center.y(), 0, cell.height());
+        }
+    }
+};
+
 /// A box for foreign text, which is not to name a key or to widen the dialog.
 QGroupBox* newBox(const QString& title, const QString& style, QWidget* parent)
 {
     auto* box = new QGroupBox(lineForLabel(title).replace(u'&', u"&&"_s), parent);
+    box->setAccessibleName(lineForLabel(title)); // else a box in another one is read out with that one's title
     box->setStyleSheet(style);
     box->setLayout(new QVBoxLayout);
     return box;
@@ -108,8 +131,8 @@ void DhtGroups::beginView()
     buckets = view.value("Buckets"_L1).toArray();
     nextBucket = 0;
     if (buckets.isEmpty()) {
-        auto* label = newPlainLabel(tr("No buckets in this DHT."), group);
-        label->setStyleSheet(u"color: gray;"_s);
+        auto* label = new StatusLabel(group);
+        label->showHint(tr("No buckets in this DHT."));
         group->layout()->addWidget(label);
     }
     layout->insertWidget(layout->count() - 1, group);
@@ -134,7 +157,7 @@ void DhtGroups::addBucket()
 
 void DhtGroups::beginTable(QWidget* box)
 {
-    table = new QTableWidget(static_cast<int>(peers.size()), columns, box);
+    table = new BucketTable(static_cast<int>(peers.size()), columns, box);
     table->setHorizontalHeaderLabels(dhtPeerColumns());
     table->setAlternatingRowColors(true);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -143,6 +166,7 @@ void DhtGroups::beginTable(QWidget* box)
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(false);
     copyCellsOnRequest(table);
+    showFocusAtFrame(table);
 }
 
 void DhtGroups::addRows()

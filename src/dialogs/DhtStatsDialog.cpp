@@ -5,6 +5,7 @@
 #include "DhtGroups.h"
 #include "DhtText.h"
 #include "DialogSizing.h"
+#include "FlowLayout.h"
 #include "IpfsClient.h"
 #include "NodeWords.h"
 #include "StatusLabel.h"
@@ -63,11 +64,12 @@ QLayout* DhtStatsDialog::newHeaderRow()
     refreshButton->setAutoDefault(false);
     connect(refreshButton, &QPushButton::clicked, this, &DhtStatsDialog::onRefreshClicked);
 
-    auto* row = new QHBoxLayout;
-    row->addWidget(newLabelFor(tr("&DHT:"), dhtCombo));
-    row->addWidget(dhtCombo);
-    row->addWidget(statusLabel, 1);
-    row->addWidget(refreshButton);
+    auto* choice = new QHBoxLayout;
+    choice->addWidget(newLabelFor(tr("&DHT:"), dhtCombo));
+    choice->addWidget(dhtCombo);
+    auto* row = new FlowLayout;
+    row->addLayout(choice);
+    row->addWidgets({statusLabel, refreshButton});
     return row;
 }
 
@@ -90,6 +92,7 @@ QScrollArea* DhtStatsDialog::newScrollArea()
     auto* area = new QScrollArea(this);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus); // it follows the tables' current cells
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     content = new QWidget(area);
     content->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::MinimumExpanding);

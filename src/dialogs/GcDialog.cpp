@@ -2,6 +2,7 @@
 #include "GcDialog.h"
 
 #include "DialogSizing.h"
+#include "FlowLayout.h"
 #include "GcReportText.h"
 #include "IpfsClient.h"
 #include "LogTime.h"
@@ -52,10 +53,8 @@ void GcDialog::setupUi()
     textView->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)); // CIDs are compared by eye
     textView->setAccessibleName(windowTitle());
 
-    auto* row = new QHBoxLayout;
-    row->addWidget(statusLabel, 1);
-    row->addWidget(statsButton);
-    row->addWidget(gcButton);
+    auto* row = new FlowLayout;
+    row->addWidgets({statusLabel, statsButton, gcButton});
     auto* column = new QVBoxLayout(this);
     column->addLayout(row);
     nodeWords = new NodeWords(client, {{.path = statPath}, {.path = gcPath}}, this);

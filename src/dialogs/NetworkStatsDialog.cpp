@@ -4,6 +4,7 @@
 #include "Detached.h"
 #include "DialogSizing.h"
 #include "FileWriter.h"
+#include "FlowLayout.h"
 #include "IpfsClient.h"
 #include "LineView.h"
 #include "NodeWords.h"
@@ -75,6 +76,7 @@ void NetworkStatsDialog::setupUi()
     column->addLayout(newHeaderRow());
     for (QLabel*& label : signalLabels) {
         label = newPlainLabel({}, this);
+        label->setWordWrap(true);
         label->setStyleSheet(u"font-weight: bold;"_s);
         column->addWidget(label);
     }
@@ -91,13 +93,12 @@ void NetworkStatsDialog::setupUi()
 
 QLayout* NetworkStatsDialog::newHeaderRow()
 {
-    auto* row = new QHBoxLayout;
+    auto* row = new FlowLayout;
     statusLabel = new StatusLabel(this);
-    row->addWidget(statusLabel, 1);
-    row->addWidget(newButton(tr("&Copy JSON"), &NetworkStatsDialog::onCopyJsonClicked));
-    row->addWidget(newButton(tr("&Save snapshot..."), &NetworkStatsDialog::onSaveJsonClicked));
+    auto* copyButton = newButton(tr("&Copy JSON"), &NetworkStatsDialog::onCopyJsonClicked);
+    auto* saveButton = newButton(tr("&Save snapshot..."), &NetworkStatsDialog::onSaveJsonClicked);
     refreshButton = newButton(tr("&Refresh"), &NetworkStatsDialog::onRefreshClicked);
-    row->addWidget(refreshButton);
+    row->addWidgets({statusLabel, copyButton, saveButton, refreshButton});
     return row;
 }
 

@@ -26,6 +26,7 @@ namespace {
 
 constexpr int margin = 8;
 constexpr int nameWidth = 220;
+constexpr int nameLetters = 24;
 constexpr int sizeWidth = 80;
 constexpr int rowHeight = 22;
 constexpr qsizetype mostOpenListings = 16;
@@ -92,13 +93,15 @@ void PinContentsDialog::setupTree()
     tree = new QTreeWidget(this);
     tree->setAccessibleName(tr("Files and folders"));
     tree->setHeaderLabels({tr("Name"), tr("Size"), tr("CID")});
-    tree->setColumnWidth(0, nameWidth);
-    tree->setColumnWidth(1, sizeWidth);
+    const QFontMetrics metrics = tree->fontMetrics();
+    tree->setColumnWidth(0, std::max(nameWidth, nameLetters * metrics.averageCharWidth()));
+    tree->setColumnWidth(1, std::max(sizeWidth, metrics.horizontalAdvance(u"1023.9 MB  "_s)));
     tree->header()->setStretchLastSection(true);
     tree->setAlternatingRowColors(true);
     tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree->setUniformRowHeights(true);
     tree->setTextElideMode(Qt::ElideMiddle); // CIDs differ at their ends, and so do the suffixes of files
+    showFocusAtFrame(tree);
     tree->setFocus();
 }
 

@@ -97,6 +97,7 @@ void RemoteServicesDialog::setupList()
 {
     serviceList = new QListWidget(this);
     serviceList->setAccessibleName(tr("Configured services"));
+    showFocusAtFrame(serviceList);
     serviceList->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(serviceList, &QListWidget::itemSelectionChanged, this, &RemoteServicesDialog::onServiceSelected);
 }
@@ -134,8 +135,10 @@ void RemoteServicesDialog::setupFields()
     tokenEdit = new QLineEdit(this);
     tokenEdit->setPlaceholderText(tr("API key / access token"));
     tokenEdit->setEchoMode(QLineEdit::Password);
-    for (const QLineEdit* edit : {nicknameEdit, endpointEdit, tokenEdit})
+    for (QLineEdit* edit : {nicknameEdit, endpointEdit, tokenEdit}) {
+        makeRoomForPlaceholder(edit);
         connect(edit, &QLineEdit::textChanged, this, &RemoteServicesDialog::updateButtons);
+    }
 }
 
 QLayout* RemoteServicesDialog::newButtonRow()

@@ -2,8 +2,10 @@
 #include "SwarmDialog.h"
 
 #include "AddressTable.h"
+#include "FlowLayout.h"
 #include "PlainText.h"
 #include "StatusLabel.h"
+#include "WidgetBuilders.h"
 
 #include <QHeaderView>
 #include <QLineEdit>
@@ -32,6 +34,7 @@ void SwarmDialog::setupUi()
     auto* column = new QVBoxLayout(this);
     column->addLayout(newPeerRow());
     summaryLabel = newPlainLabel({}, this);
+    summaryLabel->setWordWrap(true);
     summaryLabel->setStyleSheet(u"font-weight: bold;"_s);
     column->addWidget(summaryLabel);
     statusLabel = new StatusLabel(this);
@@ -46,18 +49,16 @@ void SwarmDialog::setupUi()
 
 QLayout* SwarmDialog::newPeerRow()
 {
-    auto* row = new QHBoxLayout;
+    auto* row = new FlowLayout;
     filterEdit = newField(tr("Filter"), tr("Quick filter peers/addresses..."));
     filterEdit->setClearButtonEnabled(true);
     connect(filterEdit, &QLineEdit::textChanged, this, &SwarmDialog::onFilterTextChanged);
-    row->addWidget(filterEdit, 1);
     targetEdit = newField(tr("Peer"), tr("Peer multiaddr (example: /ip4/.../tcp/.../p2p/<peerId>)"));
     connect(targetEdit, &QLineEdit::returnPressed, this, &SwarmDialog::onConnectClicked);
-    row->addWidget(targetEdit, 1);
-    row->addWidget(newButton(tr("Connect"), &SwarmDialog::onConnectClicked));
-    row->addWidget(newButton(tr("Disconnect selected"), &SwarmDialog::onDisconnectSelectedClicked));
+    auto* connectButton = newButton(tr("Connect"), &SwarmDialog::onConnectClicked);
+    auto* disconnectButton = newButton(tr("Disconnect selected"), &SwarmDialog::onDisconnectSelectedClicked);
     refreshButton = newButton(tr("Refresh"), &SwarmDialog::onRefreshClicked);
-    row->addWidget(refreshButton);
+    row->addWidgets({filterEdit, targetEdit, connectButton, disconnectButton, refreshButton});
     return row;
 }
 
@@ -96,17 +97,15 @@ QWidget* SwarmDialog::newBootstrapPage()
 
 QLayout* SwarmDialog::newBootstrapRow()
 {
-    auto* row = new QHBoxLayout;
+    auto* row = new FlowLayout;
     bootstrapEdit = newField(tr("Bootstrap peer"), tr("Bootstrap peer (example: /ip4/.../tcp/.../p2p/<peerId>)"));
     connect(bootstrapEdit, &QLineEdit::returnPressed, this, &SwarmDialog::onBootstrapAddClicked);
-    row->addWidget(bootstrapEdit, 1);
-    row->addWidget(newButton(tr("Add peer"), &SwarmDialog::onBootstrapAddClicked));
-    row->addWidget(newButton(tr("Remove selected"), &SwarmDialog::onBootstrapRemoveSelectedClicked));
+    auto* addPeerButton = newButton(tr("Add peer"), &SwarmDialog::onBootstrapAddClicked);
+    auto* removeButton = newButton(tr("Remove selected"), &SwarmDialog::onBootstrapRemoveSelectedClicked);
     removeAllButton = newButton(tr("Remove all"), &SwarmDialog::onBootstrapRemoveAllClicked);
     removeAllButton->setEnabled(false);
-    row->addWidget(removeAllButton);
     refreshBootstrapButton = newButton(tr("Refresh bootstrap"), &SwarmDialog::onRefreshBootstrapClicked);
-    row->addWidget(refreshBootstrapButton);
+    row->addWidgets({bootstrapEdit, addPeerButton, removeButton, removeAllButton, refreshBootstrapButton});
     return row;
 }
 
@@ -115,6 +114,7 @@ QLineEdit* SwarmDialog::newField(const QString& name, const QString& placeholder
     auto* field = new QLineEdit(this);
     field->setAccessibleName(name);
     field->setPlaceholderText(placeholder);
+    makeRoomForPlaceholder(field);
     return field;
 }
 

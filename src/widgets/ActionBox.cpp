@@ -3,8 +3,16 @@
 
 #include "PlainText.h"
 
+#include <QEvent>
+#include <QLabel>
+#include <QLayout>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const QStringList& actions, QWidget* parent,
                      StandardButton closing)
@@ -17,6 +25,32 @@ ActionBox::ActionBox(Icon icon, const QString& title, const QString& text, const
         actionButtons.append(addButton(action, ActionRole));
     setDefaultButton(addButton(closing));
     setEscapeButton(closing);
+}
+
+bool ActionBox::event(QEvent* event)
+{
+    const bool isTaken = QMessageBox::event(event);
+    if (event->type() == QEvent::LayoutRequest)
+        makeRoomForWords();
+    return isTaken;
+}
+
+void ActionBox::showEvent(QShowEvent* event)
+{
+    QMessageBox::showEvent(event);
+    makeRoomForWords();
+}
+
+/// A message box bounds its width to what is left of the screen after 480 pixels, which is less than a CID in a large
+/// font: its label would cut it off.
+void ActionBox::makeRoomForWords()
+{
+    const auto* label = findChild<QLabel*>(u"qt_msgbox_label"_s);
+    const int lack = label ? label->minimumSizeHint().width() - label->width() : 0;
+    if (lack <= 0)
+        return;
+    const int wider = std::min(width() + lack, screen()->availableSize().width());
+    setFixedSize(wider, layout()->totalHeightForWidth(wider));
 }
 
 int ActionBox::choose()

@@ -23,8 +23,13 @@ public:
     /// that was chosen, or -1; it is not called if the box goes with its parent.
     void openFor(const std::function<void(int)>& act);
 
+protected:
+    bool event(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
 private:
     int chosenAction() const;
+    void makeRoomForWords();
 
     QList<QAbstractButton*> actionButtons;
 };

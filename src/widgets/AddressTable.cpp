@@ -2,7 +2,9 @@
 #include "AddressTable.h"
 
 #include "CellCopy.h"
+#include "LtrDelegate.h"
 #include "PlainText.h"
+#include "WidgetBuilders.h"
 
 #include <QHash>
 #include <QHeaderView>
@@ -93,6 +95,8 @@ AddressTable::AddressTable(const QStringList& headers, QWidget* parent)
     setTabKeyNavigation(false); // Tab leads on to the next control
     setWordWrap(false);
     setTextElideMode(Qt::ElideMiddle); // addresses differ at their ends
+    showLeftToRight(this);
+    showFocusAtFrame(this);
     setVerticalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
     verticalHeader()->setDefaultSectionSize(fontMetrics().lineSpacing() + addressRowPadding);

@@ -8,9 +8,10 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QHash>
-#include <QLayout>
 #include <QScreen>
+#include <QScrollArea>
 #include <QTimer>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -22,6 +23,7 @@ namespace {
 constexpr QSize fallbackSize(640, 480);
 constexpr double smallestRatio = 0.2;
 constexpr double largestRatio = 1.0;
+constexpr QSize frameRoom(8, 40); // what a window manager may draw around a dialog
 
 bool isAboveZero(const QSize& size)
 {
@@ -55,7 +57,11 @@ private:
     void follow(QEvent::Type type)
     {
         switch (type) {
+        case QEvent::Polish:
+            scrollIfTooLarge();
+            break;
         case QEvent::Resize:
+            growMinimumSize();
             userResized = userResized || (!applyingSize && dialog->isVisible() && initialShowHandled);
             break;
         case QEvent::Show:
@@ -67,6 +73,7 @@ private:
                 save();
             break;
         case QEvent::LayoutRequest:
+            growMinimumSize();
             if (dialog->isVisible() && followsContent())
                 scheduleRefit();
             break;
@@ -109,10 +116,52 @@ private:
         });
     }
 
+    QRect availableArea() const
+    {
+        const QScreen* screen = dialog->screen() ? dialog->screen() : QGuiApplication::primaryScreen();
+        return screen ? screen->availableGeometry() : QRect();
+    }
+
+    /// Before the first show: a dialog that can't be made as small as the screen gets scroll bars.
+    void scrollIfTooLarge()
+    {
+        QLayout* layout = dialog->layout();
+        const QSize room = availableArea().size() - frameRoom;
+        if (scrolls || !layout || !isAboveZero(room))
+            return;
+        const QSize least
+            = layout->totalMinimumSize().expandedTo({0, layout->totalMinimumHeightForWidth(room.width())});
+        if (least.boundedTo(room) == least)
+            return;
+        scrolls = true;
+        auto* content = new QWidget;
+        content->setLayout(layout); // with all widgets that it has
+        auto* area = new QScrollArea(dialog);
+        area->setWidgetResizable(true);
+        area->setFrameShape(QFrame::NoFrame);
+        area->setFocusPolicy(Qt::NoFocus); // it follows the focus
+        area->setWidget(content);
+        auto* column = new QVBoxLayout(dialog);
+        column->setContentsMargins({});
+        column->addWidget(area);
+    }
+
+    /// Nothing is cut off, however large the fonts and however often texts wrap, as far as the screen goes.
+    void growMinimumSize()
+    {
+        QSize least = options.minimumSize.expandedTo({0, 0});
+        if (QLayout* layout = dialog->layout()) {
+            layout->activate(); // else the layouts in it answer as they were
+            least = least.expandedTo(layout->totalMinimumSize());
+            least = least.expandedTo({0, layout->totalMinimumHeightForWidth(std::max(least.width(), dialog->width()))});
+        }
+        const QSize room = availableArea().size() - frameRoom;
+        dialog->setMinimumSize(isAboveZero(room) ? least.boundedTo(room) : least);
+    }
+
     void fitToContent()
     {
-        if (QLayout* layout = dialog->layout())
-            layout->activate();
+        growMinimumSize();
         const QSize size = fittedSize();
         if (!isAboveZero(size))
             return;
@@ -134,8 +183,7 @@ private:
 
     QSize upperBound(const QSize& base) const
     {
-        const QScreen* screen = dialog->screen() ? dialog->screen() : QGuiApplication::primaryScreen();
-        const QRect available = screen ? screen->availableGeometry() : QRect();
+        const QRect available = availableArea();
         if (!available.isValid())
             return base;
         const auto share = [](double ratio, int length) {
@@ -162,6 +210,7 @@ private:
     bool geometryRestored = false; ///< fitting is off for good
     bool userResized = false;      ///< fitting is off for good
     bool applyingSize = false;     ///< inside a resize of our own
+    bool scrolls = false;          ///< its content is in a scroll area
 };
 
 QHash<QDialog*, DialogSizingController*>& dialogSizingRegistry()

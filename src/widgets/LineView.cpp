@@ -2,6 +2,7 @@
 #include "LineView.h"
 
 #include "LineLayout.h"
+#include "WidgetBuilders.h"
 
 #include <QElapsedTimer>
 #include <QMimeData>
@@ -41,7 +42,9 @@ LineView::LineView(QWidget* parent)
     : QTextEdit(parent)
 {
     setReadOnly(true);
-    setUndoRedoEnabled(false); // else the document keeps a command for every line
+    showFocusAtFrame(this);
+    setLayoutDirection(Qt::LeftToRight); // logs and JSON, in every language
+    setUndoRedoEnabled(false);           // else the document keeps a command for every line
     // Wrapped by Qt's own layout, a line costs 40 µs before anything is shown, and a million of them never open.
     setLineWrapMode(QTextEdit::NoWrap);
     document()->setDocumentLayout(new LineLayout(document()));

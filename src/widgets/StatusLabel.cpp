@@ -7,7 +7,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// The inks are darker than the window's own, and can't be read on it.
 const QColor failureGround(255, 214, 214);
+const QColor hintGround(20, 20, 20);
 
 } // namespace
 
@@ -22,26 +24,26 @@ StatusLabel::StatusLabel(QWidget* parent)
 
 void StatusLabel::showHint(const QString& text)
 {
-    show(text, u"color: gray;"_s, false);
+    show(text, u"color: gray;"_s, hintGround);
 }
 
 void StatusLabel::showProgress(const QString& text)
 {
-    show(text, {}, false);
+    show(text, {}, {});
 }
 
 void StatusLabel::showFailure(const QString& text)
 {
-    show(text, u"color: darkred;"_s, true);
+    show(text, u"color: darkred;"_s, failureGround);
 }
 
-void StatusLabel::show(const QString& text, const QString& style, bool onLightGround)
+void StatusLabel::show(const QString& text, const QString& style, const QColor& ground)
 {
     if (styleSheet() != style)
         setStyleSheet(style);
-    QPalette ground = palette();
-    ground.setColor(QPalette::Window, failureGround); // dark red can't be read on the dark window
-    setPalette(onLightGround ? ground : QPalette());
-    setAutoFillBackground(onLightGround);
+    QPalette colors = palette();
+    colors.setColor(QPalette::Window, ground);
+    setPalette(ground.isValid() ? colors : QPalette());
+    setAutoFillBackground(ground.isValid());
     setText(messageForLabel(text));
 }

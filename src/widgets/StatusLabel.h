@@ -19,5 +19,5 @@ public:
     void showFailure(const QString& text);
 
 private:
-    void show(const QString& text, const QString& style, bool onLightGround);
+    void show(const QString& text, const QString& style, const QColor& ground);
 };

@@ -4,6 +4,9 @@
 #include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,8 +20,9 @@ void setPlainLabel(QInputDialog* dialog, const QString& text)
     auto* label = dialog->findChild<QLabel*>();
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
-    label->setMinimumWidth(labelWidth);
     dialog->setLabelText(text);
+    const int widest = dialog->screen()->availableSize().width() * 3 / 4;
+    label->setMinimumWidth(std::clamp(label->minimumSizeHint().width(), labelWidth, std::max(widest, labelWidth)));
 }
 
 void offer(QInputDialog* dialog, const QStringList& choices)

@@ -2,11 +2,41 @@
 #include "WidgetBuilders.h"
 
 #include <QClipboard>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
 #include <QTableView>
+
+namespace {
+
+class FocusFramePainter : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* view = qobject_cast<QWidget*>(watched);
+        if (event->type() != QEvent::Paint || !view || !view->hasFocus())
+            return QObject::eventFilter(watched, event);
+        watched->event(event); // draws the usual frame
+        QPainter painter(view);
+        painter.setPen(view->palette().color(QPalette::Highlight));
+        painter.drawRect(view->rect().adjusted(0, 0, -1, -1));
+        return true;
+    }
+};
+
+} // namespace
+
+void showFocusAtFrame(QAbstractScrollArea* view)
+{
+    view->installEventFilter(new FocusFramePainter(view));
+}
 
 void makeRowTable(QTableView* table)
 {
@@ -18,6 +48,7 @@ void makeRowTable(QTableView* table)
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(true);
+    showFocusAtFrame(table);
 }
 
 QLabel* newLabelFor(const QString& text, QWidget* field)
@@ -25,6 +56,14 @@ QLabel* newLabelFor(const QString& text, QWidget* field)
     auto* label = new QLabel(text, field->parentWidget());
     label->setBuddy(field);
     return label;
+}
+
+void makeRoomForPlaceholder(QLineEdit* field)
+{
+    constexpr int emptyLetters = 3; // frame, margins and cursor
+    const QFontMetrics metrics = field->fontMetrics();
+    field->setMinimumWidth(metrics.horizontalAdvance(field->placeholderText())
+                           + emptyLetters * metrics.averageCharWidth());
 }
 
 QLabel* newWrappedLabel(const QString& text, QWidget* parent)

@@ -3,7 +3,9 @@
 
 #include <QString>
 
+class QAbstractScrollArea;
 class QLabel;
+class QLineEdit;
 class QTableView;
 class QWidget;
 
@@ -11,8 +13,14 @@ class QWidget;
 /// and a context menu that its owner provides.
 void makeRowTable(QTableView* table);
 
+/// Draws the view's frame in the highlight colour while it has the focus: Fusion shows that at cells only, and neither
+/// an empty list nor a text that is read only has one.
+void showFocusAtFrame(QAbstractScrollArea* view);
+
 /// A caption; its mnemonic leads to `field`.
 QLabel* newLabelFor(const QString& text, QWidget* field);
+/// Makes the field at least as wide as the example that it shows while it is empty.
+void makeRoomForPlaceholder(QLineEdit* field);
 /// For the program's own texts, which may be markup.
 QLabel* newWrappedLabel(const QString& text, QWidget* parent);
 

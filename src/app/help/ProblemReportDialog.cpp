@@ -34,6 +34,7 @@ ProblemReportDialog::ProblemReportDialog(QWidget* parent)
     intro->setWordWrap(true);
     intro->setTextInteractionFlags(Qt::TextSelectableByMouse);
     view->setReadOnly(true);
+    showFocusAtFrame(view);
     view->setAccessibleName(tr("Report"));
     view->setTabChangesFocus(true);
     setPlainToolTip(withAddresses,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PinTable.h"
 
+#include "LtrDelegate.h"
 #include "PinFilterProxyModel.h"
 #include "PinModel.h"
 #include "WidgetBuilders.h"
@@ -71,6 +72,8 @@ PinTable::PinTable(PinFilterProxyModel* shownPins, QWidget* parent)
     setAccessibleName(tr("Pins"));
     verticalHeader()->setDefaultSectionSize(heightOfRows);
     setupColumns();
+    showLeftToRight(this); // CIDs and sizes; a name may be in any language
+    setItemDelegateForColumn(PinModel::NameColumn, new QStyledItemDelegate(this));
     sortByColumn(PinModel::RefsColumn, Qt::AscendingOrder);
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
         const auto* open = new QShortcut(key, this, nullptr, nullptr, Qt::WidgetShortcut);
@@ -220,7 +223,7 @@ void PinTable::openCurrentRow()
 {
     const QModelIndex current = currentIndex();
     if (current.isValid() && !selectionModel()->isSelected(current))
-        selectRow(current.row());
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     emit doubleClicked(current);
 }
 

@@ -57,6 +57,7 @@ void StatusWindow::showProgress(const QString& text)
 {
     statusResetTimer->stop();
     statusLabel->setText(text);
+    setPlainToolTip(statusLabel, text); // there may be no room for all of it
 }
 
 void StatusWindow::showNotification(const QString& text, bool warning)
