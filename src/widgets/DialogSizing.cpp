@@ -146,14 +146,16 @@ private:
         column->addWidget(area);
     }
 
-    /// Nothing is cut off, however large the fonts and however often texts wrap, as far as the screen goes.
+    /// Nothing is cut off, however large the fonts and however often texts wrap, as far as the screen goes. A box
+    /// layout gives a part whose height follows from its width no less than that height, and takes it from the others.
     void growMinimumSize()
     {
         QSize least = options.minimumSize.expandedTo({0, 0});
         if (QLayout* layout = dialog->layout()) {
             layout->activate(); // else the layouts in it answer as they were
             least = least.expandedTo(layout->totalMinimumSize());
-            least = least.expandedTo({0, layout->totalMinimumHeightForWidth(std::max(least.width(), dialog->width()))});
+            if (layout->hasHeightForWidth())
+                least = least.expandedTo({0, layout->totalHeightForWidth(std::max(least.width(), dialog->width()))});
         }
         const QSize room = availableArea().size() - frameRoom;
         dialog->setMinimumSize(isAboveZero(room) ? least.boundedTo(room) : least);
