@@ -5,6 +5,7 @@
 #include "PlainText.h"
 #include "ProductInfo.h"
 #include "StatusLabel.h"
+#include "WidgetBuilders.h"
 
 #include <QCheckBox>
 #include <QClipboard>
