@@ -236,6 +236,7 @@ private:
     int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
     int listsTaken = 0;    ///< grows with each list that comes or is dropped, so that a former one finds itself late
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
+    int countedDone = 0;               ///< facts that were complete then
     CurrentAdd currentAdd;
     IpnsPublishing ipns;
 };

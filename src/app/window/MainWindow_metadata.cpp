@@ -114,8 +114,11 @@ void MainWindow::updateCountLabelsSoon()
         return;
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const bool recent = lastCountLabelUpdateMs != 0 && now - lastCountLabelUpdateMs < directUpdateMs;
-    if (recent && plan.doneCount() < plan.targetCount())
+    const bool isLast
+        = plan.doneCount() == plan.targetCount() && unplannedRows() == 0 && plan.doneCount() != countedDone;
+    if (recent && !isLast) // a result of a former list changes nothing, and a look at all rows takes 10 ms for each
         return;
+    countedDone = plan.doneCount();
     lastCountLabelUpdateMs = now;
     updateCountLabels();
 }

@@ -100,6 +100,7 @@ void MainWindow::triggerRefresh(bool force)
     }
     streamCounts.clear();
     lastCountLabelUpdateMs = 0;
+    countedDone = 0;
     statsFrame->setConnectionDotState(ConnectionStatusDot::Checking, tr("Checking %1").arg(client->baseUrl()));
     setRefreshing(true);
     hideNotification();
