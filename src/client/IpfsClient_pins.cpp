@@ -30,8 +30,13 @@ namespace {
 /// Longest list that is joined from two without a thread.
 constexpr qsizetype mergedAtOnce = 20'000;
 
-QStringList cidsOf(const QList<PinEntry>& entries)
+/// The CIDs of the entries, which are `former` where the list is the same as before.
+QStringList cidsOf(const QList<PinEntry>& entries, const QStringList& former)
 {
+    const auto shares
+        = [](const PinEntry& entry, const QString& cid) { return entry.cid.constData() == cid.constData(); };
+    if (std::ranges::equal(entries, former, shares))
+        return former;
     QStringList cids;
     cids.reserve(entries.size());
     for (const PinEntry& entry : entries)
@@ -148,7 +153,7 @@ void IpfsClient::startPinsParse(QNetworkReply* reply)
             ParsedPins pins {.list = parsePinList(std::exchange(body, {}), former)};
             QList<PinEntry>& entries = pins.list.entries;
             if (entries.size() >= KnownCids::fewestWorthSharing && !context.forUnpinned)
-                pins.cids = cidsOf(entries);
+                pins.cids = cidsOf(entries, former);
             if (context.composite)
                 sortPinsByCid(entries);
             if (context.forUnpinned)
