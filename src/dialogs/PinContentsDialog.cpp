@@ -26,7 +26,7 @@ namespace {
 
 constexpr int margin = 8;
 constexpr int nameWidth = 220;
-constexpr int nameLetters = 24;
+constexpr int entryNameLetters = 24;
 constexpr int sizeWidth = 80;
 constexpr int rowHeight = 22;
 constexpr qsizetype mostOpenListings = 16;
@@ -94,7 +94,7 @@ void PinContentsDialog::setupTree()
     tree->setAccessibleName(tr("Files and folders"));
     tree->setHeaderLabels({tr("Name"), tr("Size"), tr("CID")});
     const QFontMetrics metrics = tree->fontMetrics();
-    tree->setColumnWidth(0, std::max(nameWidth, nameLetters * metrics.averageCharWidth()));
+    tree->setColumnWidth(0, std::max(nameWidth, entryNameLetters * metrics.averageCharWidth()));
     tree->setColumnWidth(1, std::max(sizeWidth, metrics.horizontalAdvance(u"1023.9 MB  "_s)));
     tree->header()->setStretchLastSection(true);
     tree->setAlternatingRowColors(true);
