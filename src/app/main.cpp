@@ -37,12 +37,11 @@ void processArguments(const QCoreApplication& app)
     parser.process(app);
 }
 
+/// With other options it is Qt's to say which of them it knows, and that needs a display.
 bool asksForText(int argc, char* argv[])
 {
     constexpr std::array questions {"-h"sv, "--help"sv, "-v"sv, "--version"sv};
-    return std::any_of(argv, argv + argc, [&questions](std::string_view argument) {
-        return std::ranges::find(questions, argument) != questions.end();
-    });
+    return argc == 2 && std::ranges::find(questions, std::string_view(argv[1])) != questions.end();
 }
 
 } // namespace

@@ -210,6 +210,8 @@ void IpfsClient::deliverCompositeHalf(QList<PinEntry> entries)
         [this, epoch = load.pinsEpoch](QList<PinEntry> merged) {
             if (epoch == load.pinsEpoch)
                 deliverList(std::move(merged));
+            else
+                discard(std::move(merged));
         });
 }
 

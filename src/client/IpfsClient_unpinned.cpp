@@ -128,8 +128,10 @@ void IpfsClient::finishUnpinnedFetch()
         return;
     runDetached(
         this, [both = std::move(*halves)]() mutable { return unpinnedEntries(std::move(both)); },
-        [this, epoch = load.pinsEpoch](const QList<PinEntry>& unpinned) {
+        [this, epoch = load.pinsEpoch](QList<PinEntry> unpinned) {
             if (epoch == load.pinsEpoch)
-                emit pinsReceived(unpinned);
+                emit pinsReceived(std::move(unpinned));
+            else
+                discard(std::move(unpinned));
         });
 }

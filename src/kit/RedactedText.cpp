@@ -29,6 +29,7 @@ constexpr std::array messageRules {
     Rule {u"(Opening ).+( in browser| from local gateway)", u"\\1[name]\\2"},
     Rule {u"((?:Remote [a-z ]+|for publish) \\().*?(\\)[:…])", u"\\1[name]\\2"},
     Rule {u"(Host )\\S+( not found)", u"\\1[address]\\2"},
+    Rule {u"(\\blookup )[^\\s:]+", u"\\1[address]"},
 };
 
 /// From what can be told for certain to what only might be something.
@@ -44,7 +45,7 @@ constexpr std::array formRules {
           u"(?!\\w)(?:/\\S*)?",
           u"[address]"},
     Rule {u"(?<![\\w:.])'[^\\n]*?'(?!\\w)", u"'[name]'"},
-    Rule {u"\"[^\"\\n]*\"", u"\"[name]\""},
+    Rule {u"\"(?:\\\\.|[^\"\\\\\\n])*(?:\"|$)", u"\"[name]\""}, // what has been cut has no end
     // A path may have blanks in it, so it ends where the line does or where the reason of a failure begins.
     Rule {u"(?<![\\w\\]/])(?:~|[A-Za-z]:)?[/\\\\][^\"\\n]*?(?=:\\s|\\s->\\s|\"|'(?!\\w)|\\n|$)", u"[path]"},
     Rule {u"[^\\s@\"'<>]+@[^\\s\"'<>]+", u"[address]"},

@@ -3,6 +3,8 @@
 
 #include <QStringView>
 
+#include <algorithm>
+
 /// Whether `text` holds `part` in any case. Several times as fast as the stock search where both are ASCII.
 bool containsIgnoringCase(QStringView text, QStringView part);
 
@@ -10,7 +12,10 @@ bool containsIgnoringCase(QStringView text, QStringView part);
 inline void fetchAhead([[maybe_unused]] QStringView text)
 {
 #ifdef __GNUC__
+    constexpr qsizetype charactersInALine = 32; // of the cache
+    if (text.isEmpty())
+        return;
     __builtin_prefetch(text.data());
-    __builtin_prefetch(text.data() + 32); // in the next cache line
+    __builtin_prefetch(text.data() + std::min(charactersInALine, text.size() - 1));
 #endif
 }

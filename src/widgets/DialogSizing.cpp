@@ -158,7 +158,9 @@ private:
                 least = least.expandedTo({0, layout->totalHeightForWidth(std::max(least.width(), dialog->width()))});
         }
         const QSize room = availableArea().size() - frameRoom;
+        const bool wasApplying = std::exchange(applyingSize, true); // nobody else may be taken for who resizes it
         dialog->setMinimumSize(isAboveZero(room) ? least.boundedTo(room) : least);
+        applyingSize = wasApplying;
     }
 
     void fitToContent()

@@ -41,7 +41,8 @@ FlowLayout::FlowLayout(QWidget* parent)
 
 FlowLayout::~FlowLayout()
 {
-    qDeleteAll(items);
+    while (!items.isEmpty()) // a layout that is deleted takes itself out of the one around it
+        delete items.takeLast();
 }
 
 void FlowLayout::addWidgets(const QList<QWidget*>& widgets)

@@ -8,6 +8,7 @@
 #include <QStatusBar>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -69,6 +70,19 @@ private slots:
         open();
         QTRY_COMPARE(node->openNow(path), 2);
         QTRY_COMPARE(status(), u"Entries loaded: 9"_s);
+    }
+
+    /// A long list is made ready on a thread; what was asked for before pins went is not to bring them back.
+    void aListThatIsOutOfDateIsDropped()
+    {
+        openLoaded(3);
+        node->answer(path, NodeAnswer::hold());
+        emit client()->pinsReceived(QList<PinEntry>(20'001, {.cid = u"gone"_s}));
+        emit client()->unpinned({u"gone"_s});
+        QTRY_COMPARE(node->openNow(path), 1);
+        QVERIFY(waitForDetached(10s));
+        QCoreApplication::processEvents();
+        QCOMPARE(table()->model()->rowCount(), 3);
     }
 
     void failures_data()

@@ -223,6 +223,8 @@ private slots:
         row(u"Error: it can't be done, and isn't"_s, u"Error: it can't be done, and isn't"_s);
         row(u"The node says: key \"ada\" not found, <peer.ID Qm*abc123>, token: ab.c d"_s,
             u"The node says: key \"[name]\" not found, [peer], token: [secret] d"_s);
+        row(u"The node says: lookup nas: no such host, key \"ada \\\"home\\\" x\" and \"ada back…"_s,
+            u"The node says: lookup [address]: no such host, key \"[name]\" and \"[name]\""_s);
         row(u"authorization: Bearer abc, api-key=1"_s, u"authorization: [secret] api-key=[secret]"_s);
         row(u"Unpin failed: QmYwAP…4abc, bafy2bz, mail ada@lan"_s, u"Unpin failed: [CID], [CID], mail [address]"_s);
         row(u"kubo/0.30.0 on linux 6.1.0"_s, u"kubo/0.30.0 on linux 6.1.0"_s);

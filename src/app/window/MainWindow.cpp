@@ -194,6 +194,7 @@ void MainWindow::onConnectionStatusChanged(bool on)
     }
     statsFrame->setConnectionDotState(ConnectionStatusDot::Disconnected,
                                       tr("Disconnected from %1").arg(client->baseUrl()));
+    nodeAgent.clear();
     statsFrame->showNoPeer();
 }
 

@@ -229,12 +229,12 @@ private:
 
     WindowSettings values; ///< of which the client has the address and the window its geometry
     bool connected = false;
-    QString nodeAgent {}; ///< what the node last called itself
+    QString nodeAgent {}; ///< what the node calls itself; empty while there is none
     QHash<QString, int> streamCounts;
     ListLoad load;
     MetadataPlan plan;
     int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
-    int listsTaken = 0;    ///< grows with each list that comes or is dropped, so that a former one finds itself late
+    int listsTaken = 0;    ///< grows with each list that is asked for, comes or is dropped, so that a former one finds itself late
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
     int countedDone = 0;               ///< facts that were complete then
     CurrentAdd currentAdd;

@@ -112,6 +112,7 @@ void MainWindow::triggerRefresh(bool force)
 
 void MainWindow::fetchList()
 {
+    ++listsTaken; // one that is still made ready is older than what is asked for now
     load.isAnswered = false;
     load.error.clear();
     showListState(EmptyTable::Loading);
@@ -182,14 +183,18 @@ void MainWindow::onPinsReceived(const QList<PinEntry>& pins)
 
 void MainWindow::prepareList(QList<PinEntry> pins, const ListRules& rules, int taken)
 {
-    if (taken != listsTaken)
+    if (taken != listsTaken) {
+        discard(std::move(pins));
         return;
+    }
     const qsizetype count = pins.size();
     runDetached(
         this, [pins = std::move(pins), rules]() mutable { return rules.appliedTo(std::move(pins)); },
-        [this, taken, count](const QList<PinEntry>& list) {
+        [this, taken, count](QList<PinEntry> list) {
             if (taken == listsTaken)
                 takeList(list, count);
+            else
+                discard(std::move(list));
         });
 }
 

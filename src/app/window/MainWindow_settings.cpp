@@ -70,6 +70,7 @@ void MainWindow::leaveNode()
     dropIpnsChoice();
     client->cancelActiveLoading();
     setRefreshing(false);
+    nodeAgent.clear();
     statsFrame->showNoPeer();
     dropRows();
 }
