@@ -234,7 +234,8 @@ private:
     ListLoad load;
     MetadataPlan plan;
     int planPosition = -1; ///< the model's first row whose metadata is not planned yet; -1 if no list is
-    int listsTaken = 0;    ///< grows with each list that is asked for, comes or is dropped, so that a former one finds itself late
+    /// Grows with each list that is asked for, comes or is dropped, so that a former one finds itself late.
+    int listsTaken = 0;
     qint64 lastCountLabelUpdateMs = 0; ///< of the last direct update; 0 at the start of each refresh
     int countedDone = 0;               ///< facts that were complete then
     CurrentAdd currentAdd;
