@@ -79,7 +79,7 @@ private slots:
         node->answer(path, NodeAnswer::hold());
         emit client()->pinsReceived(QList<PinEntry>(20'001, {.cid = u"gone"_s}));
         emit client()->unpinned({u"gone"_s});
-        QTRY_COMPARE(node->openNow(path), 1);
+        QTRY_VERIFY(node->openNow(path) >= 1); // another one if the load that the window starts with comes late
         QVERIFY(waitForDetached(10s));
         QCoreApplication::processEvents();
         QCOMPARE(table()->model()->rowCount(), 3);
