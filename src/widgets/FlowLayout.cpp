@@ -147,7 +147,7 @@ QList<FlowLayout::Place> FlowLayout::takeLine(QList<Place>& rest, int room) cons
     auto growing
         = static_cast<int>(std::ranges::count_if(line, [](const Place& place) { return canGrow(place.item); }));
     for (Place& place : line) {
-        if (free <= 0 || !canGrow(place.item))
+        if (free <= 0 || growing < 1 || !canGrow(place.item))
             continue;
         const int share = free / growing--;
         place.width += share;
