@@ -112,6 +112,7 @@ std::vector<qsizetype> indexesOfUnpinned(const TextBlock& pinned, const TextBloc
     for (qsizetype i = 0; i < pinned.size(); ++i)
         known.insert(pinned.at(i));
     std::vector<qsizetype> unpinned;
+    unpinned.reserve(static_cast<size_t>(refs.size()));
     for (qsizetype i = 0; i < refs.size(); ++i) {
         const qsizetype before = known.size();
         known.insert(refs.at(i));
@@ -146,9 +147,11 @@ void sortPinsByCid(QList<PinEntry>& entries)
 
 QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
 {
-    const bool longIsLater = later.size() > earlier.size();
-    QList<PinEntry>& merged = longIsLater ? later : earlier;
-    QList<PinEntry>& other = longIsLater ? earlier : later;
+    QList<PinEntry> merged = std::move(earlier);
+    QList<PinEntry> other = std::move(later);
+    const bool longIsLater = other.size() > merged.size();
+    if (longIsLater)
+        merged.swap(other);
     qsizetype left = merged.size();
     qsizetype free = left + other.size(); // from the end, so that nothing is overwritten
     merged.resize(free);
@@ -168,7 +171,7 @@ QList<PinEntry> mergePinsByCid(QList<PinEntry> earlier, QList<PinEntry> later)
         list[--free] = std::move(taken);
     }
     merged.remove(left, free - left); // as many as were in both
-    return std::move(merged);
+    return merged;
 }
 
 TextBlock textsAccountedFor(const QList<PinEntry>& entries)
