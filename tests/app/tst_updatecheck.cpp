@@ -164,9 +164,9 @@ private slots:
         QTRY_VERIFY(!site->heads.isEmpty());
         QTest::qWait(50); // for what is not to come
         QCOMPARE(site->heads.size(), 1);
-        const QByteArray head = site->heads.constFirst();
-        QVERIFY(head.startsWith("GET /latest-version.txt HTTP/1.1\r\n"));
-        QVERIFY(head.contains("\r\nUser-Agent: Norvo/1.1.3\r\n") && head.contains("\r\nOrigin: me\r\n"));
+        const QByteArray head = site->heads.constFirst().toLower(); // as newer Qt writes it
+        QVERIFY(head.startsWith("get /latest-version.txt http/1.1\r\n"));
+        QVERIFY(head.contains("\r\nuser-agent: norvo/1.1.3\r\n") && head.contains("\r\norigin: me\r\n"));
         setting(SettingsKeys::sendOrigin, false);
         progress()->close();
         check();

@@ -157,11 +157,11 @@ private slots:
         const QByteArray start = "multipart/form-data; boundary=\"";
         QVERIFY(type.startsWith(start));
         const QByteArray boundary = type.sliced(start.size()).chopped(1);
-        QCOMPARE(request.body,
-                 "--" + boundary
-                     + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"config.json\"\r\n"
-                       "Content-Type: application/json\r\n\r\n {\"a\": 1}\n\r\n--"
-                     + boundary + "--\r\n");
+        const QByteArray expected = "--" + boundary
+            + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"config.json\"\r\n"
+              "Content-Type: application/json\r\n\r\n {\"a\": 1}\n\r\n--"
+            + boundary + "--\r\n";
+        QCOMPARE(request.body.toLower(), expected.toLower()); // newer Qt writes the headers in lower case
         QCOMPARE(request.rawQuery, "");
         QVERIFY(rpcLog.endsWith(u"] POST "_s + client->baseUrl() + u"/config/replace"_s));
         QTRY_VERIFY(client->findChildren<QNetworkReply*>().isEmpty());

@@ -4,12 +4,13 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTimeZone>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const QDateTime noon(QDate(2026, 7, 24), QTime(14, 0, 1), Qt::OffsetFromUTC, 7200);
+const QDateTime noon(QDate(2026, 7, 24), QTime(14, 0, 1), QTimeZone(7200));
 constexpr auto kinds = "good bad failed"_L1;
 
 QJsonValue json(const QByteArray& text)
